@@ -1,0 +1,51 @@
+#!/usr/bin/env bash
+# Installs the Debian packages that the project needs and that are missing.
+# Usage: install-packages.sh [build] [test]     (no argument: both sets)
+set -euo pipefail
+
+build_packages=(g++ cmake ninja-build)
+test_packages=(libgtest-dev libgmock-dev clang-format clang-tidy)
+
+if (($# == 0)); then
+    set -- build test
+fi
+wanted=()
+for set_name in "$@"; do
+    case "$set_name" in
+    build) wanted+=("${build_packages[@]}") ;;
+    test) wanted+=("${test_packages[@]}") ;;
+    *)
+        echo "usage: $0 [build] [test]" >&2
+        exit 2
+        ;;
+    esac
+done
+
+if ! command -v dpkg-query >/dev/null; then
+    echo "Not a Debian system; these packages or their like are needed: ${wanted[*]}"
+    exit 0
+fi
+
+missing=()
+for package in "${wanted[@]}"; do
+    state=$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null || true)
+    if [[ "$state" != installed ]]; then
+        missing+=("$package")
+    fi
+done
+if ((${#missing[@]} == 0)); then
+    exit 0
+fi
+
+echo "Installing ${missing[*]}"
+as_root=(env DEBIAN_FRONTEND=noninteractive)
+if ((EUID != 0)); then
+    if ! command -v sudo >/dev/null; then
+        echo "Neither root nor sudo: install these packages first: ${missing[*]}" >&2
+        exit 1
+    fi
+    as_root=(sudo "${as_root[@]}")
+fi
+apt=("${as_root[@]}" apt-get -qq -o Acquire::Retries=3 -o Dpkg::Use-Pty=0)
+"${apt[@]}" update
+"${apt[@]}" install -y --no-install-recommends "${missing[@]}" </dev/null >/dev/null

@@ -1,0 +1,116 @@
+#!/usr/bin/env bash
+# Runs every check of the project: warnings as errors, tests, sanitizers, format, lint.
+# shellcheck disable=SC2317  # the functions are called through "stage"
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+jobs=$(nproc)
+summary=()
+failures=0
+
+# stage HEADING COMMAND...: runs the command, notes how it ended and how long it took, and leaves
+# its status in $status. Never call it in a condition: there bash ignores "set -e" all the way down.
+stage() {
+    local heading=$1 start=$SECONDS result=passed
+    shift
+    printf '\n== %s\n' "$heading"
+    set +e
+    (
+        set -e
+        "$@"
+    )
+    status=$?
+    set -e
+    if ((status != 0)); then
+        result=FAILED
+        failures=$((failures + 1))
+    fi
+    printf '== %s: %s in %d s\n' "$heading" "$result" $((SECONDS - start))
+    summary+=("$(printf '%-8s%4d s  %s' "$result" $((SECONDS - start)) "$heading")")
+}
+
+skip() {
+    summary+=("$(printf '%-8s        %s' skipped "$1")")
+}
+
+build() {
+    local preset=$1
+    shift
+    cmake --preset "$preset" "$@"
+    cmake --build --preset "$preset" --parallel "$jobs"
+}
+
+run_tests() {
+    ctest --preset "$1" --parallel "$jobs"
+}
+
+source_files() {
+    local folder
+    for folder in "$@"; do
+        if [[ -d "$folder" ]]; then
+            find "$folder" -type f \( -name '*.h' -o -name '*.cpp' \)
+        fi
+    done | sort
+}
+
+check_format() {
+    source_files src tools tests bench fuzz |
+        xargs -r -d '\n' clang-format --style=file --dry-run -Werror
+}
+
+lint_one() {
+    local report
+    if ! report=$(clang-tidy -p build/release --quiet --warnings-as-errors='*' "$1" 2>&1); then
+        printf '%s\n' "$report"
+        return 1
+    fi
+}
+export -f lint_one
+
+lint() {
+    local units unit unlisted=0
+    mapfile -t units < <(source_files src tools | grep '\.cpp$')
+    for unit in "${units[@]}"; do
+        if ! grep -qF "/$unit\"" build/release/compile_commands.json; then
+            echo "$unit is in no CMakeLists.txt"
+            unlisted=1
+        fi
+    done
+    # shellcheck disable=SC2016  # the inner shell expands it
+    printf '%s\n' "${units[@]}" | xargs -d '\n' -n 1 -P "$jobs" bash -c 'lint_one "$1"' lint_one
+    return "$unlisted"
+}
+
+release_options=(-DMQF2VXB_WERROR=ON)
+if [[ -f tools/CMakeLists.txt ]]; then
+    release_options+=(-DMQF2VXB_BUILD_TOOLS=ON)
+fi
+
+stage "packages" scripts/install-packages.sh build test
+
+stage "release build, warnings as errors" build release "${release_options[@]}"
+release_status=$status
+if ((release_status == 0)); then
+    stage "release tests" run_tests release
+else
+    skip "release tests"
+fi
+
+stage "sanitizer build" build sanitize
+if ((status == 0)); then
+    stage "sanitizer tests" run_tests sanitize
+else
+    skip "sanitizer tests"
+fi
+
+stage "format" check_format
+
+if ((release_status == 0)); then
+    stage "lint" lint
+else
+    skip "lint"
+fi
+
+printf '\n== summary, %d s\n' "$SECONDS"
+printf '%s\n' "${summary[@]}"
+((failures == 0))

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+
+#include "driver/file_system.h"
+#include "driver/inputs.h"
+#include "model/model.h"
+#include "model/options.h"
+
+namespace mqf2vxb {
+
+/// Reads every file of the model into its tables.
+void readModel(const std::string& mqfName, Inputs& inputs, Model& model);
+
+/// Makes of the tables what the file needs: type codes, bodies and headers, image types, numbers
+/// of the animation, the shared blocks. From then on no table changes.
+void organiseModel(const RunOptions& options, Model& model);
+
+/// Converts one model. A conversion is a function of its options and its files: any number may run
+/// in one process, also side by side. Throws a Report when it fails.
+void convert(RunOptions options, const std::string& mqfName, FileSystem& files);
+
+/// The whole program: banner, options, conversion; what there is to say goes to standard output.
+void run(int argumentCount, const char* const* arguments);
+
+}  // namespace mqf2vxb

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <exception>
+#include <string>
+#include <string_view>
+
+namespace mqf2vxb {
+
+/// Where in the input a report points. A line or column of 0 is not known.
+struct Place {
+    std::string file;
+    std::int64_t line = 0;
+    std::int64_t column = 0;
+};
+
+/// The one way a conversion fails: an exception that carries the whole report text, ready to be
+/// printed. Made by the functions below and by nothing else.
+class Report : public std::exception {
+public:
+    Report(std::string text, std::string cause, Place place = {});
+
+    /// The report as a person sees it on standard output, every line ended.
+    [[nodiscard]] const std::string& text() const noexcept { return text_; }
+    /// The cause alone, one line without its end, for tools that print "file:line: cause".
+    [[nodiscard]] const std::string& cause() const noexcept { return cause_; }
+    [[nodiscard]] const Place& place() const noexcept { return place_; }
+    [[nodiscard]] const char* what() const noexcept override { return text_.c_str(); }
+
+private:
+    std::string text_;
+    std::string cause_;
+    Place place_;
+};
+
+/// How a table's growth is named when memory for it cannot be had: by the table's name alone, or
+/// by the operation that makes the table and the table's short name.
+struct TableLabel {
+    std::string_view name;
+    std::string_view operation = {};
+};
+
+/// Memory for `count` records of `recordSize` bytes could not be had; `grown` tells whether a
+/// table that held records already was to be enlarged.
+[[noreturn]] void tableAllocationFailed(const TableLabel& label, std::size_t recordSize,
+                                        std::size_t count, bool grown);
+/// Memory outside the tables could not be had.
+[[noreturn]] void outOfMemory();
+
+/// What the area report tells of a table and of the record that it does not have.
+struct Area {
+    const void* top;
+    std::size_t recordSize;
+    std::size_t count;
+    std::string_view table;
+};
+[[noreturn]] void areaMissing(const Area& area, std::int64_t index);
+
+/// An index of `file` that has to be below `count`: reports `message` when it is not.
+void checkIndex(const std::string& file, std::int64_t index, std::int64_t count,
+                std::string_view message);
+
+[[noreturn]] void typeMismatch(std::string_view location, std::uint32_t value);
+[[noreturn]] void nameMismatch(std::string_view location, std::string_view text);
+[[noreturn]] void notFormat(const std::string& file, std::string_view format);
+[[noreturn]] void no24BitImage(const std::string& file);
+[[noreturn]] void noGeoFile();
+[[noreturn]] void unknownGeoFlag(std::int32_t polygon, std::int32_t kind);
+[[noreturn]] void notSuitableTexture();
+
+[[noreturn]] void cannotOpen(const std::string& file);
+[[noreturn]] void cannotWrite(const std::string& file);
+/// `line` is the ID line as it was read, with its line feed when it had one.
+[[noreturn]] void wrongTag(const std::string& file, std::string_view line);
+[[noreturn]] void wrongDate(const std::string& file, std::string_view line);
+
+/// Input that cannot become a right output file. `cause` is short, in lower case, without a full
+/// stop; a place without a line leaves the "Line" out of the report.
+[[noreturn]] void notCorrectData(const Place& place, const std::string& cause);
+
+/// A section is about to be written at another word offset than the layout gives it: a fault of
+/// this program.
+[[noreturn]] void layoutFault(std::string_view section, std::uint64_t expected,
+                              std::uint64_t written);
+
+/// printf formatting into a string, for reports and other rarely made texts.
+[[gnu::format(printf, 1, 2)]] std::string formatText(const char* format, ...);
+
+}  // namespace mqf2vxb

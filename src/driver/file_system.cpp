@@ -1,0 +1,94 @@
+#include "driver/file_system.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <filesystem>
+#include <system_error>
+
+namespace mqf2vxb {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct FileCloser {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+};
+using FileHandle = std::unique_ptr<std::FILE, FileCloser>;
+
+class DiskOutputFile final : public OutputFile {
+public:
+    explicit DiskOutputFile(FileHandle file) : file_(std::move(file)) {}
+
+    bool write(std::string_view bytes) override {
+        return std::fwrite(bytes.data(), 1, bytes.size(), file_.get()) == bytes.size();
+    }
+    bool close() override { return std::fclose(file_.release()) == 0; }
+
+private:
+    FileHandle file_;
+};
+
+/// Where the name leads once every symbolic link in it is followed, also one whose target does
+/// not exist yet.
+fs::path finalTarget(const std::string& name) {
+    constexpr int mostLinks = 40;
+    std::error_code error;
+    fs::path path = fs::absolute(name, error);
+    for (int i = 0; i < mostLinks && fs::is_symlink(path, error); ++i) {
+        path = path.parent_path() / fs::read_symlink(path, error);
+    }
+    return fs::weakly_canonical(path, error);
+}
+
+}  // namespace
+
+std::optional<FileContents> DiskFileSystem::read(const std::string& name) {
+    const FileHandle file(std::fopen(name.c_str(), "rb"));
+    if (!file) {
+        return std::nullopt;
+    }
+    std::setvbuf(file.get(), nullptr, _IONBF, 0);
+
+    // The size is a guess only: a pipe has none, and a file may grow while it is read.
+    constexpr std::size_t smallest = 4096;
+    std::error_code error;
+    const std::uintmax_t announced = fs::file_size(name, error);
+    std::size_t capacity = error ? smallest : static_cast<std::size_t>(announced) + 1;
+    FileContents contents(capacity);
+    std::size_t size = 0;
+    while (true) {
+        const std::size_t got = std::fread(contents.data() + size, 1, capacity - size, file.get());
+        size += got;
+        if (size < capacity) {
+            break;
+        }
+        capacity *= 2;
+        FileContents larger(capacity);
+        std::copy_n(contents.data(), size, larger.data());
+        contents = std::move(larger);
+    }
+    if (std::ferror(file.get()) != 0) {
+        return std::nullopt;
+    }
+    contents.shrink(size);
+    return contents;
+}
+
+std::unique_ptr<OutputFile> DiskFileSystem::create(const std::string& name) {
+    FileHandle file(std::fopen(name.c_str(), "wb"));
+    if (!file) {
+        return nullptr;
+    }
+    std::setvbuf(file.get(), nullptr, _IONBF, 0);
+    return std::make_unique<DiskOutputFile>(std::move(file));
+}
+
+bool DiskFileSystem::same(const std::string& one, const std::string& other) const {
+    std::error_code error;
+    if (fs::equivalent(one, other, error) && !error) {
+        return true;
+    }
+    return finalTarget(one) == finalTarget(other);
+}
+
+}  // namespace mqf2vxb

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "model/file_contents.h"
+
+namespace mqf2vxb {
+
+/// A file being written. Destroying it closes it.
+class OutputFile {
+public:
+    OutputFile() = default;
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+    virtual ~OutputFile() = default;
+
+    /// False when the bytes could not be written.
+    [[nodiscard]] virtual bool write(std::string_view bytes) = 0;
+    /// Closes the file; false when something written before is lost.
+    [[nodiscard]] virtual bool close() = 0;
+};
+
+/// How a conversion reaches files, so that it can also run on files in memory.
+class FileSystem {
+public:
+    FileSystem() = default;
+    FileSystem(const FileSystem&) = delete;
+    FileSystem& operator=(const FileSystem&) = delete;
+    virtual ~FileSystem() = default;
+
+    /// All bytes of a file; nothing when it cannot be opened and read.
+    [[nodiscard]] virtual std::optional<FileContents> read(const std::string& name) = 0;
+    /// Creates or empties a file; null when that cannot be done.
+    [[nodiscard]] virtual std::unique_ptr<OutputFile> create(const std::string& name) = 0;
+    /// Whether both names lead to one file, now or after one of them is created.
+    [[nodiscard]] virtual bool same(const std::string& one, const std::string& other) const = 0;
+};
+
+/// The files of the machine. Relative names are opened from the working directory.
+class DiskFileSystem final : public FileSystem {
+public:
+    [[nodiscard]] std::optional<FileContents> read(const std::string& name) override;
+    [[nodiscard]] std::unique_ptr<OutputFile> create(const std::string& name) override;
+    [[nodiscard]] bool same(const std::string& one, const std::string& other) const override;
+};
+
+}  // namespace mqf2vxb

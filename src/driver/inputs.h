@@ -1,0 +1,33 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "driver/file_system.h"
+
+namespace mqf2vxb {
+
+/// The longest name, word or label in characters, on the command line and in files.
+inline constexpr std::size_t longestName = 255;
+
+/// The input side of one conversion: opens files with the check, and keeps what passes from one
+/// text file to the next.
+class Inputs {
+public:
+    explicit Inputs(FileSystem& files) : files_(files) {}
+
+    /// Reads a whole file; one that cannot be opened is reported.
+    [[nodiscard]] FileContents open(const std::string& name);
+    /// Every file opened so far, in order.
+    [[nodiscard]] const std::vector<std::string>& names() const { return names_; }
+
+    /// The text line read last, with its line feed when it had one. A text file that is empty
+    /// leaves here what the file before it left.
+    std::string lineBuffer;
+
+private:
+    FileSystem& files_;
+    std::vector<std::string> names_;
+};
+
+}  // namespace mqf2vxb

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "driver/diagnostics.h"
+#include "driver/inputs.h"
+
+namespace mqf2vxb {
+
+/// Reads the data lines of one text file, past comments and empty lines.
+class LineReader {
+public:
+    /// Opens the file and checks that it begins with the ID line `id`.
+    LineReader(Inputs& inputs, const std::string& fileName, std::string_view id);
+    ~LineReader();
+    LineReader(const LineReader&) = delete;
+    LineReader& operator=(const LineReader&) = delete;
+
+    /// Goes to the next data line; false at the end of the file.
+    bool readLine();
+    /// Goes to the next data line; a file that ends before it is refused. `what` names the line.
+    void requireLine(std::string_view what);
+
+    /// The current line without its line feed. A longer line than 255 characters comes in parts.
+    [[nodiscard]] std::string_view line() const { return line_; }
+    /// The current line is a part of a longer one.
+    [[nodiscard]] bool isPart() const { return part_; }
+    /// The longer line goes on behind the current part.
+    [[nodiscard]] bool isCut() const { return cut_; }
+
+    /// Refuses a count that is negative, or larger than the rest of the file can hold when each
+    /// record takes at least `recordSize` characters.
+    void checkCount(std::int64_t count, std::size_t recordSize, std::string_view what) const;
+
+    /// Refuses the current line.
+    [[noreturn]] void refuseLine(const std::string& cause) const;
+    /// Refuses the file as a whole.
+    [[noreturn]] void refuseFile(const std::string& cause) const;
+
+    /// What follows the current line, for readers that go on by characters.
+    [[nodiscard]] std::string_view rest() const { return text().substr(next_); }
+    /// The number of the line that holds this place of the file.
+    [[nodiscard]] std::int64_t lineNumber(const char* place) const;
+    [[nodiscard]] const std::string& fileName() const { return fileName_; }
+
+private:
+    void readRawLine();
+    [[nodiscard]] bool isDataLine() const;
+    void checkId(std::string_view id) const;
+    [[nodiscard]] std::string lineWithEnd() const;
+    [[nodiscard]] std::string_view text() const { return contents_.text(); }
+
+    Inputs& inputs_;
+    std::string fileName_;
+    FileContents contents_;
+    bool hasNul_;
+    std::size_t next_ = 0;  // where the line after the current one starts
+    std::string_view line_;
+    bool lineFeed_ = false;
+    bool part_ = false;
+    bool cut_ = false;
+    bool readAny_ = false;
+};
+
+}  // namespace mqf2vxb

@@ -1,0 +1,224 @@
+#include "driver/scan.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+#include <system_error>
+
+namespace mqf2vxb {
+namespace {
+
+constexpr bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
+constexpr char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
+
+/// Takes a sign; true when it is a minus.
+bool takeSign(std::string_view& text) {
+    const bool minus = text.starts_with('-');
+    if (minus || text.starts_with('+')) {
+        text.remove_prefix(1);
+    }
+    return minus;
+}
+
+bool startsWithHexPrefix(std::string_view text) {
+    return text.size() > 1 && text[0] == '0' && lower(text[1]) == 'x';
+}
+
+/// Takes an unsigned number of the base; what it reports is out of range for 32 bits already.
+Scanned takeDigits(std::string_view& text, int base, std::uint32_t& value) {
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, base);
+    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+    if (error == std::errc()) {
+        return Scanned::number;
+    }
+    return error == std::errc::result_out_of_range ? Scanned::outOfRange : Scanned::nothing;
+}
+
+/// The decimal exponent of the number's first digit that is not 0, for a number known to have
+/// one; far beyond any float when it is large.
+long decimalExponent(std::string_view number) {
+    long exponent = 0;
+    bool inFraction = false;
+    bool found = false;
+    std::size_t i = 0;
+    for (; i < number.size() && (isDigit(number[i]) || number[i] == '.'); ++i) {
+        if (number[i] == '.') {
+            inFraction = true;
+            continue;
+        }
+        exponent += found && !inFraction ? 1 : 0;
+        exponent -= !found && inFraction ? 1 : 0;
+        found = found || number[i] != '0';
+    }
+    if (i + 1 < number.size()) {
+        std::string_view digits = number.substr(i + 1);
+        const bool minus = takeSign(digits);
+        std::uint32_t written = 0;
+        if (takeDigits(digits, 10, written) == Scanned::outOfRange) {
+            written = std::numeric_limits<std::int32_t>::max();
+        }
+        exponent += minus ? -static_cast<long>(written) : static_cast<long>(written);
+    }
+    return exponent;
+}
+
+}  // namespace
+
+void skipSpace(std::string_view& text) {
+    std::size_t i = 0;
+    while (i < text.size() && isSpace(text[i])) {
+        ++i;
+    }
+    text.remove_prefix(i);
+}
+
+std::string_view scanWord(std::string_view& text) {
+    skipSpace(text);
+    std::size_t size = 0;
+    while (size < text.size() && !isSpace(text[size])) {
+        ++size;
+    }
+    const std::string_view word = text.substr(0, size);
+    text.remove_prefix(size);
+    return word;
+}
+
+Scanned scanInteger(std::string_view& text, std::int32_t& value) {
+    skipSpace(text);
+    if (text.starts_with('+')) {
+        text.remove_prefix(1);
+        if (text.starts_with('-')) {
+            return Scanned::nothing;
+        }
+    }
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+    if (error == std::errc()) {
+        return Scanned::number;
+    }
+    return error == std::errc::result_out_of_range ? Scanned::outOfRange : Scanned::nothing;
+}
+
+Scanned scanHex(std::string_view& text, std::uint32_t& value) {
+    skipSpace(text);
+    const bool minus = takeSign(text);
+    std::uint32_t magnitude = 0;
+    Scanned scanned = Scanned::nothing;
+    if (startsWithHexPrefix(text)) {
+        std::string_view digits = text.substr(2);
+        scanned = takeDigits(digits, 16, magnitude);
+        if (scanned != Scanned::nothing) {
+            text = digits;
+        }
+    }
+    if (scanned == Scanned::nothing) {
+        scanned = takeDigits(text, 16, magnitude);
+    }
+    if (scanned == Scanned::number) {
+        constexpr std::uint32_t mostNegative = 0x80000000U;
+        if (minus && magnitude > mostNegative) {
+            return Scanned::outOfRange;
+        }
+        value = minus ? 0U - magnitude : magnitude;
+    }
+    return scanned;
+}
+
+Scanned scanReal(std::string_view& text, float& value) {
+    skipSpace(text);
+    std::string_view number = text;
+    const bool minus = takeSign(number);
+    if (number.starts_with('-') || number.starts_with('+')) {
+        return Scanned::nothing;
+    }
+    float magnitude = 0;
+    std::from_chars_result result{number.data(), std::errc::invalid_argument};
+    bool hex = startsWithHexPrefix(number);
+    if (hex) {
+        result = std::from_chars(number.data() + 2, number.data() + number.size(), magnitude,
+                                 std::chars_format::hex);
+        hex = result.ec != std::errc::invalid_argument;
+    }
+    if (!hex) {
+        result = std::from_chars(number.data(), number.data() + number.size(), magnitude);
+    }
+    if (result.ec == std::errc::invalid_argument) {
+        return Scanned::nothing;
+    }
+    const std::string_view taken =
+        number.substr(0, static_cast<std::size_t>(result.ptr - number.data()));
+    if (result.ec == std::errc::result_out_of_range) {
+        // A hexadecimal number grows with its digits before "p" and with the exponent behind it.
+        const std::size_t power = taken.find_first_of("pP");
+        const bool large = hex ? power == std::string_view::npos || taken[power + 1] != '-'
+                               : decimalExponent(taken) > 0;
+        magnitude = large ? std::numeric_limits<float>::infinity() : 0.0F;
+    }
+    value = minus ? -magnitude : magnitude;
+    text = number.substr(taken.size());
+    return Scanned::number;
+}
+
+bool LineScanner::take(Scanned scanned) {
+    if (scanned == Scanned::outOfRange) {
+        reader_.refuseLine("number does not fit 32 bits");
+    }
+    failed_ = failed_ || scanned == Scanned::nothing;
+    return !failed_;
+}
+
+bool LineScanner::scan(std::int32_t& value) { return !failed_ && take(scanInteger(rest_, value)); }
+
+bool LineScanner::scan(float& value) { return !failed_ && take(scanReal(rest_, value)); }
+
+bool LineScanner::scan(Hex hex) { return !failed_ && take(scanHex(rest_, hex.value)); }
+
+bool LineScanner::scan(Word word) {
+    if (failed_) {
+        return false;
+    }
+    const std::string_view found = scanWord(rest_);
+    failed_ = found.empty();
+    if (!failed_) {
+        word.value = found;
+    }
+    return !failed_;
+}
+
+bool LineScanner::scan(Letter letter) {
+    if (failed_) {
+        return false;
+    }
+    skipSpace(rest_);
+    failed_ = rest_.empty();
+    if (!failed_) {
+        letter.value = rest_.front();
+        rest_.remove_prefix(1);
+    }
+    return !failed_;
+}
+
+bool LineScanner::scan(Literal literal) {
+    failed_ = failed_ || !rest_.starts_with(literal.text);
+    if (!failed_) {
+        rest_.remove_prefix(literal.text.size());
+    }
+    return !failed_;
+}
+
+bool LineScanner::scan(HexNumber number) {
+    if (!failed_) {
+        skipSpace(rest_);
+    }
+    return scan(Literal{"0x"}) && scan(Hex{number.value});
+}
+
+void LineScanner::finish() const {
+    const bool touchesCut = reader_.isCut() && rest_.empty();
+    if (reader_.isPart() && (failed_ || touchesCut)) {
+        reader_.refuseLine("line longer than 255 characters");
+    }
+}
+
+}  // namespace mqf2vxb

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <string>
+
+#include "driver/inputs.h"
+#include "model/mesh.h"
+#include "model/table.h"
+
+namespace mqf2vxb {
+
+/// Reads the polygon numbers of every mesh. They are not checked here.
+void readMeshFile(Inputs& inputs, const std::string& fileName, Table<MeshRecord>& meshes);
+
+}  // namespace mqf2vxb

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "driver/output_word_stream.h"
+#include "model/model.h"
+#include "output/output_layout.h"
+
+namespace mqf2vxb {
+
+/// Writes the descriptors of the images by type, then all pixels, then all CLUTs.
+void writeImageSection(const Model& model, const OutputLayout& layout, OutputWordStream& stream);
+
+}  // namespace mqf2vxb

@@ -1,0 +1,22 @@
+#include "input/axs_reader.h"
+
+#include "driver/line_reader.h"
+#include "driver/scan.h"
+
+namespace mqf2vxb {
+
+void readPivots(Inputs& inputs, const std::string& fileName, Table<PivotRecord>& pivots) {
+    constexpr std::size_t shortestLine = 2;
+    LineReader reader(inputs, fileName, "@AXS970401");
+    reader.requireLine("its count");
+    std::int32_t pivotNum = 0;
+    scanLine(reader, pivotNum);
+    reader.checkCount(pivotNum, shortestLine, "pivots");
+    pivots.allocate(static_cast<std::size_t>(pivotNum));
+    for (PivotRecord& pivot : pivots) {
+        reader.requireLine("its last pivot");
+        scanLine(reader, pivot.coord, pivot.x, pivot.y, pivot.z);
+    }
+}
+
+}  // namespace mqf2vxb

@@ -1,0 +1,45 @@
+#include "model/coordinate_lists.h"
+
+namespace mqf2vxb {
+namespace {
+
+std::uint64_t keyOf(CoordinateListId list, std::int32_t coordinate) {
+    return (static_cast<std::uint64_t>(static_cast<std::uint32_t>(list)) << 32U) |
+           static_cast<std::uint32_t>(coordinate);
+}
+
+}  // namespace
+
+CoordinateLists::CoordinateLists()
+    : nodes_{{CoordinateListId::empty, -1, -1, 0}, {CoordinateListId::empty, 0, 0, 1}},
+      longer_{{keyOf(CoordinateListId::empty, 0), CoordinateListId::origin}},
+      latestKey_(keyOf(CoordinateListId::empty, 0)),
+      latest_(CoordinateListId::origin) {}
+
+CoordinateListId CoordinateLists::append(CoordinateListId list, std::int32_t coordinate) {
+    const std::uint64_t key = keyOf(list, coordinate);
+    if (key != latestKey_) {
+        const auto [place, isNew] =
+            longer_.try_emplace(key, static_cast<CoordinateListId>(nodes_.size()));
+        if (isNew) {
+            const Node shorter = node(list);
+            nodes_.push_back({list, coordinate,
+                              list == CoordinateListId::empty ? coordinate : shorter.first,
+                              shorter.length + 1});
+        }
+        latestKey_ = key;
+        latest_ = place->second;
+    }
+    return latest_;
+}
+
+std::vector<std::int32_t> CoordinateLists::entries(CoordinateListId list) const {
+    std::vector<std::int32_t> result(length(list));
+    for (std::size_t i = result.size(); i > 0; --i) {
+        result[i - 1] = node(list).last;
+        list = node(list).shorter;
+    }
+    return result;
+}
+
+}  // namespace mqf2vxb

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string_view>
+
+namespace mqf2vxb {
+
+/// The bytes of one file, read in one gulp. Views into it stay good when it is moved.
+class FileContents {
+public:
+    FileContents() = default;
+    /// Room for `size` bytes, to be filled through data().
+    explicit FileContents(std::size_t size)
+        : bytes_(std::make_unique_for_overwrite<char[]>(size)), size_(size) {}
+
+    [[nodiscard]] char* data() { return bytes_.get(); }
+    [[nodiscard]] std::string_view text() const { return {bytes_.get(), size_}; }
+    /// Keeps the first `size` bytes.
+    void shrink(std::size_t size) { size_ = size; }
+
+private:
+    std::unique_ptr<char[]> bytes_;
+    std::size_t size_ = 0;
+};
+
+}  // namespace mqf2vxb

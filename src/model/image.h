@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "model/file_contents.h"
+#include "model/primitive_type.h"
+#include "model/table.h"
+
+namespace mqf2vxb {
+
+/// 32-bit little-endian words inside a file that was read.
+class StoredWords {
+public:
+    StoredWords() = default;
+    /// `bytes` holds a whole number of words.
+    explicit StoredWords(std::string_view bytes) : bytes_(bytes) {}
+
+    [[nodiscard]] std::size_t size() const { return bytes_.size() / 4; }
+    [[nodiscard]] bool empty() const { return bytes_.empty(); }
+    [[nodiscard]] std::string_view bytes() const { return bytes_; }
+    [[nodiscard]] std::uint32_t operator[](std::size_t index) const {
+        std::uint32_t word = 0;
+        for (std::size_t i = 4; i > 0; --i) {
+            word = word << 8U | static_cast<unsigned char>(bytes_[4 * index + i - 1]);
+        }
+        return word;
+    }
+    [[nodiscard]] StoredWords from(std::size_t index) const {
+        return StoredWords(bytes_.substr(4 * index));
+    }
+
+private:
+    std::string_view bytes_;
+};
+
+/// A position in image memory, as the first header word of an image block holds it.
+struct ImagePosition {
+    std::uint32_t x;
+    std::uint32_t y;
+};
+
+/// The block of an image's pixels or of its colour lookup table: two header words, of which the
+/// first is the block's position, and the data.
+struct ImageBlock {
+    StoredWords words;
+
+    [[nodiscard]] bool present() const { return !words.empty(); }
+    [[nodiscard]] ImagePosition position() const { return {words[0] & 0xFFFFU, words[0] >> 16U}; }
+    [[nodiscard]] StoredWords data() const { return words.from(headerWords); }
+
+    static constexpr std::size_t headerWords = 2;
+};
+
+/// One slot of the texture list.
+struct ImageRecord {
+    PrimitiveTypeCode type = 0;  ///< type_code::image or imageWithClut
+    std::string name;
+    bool named = false;      ///< a line of the MQF file names this slot
+    std::uint32_t mode = 0;  ///< pixel depth: 0 4-bit, 1 8-bit, 2 16-bit
+    ImageBlock clut;         ///< absent in an image without CLUT
+    ImageBlock pixel;
+    FileContents file;  ///< what the blocks are views into
+
+    [[nodiscard]] bool hasClut() const { return type == type_code::imageWithClut; }
+};
+
+/// The images of one type.
+struct PixelTypeEntry {
+    PrimitiveTypeCode type = 0;
+    std::vector<std::size_t> images;  ///< slots, ascending
+};
+
+/// `malimage`, the image type table: one entry per type in the order of first appearance. Empty
+/// when no images are written.
+struct ImageTypes {
+    std::vector<PixelTypeEntry> malpxltype;
+};
+
+}  // namespace mqf2vxb

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "model/coordinate.h"
+#include "model/coordinate_lists.h"
+#include "model/description.h"
+#include "model/geometry.h"
+#include "model/image.h"
+#include "model/material.h"
+#include "model/mesh.h"
+#include "model/motion.h"
+#include "model/pivot.h"
+#include "model/primitives.h"
+#include "model/table.h"
+
+namespace mqf2vxb {
+
+/// One model with every table that a conversion fills. The readers fill the tables in this order;
+/// organisation adds `primitives`; the writers only read.
+struct Model {
+    ModelDescription description;
+    Table<ImageRecord> images{"PXL Data Base"};
+    Table<VertexRecord> vertices{"Vertex Data Base"};
+    Table<NormalRecord> normals{"Normal Data Base"};
+    Table<PolygonRecord> polygons{"Polygon Data Base"};
+    MaterialTable materials;
+    Table<MeshRecord> meshes{"Mesh Data Base"};
+    Table<PivotRecord> pivots{"Pivot Data Base"};
+    Table<CoordinateRecord> coordinates{"Coordinate Data Base"};
+    std::string GroupFileName;  ///< as the FRM file gives it
+    OrphanVertices orphans;
+    Table<MotionRecord> motions{"CLP Data Base"};
+
+    CoordinateLists coordinateLists;
+    Primitives primitives;
+    ImageTypes malimage;
+    std::vector<PrimitiveTypeCode> aptype;  ///< the Animation Packet Type Table
+};
+
+}  // namespace mqf2vxb

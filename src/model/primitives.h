@@ -1,0 +1,54 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "model/coordinate_lists.h"
+#include "model/primitive_type.h"
+#include "model/table.h"
+
+namespace mqf2vxb {
+
+/// The packets of one code in one body: one packet group of the output.
+struct PrimitiveTypeEntry {
+    std::uint32_t primIndex = 0;  ///< ordinal of the group; the shared body counts on its own
+    PrimitiveTypeCode type = 0;
+    std::uint32_t polyNum = 0;      ///< polygons, or meshes in a run with a BND file
+    std::uint32_t firstMember = 0;  ///< where the group starts in Primitives::members
+};
+
+/// The primitives of one coordinate list, by code in the order of first appearance.
+struct PrimitiveBody {
+    CoordinateListId cno = CoordinateListId::empty;  ///< `shared` in the shared body
+    std::vector<PrimitiveTypeEntry> maltype;
+};
+
+/// What is drawn under one coordinate.
+struct CoordinatePrimitiveHeader {
+    std::int32_t coord = 0;
+    std::uint32_t sharedVertexNum = 0;
+    std::uint32_t sharedNormalNum = 0;
+    std::vector<PrimitiveTypeEntry> maltype;  ///< copies, of every body drawn under `coord`
+};
+
+/// Everything that organisation makes of the polygons.
+struct Primitives {
+    /// The Primitive Body Data Base: the independent bodies, then the shared one if there is one.
+    Table<PrimitiveBody> malprim{"Primitive Body Data Base"};
+    Table<CoordinatePrimitiveHeader> malprimh{"malprimh", "check2"};
+    /// The shared body's entries; empty without shared polygons.
+    std::vector<PrimitiveTypeEntry> malsprimh;
+    /// Indices of the materials (with a BND file: of the meshes) of every packet group, group
+    /// after group in the order of the bodies and entries, each group in table order.
+    std::vector<std::uint32_t> members;
+
+    std::uint32_t SharedPolygonNum = 0;  ///< material entries whose polygon is shared
+    std::uint32_t SharedVertexTotal = 0;
+    std::uint32_t SharedNormalTotal = 0;
+
+    /// Without headers or bodies no primitive headers, packets, vertices or normals are written.
+    [[nodiscard]] bool written() const { return !malprimh.empty() && !malprim.empty(); }
+    [[nodiscard]] bool hasShared() const { return SharedPolygonNum > 0; }
+};
+
+}  // namespace mqf2vxb

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <cstdint>
+
+#include "model/model.h"
+
+namespace mqf2vxb {
+
+// The size rules: how many words the parts of the file take whose size depends on a type. A type
+// without a rule is reported. Sums are 64 bits wide, so that none can wrap.
+
+/// A packet group. The polygons of a mesh form are counted by their meshes.
+std::uint64_t primtsize(const Model& model, const PrimitiveTypeEntry& entry);
+/// One key frame.
+std::uint64_t animmtsize(PrimitiveTypeCode type);
+/// The descriptors of `count` images.
+std::uint64_t imagetsize(PrimitiveTypeCode type, std::uint64_t count);
+
+}  // namespace mqf2vxb

@@ -1,0 +1,111 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+#include "model/primitive_type.h"
+
+namespace mqf2vxb {
+
+/// What a packet word, or one 16-bit half of it, holds.
+enum class Field : std::uint8_t {
+    zero,
+    V0,
+    V1,
+    V2,
+    V3,  // vertex indices of the corners
+    N0,
+    N1,
+    N2,
+    N3,  // normal indices of the corners
+    T0,
+    T1,
+    T2,
+    T3,    // texture coordinates of the corners
+    clut,  // position of the colour lookup table
+    page,  // texture page
+    C0,
+    C1,
+    C2,
+    C3,      // colour words of the corners
+    window,  // texture window word
+};
+inline constexpr std::size_t fieldNum = static_cast<std::size_t>(Field::window) + 1;
+
+constexpr bool isWholeWord(Field field) { return field >= Field::C0; }
+
+/// One word of a packet. A field that fills its whole word stands in `low`.
+struct PacketWord {
+    Field low = Field::zero;
+    Field high = Field::zero;
+};
+
+/// A short list of packet words, made when the program is compiled.
+class PacketWords {
+public:
+    constexpr PacketWords() = default;
+    constexpr void add(PacketWord word) { words_[size_++] = word; }
+    constexpr void add(std::span<const PacketWord> words) {
+        for (const PacketWord word : words) {
+            add(word);
+        }
+    }
+    [[nodiscard]] constexpr std::size_t size() const { return size_; }
+    [[nodiscard]] constexpr PacketWord operator[](std::size_t i) const { return words_[i]; }
+    [[nodiscard]] constexpr PacketWord& operator[](std::size_t i) { return words_[i]; }
+    [[nodiscard]] constexpr const PacketWord* begin() const { return words_.data(); }
+    [[nodiscard]] constexpr const PacketWord* end() const { return words_.data() + size_; }
+
+    static constexpr std::size_t most = 32;
+
+private:
+    std::array<PacketWord, most> words_{};
+    std::size_t size_ = 0;
+};
+
+enum class PacketFamily : std::uint8_t { lit, unlit, window, unlitWindow, doubleImage };
+enum class PacketShape : std::uint8_t { triangle, quadrangle, strip };
+
+/// The form of the packets of one code.
+struct PacketForm {
+    PrimitiveTypeCode code = 0;  ///< without the bits that change no form
+    PacketFamily family = PacketFamily::lit;
+    PacketShape shape = PacketShape::triangle;
+    bool textured = false;
+    std::size_t colours = 0;  ///< colour words that a packet has, 0 to 4
+
+    /// What opens every packet: the window word and the colour words.
+    PacketWords opening;
+    /// The rest of a polygon's packet, or of a strip's first polygon.
+    PacketWords packet;
+    /// The rest of the packet of a strip's further polygons.
+    PacketWords further;
+
+    [[nodiscard]] constexpr bool strip() const { return shape == PacketShape::strip; }
+    [[nodiscard]] constexpr std::size_t corners() const {
+        return shape == PacketShape::quadrangle ? 4 : 3;
+    }
+    /// Window packets take texture coordinates as they are; the window word places them.
+    [[nodiscard]] constexpr bool windowed() const {
+        return family == PacketFamily::window || family == PacketFamily::unlitWindow;
+    }
+    [[nodiscard]] constexpr bool lit() const {
+        return family == PacketFamily::lit || family == PacketFamily::window;
+    }
+
+    /// Words of a polygon, or of a strip's first polygon without the strip's count word.
+    [[nodiscard]] constexpr std::size_t size() const { return opening.size() + packet.size(); }
+    /// Words of a further polygon of a strip.
+    [[nodiscard]] constexpr std::size_t furtherSize() const {
+        return opening.size() + further.size();
+    }
+};
+
+/// All 66 forms, in ascending order of their codes.
+std::span<const PacketForm> packetForms();
+
+/// The form of a polygon's or strip's type code; null when the code has none.
+const PacketForm* findPacketForm(PrimitiveTypeCode code);
+
+}  // namespace mqf2vxb
