@@ -1,6 +1,8 @@
 #include "hierarchy/primitive_bodies.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <span>
 #include <unordered_map>
 
 namespace mqf2vxb {
@@ -144,6 +146,22 @@ void buildPrimitiveHeaders(Primitives& primitives, const CoordinateLists& lists,
     }
 }
 
+/// A mesh of one polygon is written by its polygon, and these are written in material order.
+void listSinglePolygons(const Table<MeshRecord>& meshes, Primitives& primitives) {
+    for (const PrimitiveBody& body : primitives.malprim) {
+        for (const PrimitiveTypeEntry& entry : body.maltype) {
+            if (type_code::isStrip(entry.type)) {
+                continue;
+            }
+            const std::span members(primitives.members.data() + entry.firstMember, entry.polyNum);
+            for (std::uint32_t& member : members) {
+                member = meshes[member].materials.front();
+            }
+            std::sort(members.begin(), members.end());
+        }
+    }
+}
+
 template <class Item>
 void buildBodies(Model& model, const Table<Item>& items) {
     BodyBuilder builder(model.primitives, model.coordinateLists);
@@ -171,7 +189,10 @@ std::uint32_t countShared(const Table<VertexRecord>& records, const CoordinateLi
 
 void buildPrimitiveBodies(Model& model) { buildBodies(model, model.materials.records); }
 
-void buildMeshPrimitiveBodies(Model& model) { buildBodies(model, model.meshes); }
+void buildMeshPrimitiveBodies(Model& model) {
+    buildBodies(model, model.meshes);
+    listSinglePolygons(model.meshes, model.primitives);
+}
 
 void countSharedPerCoordinate(Model& model) {
     Primitives& primitives = model.primitives;

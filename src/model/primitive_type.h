@@ -41,5 +41,7 @@ constexpr PrimitiveTypeCode form(PrimitiveTypeCode code) {
     return code & ~(shared | flag04 | flag02);
 }
 
+constexpr bool isStrip(PrimitiveTypeCode code) { return (code & strip) == strip; }
+
 }  // namespace type_code
 }  // namespace mqf2vxb

@@ -38,8 +38,8 @@ struct Primitives {
     Table<CoordinatePrimitiveHeader> malprimh{"malprimh", "check2"};
     /// The shared body's entries; empty without shared polygons.
     std::vector<PrimitiveTypeEntry> malsprimh;
-    /// Indices of the materials (with a BND file: of the meshes) of every packet group, group
-    /// after group in the order of the bodies and entries, each group in table order.
+    /// What every packet group holds, group after group in the order of the bodies and entries:
+    /// the indices of a polygon group's materials or of a strip group's meshes, ascending.
     std::vector<std::uint32_t> members;
 
     std::uint32_t SharedPolygonNum = 0;  ///< material entries whose polygon is shared

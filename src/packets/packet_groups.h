@@ -18,7 +18,6 @@ void walkPackets(const Model& model, Visitor&& visitor) {
         return DrawnPolygon(record, model.materials.appearance(record),
                             model.polygons[static_cast<std::size_t>(record.polygon)]);
     };
-    const bool fromMeshes = model.description.bnd.given;
     for (const PrimitiveBody& body : model.primitives.malprim) {
         for (const PrimitiveTypeEntry& entry : body.maltype) {
             const PacketForm* form = findPacketForm(entry.type);
@@ -29,8 +28,7 @@ void walkPackets(const Model& model, Visitor&& visitor) {
             for (std::uint32_t i = 0; i < entry.polyNum; ++i) {
                 const std::uint32_t member = model.primitives.members[entry.firstMember + i];
                 if (!form->strip()) {
-                    visitor.polygon(
-                        *form, drawn(fromMeshes ? model.meshes[member].materials[0] : member), 0);
+                    visitor.polygon(*form, drawn(member), 0);
                     continue;
                 }
                 visitor.strip(member);
