@@ -61,6 +61,7 @@ void readSlots(LineReader& reader, std::string_view countKey, std::string_view s
 void readModelDescription(Inputs& inputs, const std::string& fileName,
                           ModelDescription& description, Table<ImageRecord>& images,
                           Table<MotionRecord>& motions) {
+    description.fileName = fileName;
     LineReader reader(inputs, fileName, "@MQF970401");
     while (reader.readLine()) {
         for (const FileKey& entry : fileKeys) {

@@ -13,6 +13,7 @@ struct ComponentFile {
 /// The component files of one model. The images and motions that the MQF file lists are tables of
 /// their own.
 struct ModelDescription {
+    std::string fileName;  ///< of the MQF file itself
     ComponentFile geo;
     ComponentFile srf;
     ComponentFile sqd;  ///< recorded only: the group file that is read is the FRM file's

@@ -2,17 +2,9 @@
 
 #include "driver/diagnostics.h"
 #include "output/format.h"
+#include "output/sizes.h"
 
 namespace mqf2vxb {
-namespace {
-
-/// The words of an image's descriptor with a CLUT; without one it has half as many.
-std::size_t descriptorWords(PrimitiveTypeCode type) {
-    return type == type_code::imageWithClut ? 6 : 3;
-}
-
-}  // namespace
-
 void checkLimits(const Model& model) {
     const ModelDescription& description = model.description;
     for (const PrimitiveBody& body : model.primitives.malprim) {
@@ -28,9 +20,12 @@ void checkLimits(const Model& model) {
         }
     }
     for (const PixelTypeEntry& entry : model.malimage.malpxltype) {
-        const std::size_t size = 1 + descriptorWords(entry.type) * entry.images.size();
+        const std::uint64_t size = 1 + imagetsize(entry.type, entry.images.size());
         if (entry.images.size() > format::largestNumber || size > format::largestSize) {
-            notCorrectData({}, formatText("%zu images of one type", entry.images.size()));
+            notCorrectData({description.fileName},
+                           formatText("%zu images of one type, in more words than the 65535 that "
+                                      "the format holds",
+                                      entry.images.size()));
         }
     }
 }

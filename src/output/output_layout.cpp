@@ -1,5 +1,8 @@
 #include "output/output_layout.h"
 
+#include <string>
+#include <utility>
+
 #include "driver/diagnostics.h"
 #include "output/format.h"
 #include "output/sizes.h"
@@ -10,13 +13,16 @@ namespace {
 /// Walks the file from front to back and hands out offsets.
 class Walk {
 public:
+    /// `model` is named when the file would be too large.
+    explicit Walk(std::string model) : model_(std::move(model)) {}
+
     /// The offset of the next word.
     [[nodiscard]] std::uint32_t here() const { return static_cast<std::uint32_t>(offset_); }
 
     void pass(std::uint64_t words) {
         offset_ += words;
         if (offset_ >= format::bit31) {
-            notCorrectData({}, "the output would be larger than 2147483647 words");
+            notCorrectData({model_}, "the output would be larger than 2147483647 words");
         }
     }
 
@@ -28,6 +34,7 @@ public:
     }
 
 private:
+    std::string model_;
     std::uint64_t offset_ = 0;
 };
 
@@ -186,7 +193,7 @@ bool imagesWritten(const Model& model) { return !model.malimage.malpxltype.empty
 
 OutputLayout computeLayout(const Model& model) {
     OutputLayout layout;
-    Walk walk;
+    Walk walk(model.description.fileName);
     layout.FirstObjectCoordinate = firstObjectCoordinate(model.coordinates);
     walk.pass(format::fileHeaderSize + format::blockNumber(model.coordinates.size()));
     if (!model.coordinates.empty()) {

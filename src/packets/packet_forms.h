@@ -11,25 +11,31 @@ namespace mqf2vxb {
 /// What a packet word, or one 16-bit half of it, holds.
 enum class Field : std::uint8_t {
     zero,
+    // Vertex indices of the corners.
     V0,
     V1,
     V2,
-    V3,  // vertex indices of the corners
+    V3,
+    // Normal indices of the corners.
     N0,
     N1,
     N2,
-    N3,  // normal indices of the corners
+    N3,
+    // Texture coordinates of the corners.
     T0,
     T1,
     T2,
-    T3,    // texture coordinates of the corners
-    clut,  // position of the colour lookup table
-    page,  // texture page
+    T3,
+    // Position of the colour lookup table, and texture page.
+    clut,
+    page,
+    // Colour words of the corners.
     C0,
     C1,
     C2,
-    C3,      // colour words of the corners
-    window,  // texture window word
+    C3,
+    // Texture window word.
+    window,
 };
 inline constexpr std::size_t fieldNum = static_cast<std::size_t>(Field::window) + 1;
 
