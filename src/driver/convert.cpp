@@ -30,25 +30,6 @@
 namespace mqf2vxb {
 namespace {
 
-/// An output must not take the place of what the conversion read, nor of the other output.
-void checkOutputNames(const RunOptions& options, const Inputs& inputs, const FileSystem& files) {
-    const auto checkInputs = [&](const std::string& output) {
-        for (const std::string& input : inputs.names()) {
-            if (files.same(output, input)) {
-                notCorrectData({output}, "the output is the same file as the input " + input);
-            }
-        }
-    };
-    checkInputs(options.outputName);
-    if (options.hexOutput) {
-        checkInputs(options.hexName);
-        if (files.same(options.hexName, options.outputName)) {
-            notCorrectData({options.hexName},
-                           "the hex text is the same file as the output " + options.outputName);
-        }
-    }
-}
-
 void print(const std::string& text) { std::fwrite(text.data(), 1, text.size(), stdout); }
 
 }  // namespace
@@ -105,6 +86,24 @@ void organiseModel(const RunOptions& options, Model& model) {
 
     checkLimits(model);
     checkPackets(model);
+}
+
+void checkOutputNames(const RunOptions& options, const Inputs& inputs, const FileSystem& files) {
+    const auto checkInputs = [&](const std::string& output) {
+        for (const std::string& input : inputs.names()) {
+            if (files.same(output, input)) {
+                notCorrectData({output}, "the output is the same file as the input " + input);
+            }
+        }
+    };
+    checkInputs(options.outputName);
+    if (options.hexOutput) {
+        checkInputs(options.hexName);
+        if (files.same(options.hexName, options.outputName)) {
+            notCorrectData({options.hexName},
+                           "the hex text is the same file as the output " + options.outputName);
+        }
+    }
 }
 
 void convert(RunOptions options, const std::string& mqfName, FileSystem& files) {

@@ -16,6 +16,9 @@ void readModel(const std::string& mqfName, Inputs& inputs, Model& model);
 /// of the animation, the shared blocks. From then on no table changes.
 void organiseModel(const RunOptions& options, Model& model);
 
+/// Refuses an output name that is the same file as an input or as the other output.
+void checkOutputNames(const RunOptions& options, const Inputs& inputs, const FileSystem& files);
+
 /// Converts one model. A conversion is a function of its options and its files: any number may run
 /// in one process, also side by side. Throws a Report when it fails.
 void convert(RunOptions options, const std::string& mqfName, FileSystem& files);
