@@ -74,11 +74,12 @@ void LineReader::readRawLine() {
 }
 
 bool LineReader::isDataLine() const {
-    const std::size_t first = line_.find_first_not_of(" \t");
-    if (first == std::string_view::npos) {
-        return !lineFeed_;
+    for (const char c : line_) {
+        if (c != ' ' && c != '\t') {
+            return c != '#';
+        }
     }
-    return line_[first] != '#';
+    return !lineFeed_;
 }
 
 void LineReader::checkId(std::string_view id) const {

@@ -8,8 +8,6 @@
 namespace mqf2vxb {
 namespace {
 
-constexpr bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
-constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
 constexpr char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
 
 /// Takes a sign; true when it is a minus.
@@ -25,14 +23,13 @@ bool startsWithHexPrefix(std::string_view text) {
     return text.size() > 1 && text[0] == '0' && lower(text[1]) == 'x';
 }
 
-/// Takes an unsigned number of the base; what it reports is out of range for 32 bits already.
-Scanned takeDigits(std::string_view& text, int base, std::uint32_t& value) {
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value, base);
-    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
-    if (error == std::errc()) {
-        return Scanned::number;
+/// The value of a hexadecimal digit; -1 when it is none.
+constexpr int hexDigit(char c) {
+    if (isDigit(c)) {
+        return c - '0';
     }
-    return error == std::errc::result_out_of_range ? Scanned::outOfRange : Scanned::nothing;
+    const char letter = lower(c);
+    return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : -1;
 }
 
 /// The decimal exponent of the number's first digit that is not 0, for a number known to have
@@ -53,25 +50,15 @@ long decimalExponent(std::string_view number) {
     }
     if (i + 1 < number.size()) {
         std::string_view digits = number.substr(i + 1);
-        const bool minus = takeSign(digits);
-        std::uint32_t written = 0;
-        if (takeDigits(digits, 10, written) == Scanned::outOfRange) {
-            written = std::numeric_limits<std::int32_t>::max();
-        }
-        exponent += minus ? -static_cast<long>(written) : static_cast<long>(written);
+        constexpr std::int32_t huge = std::numeric_limits<std::int32_t>::max();
+        std::int32_t written = digits.starts_with('-') ? -huge : huge;  // if it fits no 32 bits
+        scanInteger(digits, written);
+        exponent += written;
     }
     return exponent;
 }
 
 }  // namespace
-
-void skipSpace(std::string_view& text) {
-    std::size_t i = 0;
-    while (i < text.size() && isSpace(text[i])) {
-        ++i;
-    }
-    text.remove_prefix(i);
-}
 
 std::string_view scanWord(std::string_view& text) {
     skipSpace(text);
@@ -84,45 +71,30 @@ std::string_view scanWord(std::string_view& text) {
     return word;
 }
 
-Scanned scanInteger(std::string_view& text, std::int32_t& value) {
-    skipSpace(text);
-    if (text.starts_with('+')) {
-        text.remove_prefix(1);
-        if (text.starts_with('-')) {
-            return Scanned::nothing;
-        }
-    }
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
-    if (error == std::errc()) {
-        return Scanned::number;
-    }
-    return error == std::errc::result_out_of_range ? Scanned::outOfRange : Scanned::nothing;
-}
-
 Scanned scanHex(std::string_view& text, std::uint32_t& value) {
     skipSpace(text);
-    const bool minus = takeSign(text);
-    std::uint32_t magnitude = 0;
-    Scanned scanned = Scanned::nothing;
-    if (startsWithHexPrefix(text)) {
-        std::string_view digits = text.substr(2);
-        scanned = takeDigits(digits, 16, magnitude);
-        if (scanned != Scanned::nothing) {
-            text = digits;
-        }
+    std::string_view rest = text;
+    const bool minus = takeSign(rest);
+    if (startsWithHexPrefix(rest) && rest.size() > 2 && hexDigit(rest[2]) >= 0) {
+        rest.remove_prefix(2);
     }
-    if (scanned == Scanned::nothing) {
-        scanned = takeDigits(text, 16, magnitude);
+    constexpr std::uint64_t tooLarge = std::uint64_t{1} << 32U;
+    constexpr std::uint64_t mostNegative = 0x80000000U;
+    std::uint64_t magnitude = 0;
+    std::size_t digits = 0;
+    for (; digits < rest.size() && hexDigit(rest[digits]) >= 0; ++digits) {
+        magnitude =
+            std::min(16 * magnitude + static_cast<std::uint64_t>(hexDigit(rest[digits])), tooLarge);
     }
-    if (scanned == Scanned::number) {
-        constexpr std::uint32_t mostNegative = 0x80000000U;
-        if (minus && magnitude > mostNegative) {
-            return Scanned::outOfRange;
-        }
-        value = minus ? 0U - magnitude : magnitude;
+    if (digits == 0) {
+        return Scanned::nothing;
     }
-    return scanned;
+    text = rest.substr(digits);
+    if (magnitude >= tooLarge || (minus && magnitude > mostNegative)) {
+        return Scanned::outOfRange;
+    }
+    value = static_cast<std::uint32_t>(minus ? 0 - magnitude : magnitude);
+    return Scanned::number;
 }
 
 Scanned scanReal(std::string_view& text, float& value) {
@@ -160,17 +132,12 @@ Scanned scanReal(std::string_view& text, float& value) {
     return Scanned::number;
 }
 
-bool LineScanner::take(Scanned scanned) {
+void LineScanner::missing(Scanned scanned) {
     if (scanned == Scanned::outOfRange) {
         reader_.refuseLine("number does not fit 32 bits");
     }
-    failed_ = failed_ || scanned == Scanned::nothing;
-    return !failed_;
+    failed_ = true;
 }
-
-bool LineScanner::scan(std::int32_t& value) { return !failed_ && take(scanInteger(rest_, value)); }
-
-bool LineScanner::scan(float& value) { return !failed_ && take(scanReal(rest_, value)); }
 
 bool LineScanner::scan(Hex hex) { return !failed_ && take(scanHex(rest_, hex.value)); }
 
@@ -214,9 +181,9 @@ bool LineScanner::scan(HexNumber number) {
     return scan(Literal{"0x"}) && scan(Hex{number.value});
 }
 
-void LineScanner::finish() const {
+void LineScanner::checkPart() const {
     const bool touchesCut = reader_.isCut() && rest_.empty();
-    if (reader_.isPart() && (failed_ || touchesCut)) {
+    if (failed_ || touchesCut) {
         reader_.refuseLine("line longer than 255 characters");
     }
 }

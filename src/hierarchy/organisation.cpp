@@ -34,23 +34,35 @@ PrimitiveTypeCode appearanceCode(const MaterialAppearance& appearance) {
 }
 
 /// Refuses a polygon with a vertex that no coordinate carries.
-void checkCarried(const Model& model, const MaterialRecord& material, std::int32_t vertex) {
-    if (model.vertices.at(vertex).cno == CoordinateListId::empty) {
-        const std::size_t group = model.orphans.groupOfVertex.at(vertex);
-        notCorrectData({model.GroupFileName}, "polygon " + std::to_string(material.polygon) +
-                                                  " uses vertex " + std::to_string(vertex) +
-                                                  " of the group " + model.orphans.groups[group] +
-                                                  ", which no coordinate carries");
-    }
+[[noreturn]] void refuseOrphan(const Model& model, const MaterialRecord& material,
+                               std::int32_t vertex) {
+    const std::size_t group = model.orphans.groupOfVertex.at(vertex);
+    notCorrectData({model.GroupFileName}, "polygon " + std::to_string(material.polygon) +
+                                              " uses vertex " + std::to_string(vertex) +
+                                              " of the group " + model.orphans.groups[group] +
+                                              ", which no coordinate carries");
 }
 
-bool isShared(const Model& model, const PolygonRecord& polygon, std::size_t corners) {
+/// The coordinate list of the material's polygon: that of its first vertex, or `shared` when the
+/// first coordinates of its vertices differ.
+CoordinateListId coordinateListOf(const Model& model, const MaterialRecord& material,
+                                  const PolygonRecord& polygon, std::size_t corners) {
+    const auto listOf = [&](std::size_t corner) {
+        const std::int32_t vertex = polygon.vertex[corner];
+        const CoordinateListId list = model.vertices.at(vertex).cno;
+        if (list == CoordinateListId::empty) {
+            refuseOrphan(model, material, vertex);
+        }
+        return list;
+    };
+    const CoordinateListId first = listOf(0);
     bool shared = false;
     for (std::size_t k = 1; k < corners; ++k) {
-        shared |= model.coordinateLists.first(model.vertices.at(polygon.vertex[k]).cno) !=
-                  model.coordinateLists.first(model.vertices.at(polygon.vertex[k - 1]).cno);
+        const CoordinateListId list = listOf(k);
+        shared |= list != first &&
+                  model.coordinateLists.first(list) != model.coordinateLists.first(first);
     }
-    return shared;
+    return shared ? CoordinateListId::shared : first;
 }
 
 /// A record that a shared polygon uses has to lie in one coordinate, which says where it is
@@ -79,7 +91,7 @@ void shareCorners(Model& model, const MaterialRecord& material, PolygonRecord& p
     if (model.normals.empty()) {
         return;
     }
-    const MaterialAppearance& appearance = model.materials.appearance(material);
+    const MaterialAppearance appearance = model.materials.appearance(material);
     if (appearance.shading == 'F') {
         for (std::size_t k = 1; k < corners; ++k) {
             polygon.normal[k] = polygon.normal[0];
@@ -107,15 +119,9 @@ void organisePolygons(Model& model) {
         const std::size_t corners = vertexCount(polygon.type);
         material.type =
             appearanceCode(model.materials.appearance(material)) | shapeCode(polygon.type);
-        checkCarried(model, material, polygon.vertex[0]);
-        for (std::size_t k = 1; k < corners; ++k) {
-            checkCarried(model, material, polygon.vertex[k]);
-        }
-        if (isShared(model, polygon, corners)) {
+        material.cno = coordinateListOf(model, material, polygon, corners);
+        if (material.cno == CoordinateListId::shared) {
             material.type |= type_code::shared;
-            material.cno = CoordinateListId::shared;
-        } else {
-            material.cno = model.vertices.at(polygon.vertex[0]).cno;
         }
     }
 }
@@ -132,7 +138,7 @@ void assignNormalCoordinates(Model& model) {
         if (model.normals.empty()) {
             continue;
         }
-        const MaterialAppearance& appearance = model.materials.appearance(material);
+        const MaterialAppearance appearance = model.materials.appearance(material);
         const std::size_t named = normalCorners(material, appearance, corners);
         for (std::size_t k = 0; k < named; ++k) {
             const std::int32_t index = polygon.normal[k];

@@ -1,8 +1,6 @@
 #include "hierarchy/primitive_bodies.h"
 
-#include <algorithm>
 #include <cstdint>
-#include <span>
 #include <unordered_map>
 
 namespace mqf2vxb {
@@ -14,37 +12,38 @@ public:
     BodyBuilder(Primitives& primitives, const CoordinateLists& lists)
         : primitives_(primitives), bodyOfList_(lists.size(), none) {}
 
-    /// Makes the bodies of all items; returns whether the last one is the shared body. The order
-    /// of bodies and entries is that of first appearance, shared items after the others.
+    /// Makes the bodies of all items and tells each item its group; returns whether the last body
+    /// is the shared one. The order of bodies and entries is that of first appearance, shared
+    /// items after the others.
     template <class Item>
-    bool build(const Table<Item>& items) {
-        groupOfItem_.resize(items.size());
+    bool build(Table<Item>& items) {
         addItems(items, false);
         sharedBody_ = static_cast<std::uint32_t>(primitives_.malprim.size());
         addItems(items, true);
-        numberEntries();
-        listMembers();
+        const std::vector<std::uint32_t> groupOfEntry = numberEntries();
+        for (Item& item : items) {
+            item.group = groupOfEntry[item.group];
+        }
         return primitives_.malprim.size() > sharedBody_;
     }
 
 private:
     static constexpr std::uint32_t none = 0xFFFFFFFFU;
 
-    /// Where a packet group's entry is, and where its next member goes.
-    struct Group {
+    /// A type entry by its place; entries are kept in the order in which they were made.
+    struct EntryPlace {
         std::uint32_t body;
         std::uint32_t entry;
-        std::uint32_t nextMember;
     };
 
+    /// Leaves in each item's group the number of its entry place.
     template <class Item>
-    void addItems(const Table<Item>& items, bool sharedOnes) {
-        for (std::size_t i = 0; i < items.size(); ++i) {
-            if ((items[i].cno == CoordinateListId::shared) == sharedOnes) {
-                const std::uint32_t body = bodyOf(items[i].cno);
-                groupOfItem_[i] = groupOf(body, items[i].type);
-                const Group& group = groups_[groupOfItem_[i]];
-                ++primitives_.malprim[body].maltype[group.entry].polyNum;
+    void addItems(Table<Item>& items, bool sharedOnes) {
+        for (Item& item : items) {
+            if ((item.cno == CoordinateListId::shared) == sharedOnes) {
+                const std::uint32_t body = bodyOf(item.cno);
+                item.group = entryOf(body, item.type);
+                ++primitives_.malprim[body].maltype[entries_[item.group].entry].polyNum;
             }
         }
     }
@@ -60,51 +59,44 @@ private:
         return body;
     }
 
-    std::uint32_t groupOf(std::uint32_t body, PrimitiveTypeCode type) {
+    std::uint32_t entryOf(std::uint32_t body, PrimitiveTypeCode type) {
         const std::uint64_t key = static_cast<std::uint64_t>(body) << 32U | type;
         const auto [place, isNew] =
-            groupOfKey_.try_emplace(key, static_cast<std::uint32_t>(groups_.size()));
+            entryOfKey_.try_emplace(key, static_cast<std::uint32_t>(entries_.size()));
         if (isNew) {
             std::vector<PrimitiveTypeEntry>& entries = primitives_.malprim[body].maltype;
-            groups_.push_back({body, static_cast<std::uint32_t>(entries.size()), 0});
-            entries.push_back({0, type, 0, 0});
+            entries_.push_back({body, static_cast<std::uint32_t>(entries.size())});
+            entries.push_back({0, type, 0});
         }
         return place->second;
     }
 
-    void numberEntries() {
-        std::uint32_t primIndex = 0;
-        std::uint32_t member = 0;
+    /// Numbers the entries of the independent bodies and those of the shared body; returns the
+    /// group of every entry place.
+    std::vector<std::uint32_t> numberEntries() {
+        std::vector<std::uint32_t> firstGroup;
+        std::uint32_t groups = 0;
         for (std::size_t body = 0; body < primitives_.malprim.size(); ++body) {
-            if (body == sharedBody_) {
-                primIndex = 0;
-            }
+            const std::uint32_t firstIndex = body == sharedBody_ ? groups : 0;
+            firstGroup.push_back(groups);
             for (PrimitiveTypeEntry& entry : primitives_.malprim[body].maltype) {
-                entry.primIndex = primIndex++;
-                entry.firstMember = member;
-                member += entry.polyNum;
+                entry.primIndex = groups++ - firstIndex;
             }
         }
-    }
-
-    void listMembers() {
-        for (Group& group : groups_) {
-            group.nextMember = primitives_.malprim[group.body].maltype[group.entry].firstMember;
+        std::vector<std::uint32_t> groupOfEntry;
+        groupOfEntry.reserve(entries_.size());
+        for (const EntryPlace& place : entries_) {
+            groupOfEntry.push_back(firstGroup[place.body] + place.entry);
         }
-        primitives_.members.resize(groupOfItem_.size());
-        for (std::size_t i = 0; i < groupOfItem_.size(); ++i) {
-            primitives_.members[groups_[groupOfItem_[i]].nextMember++] =
-                static_cast<std::uint32_t>(i);
-        }
+        return groupOfEntry;
     }
 
     Primitives& primitives_;
     std::vector<std::uint32_t> bodyOfList_;
     std::uint32_t bodyOfShared_ = none;
     std::uint32_t sharedBody_ = 0;  // the first body behind the independent ones
-    std::vector<Group> groups_;
-    std::unordered_map<std::uint64_t, std::uint32_t> groupOfKey_;
-    std::vector<std::uint32_t> groupOfItem_;
+    std::vector<EntryPlace> entries_;
+    std::unordered_map<std::uint64_t, std::uint32_t> entryOfKey_;
 };
 
 /// The headers by their coordinate.
@@ -146,24 +138,8 @@ void buildPrimitiveHeaders(Primitives& primitives, const CoordinateLists& lists,
     }
 }
 
-/// A mesh of one polygon is written by its polygon, and these are written in material order.
-void listSinglePolygons(const Table<MeshRecord>& meshes, Primitives& primitives) {
-    for (const PrimitiveBody& body : primitives.malprim) {
-        for (const PrimitiveTypeEntry& entry : body.maltype) {
-            if (type_code::isStrip(entry.type)) {
-                continue;
-            }
-            const std::span members(primitives.members.data() + entry.firstMember, entry.polyNum);
-            for (std::uint32_t& member : members) {
-                member = meshes[member].materials.front();
-            }
-            std::sort(members.begin(), members.end());
-        }
-    }
-}
-
 template <class Item>
-void buildBodies(Model& model, const Table<Item>& items) {
+void buildBodies(Model& model, Table<Item>& items) {
     BodyBuilder builder(model.primitives, model.coordinateLists);
     const bool sharedExists = builder.build(items);
     buildPrimitiveHeaders(model.primitives, model.coordinateLists, sharedExists);
@@ -191,7 +167,10 @@ void buildPrimitiveBodies(Model& model) { buildBodies(model, model.materials.rec
 
 void buildMeshPrimitiveBodies(Model& model) {
     buildBodies(model, model.meshes);
-    listSinglePolygons(model.meshes, model.primitives);
+    // A mesh of one polygon is written as that polygon.
+    for (const MeshRecord& mesh : model.meshes) {
+        model.materials.records[mesh.materials.front()].group = mesh.group;
+    }
 }
 
 void countSharedPerCoordinate(Model& model) {

@@ -39,11 +39,9 @@ void readGeometry(Inputs& inputs, const std::string& fileName, Table<VertexRecor
     polygons.allocate(static_cast<std::size_t>(polygonNum));
     for (PolygonRecord& polygon : polygons) {
         reader.requireLine("its last polygon");
-        auto& [type, vertex, normal] = polygon;
         std::uint32_t kind = 0;
-        scanLine(reader, Hex{kind}, vertex[0], vertex[1], vertex[2], vertex[3], normal[0],
-                 normal[1], normal[2], normal[3]);
-        type = static_cast<std::int32_t>(kind);
+        scanLine(reader, Hex{kind}, polygon.vertex, polygon.normal);
+        polygon.type = static_cast<std::int32_t>(kind);
     }
 }
 

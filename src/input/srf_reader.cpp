@@ -1,9 +1,10 @@
 #include "input/srf_reader.h"
 
 #include <charconv>
-#include <limits>
+#include <span>
 
 #include "driver/line_reader.h"
+#include "driver/scan.h"
 
 namespace mqf2vxb {
 namespace {
@@ -83,7 +84,15 @@ std::string_view takeWord(const LineReader& reader, std::string_view& rest) {
     return word;
 }
 
-void addRecords(const LineReader& reader, const PolygonRange& range, std::uint32_t appearance,
+/// Scans the numbers that the kind has; those that are not there are 0.
+void parseMaterialNumbers(const LineReader& reader, std::string_view text, MaterialKind kind,
+                          Table<std::int32_t>& numbers) {
+    LineScanner scanner(reader, text);
+    scanner.scan(std::span(numbers.extend(kind.numbers()), kind.numbers()));
+    scanner.finish();
+}
+
+void addRecords(const LineReader& reader, const PolygonRange& range, std::uint32_t line,
                 Table<MaterialRecord>& records) {
     const auto number = static_cast<std::size_t>(range.last - range.first) + 1;
     if (number > mostMaterials - records.size()) {
@@ -92,7 +101,7 @@ void addRecords(const LineReader& reader, const PolygonRange& range, std::uint32
     for (std::int32_t polygon = range.first;; ++polygon) {
         MaterialRecord record;
         record.polygon = polygon;
-        record.appearance = appearance;
+        record.line = line;
         records.append(record);
         if (polygon == range.last) {
             break;
@@ -100,29 +109,45 @@ void addRecords(const LineReader& reader, const PolygonRange& range, std::uint32
     }
 }
 
+bool atBlankOrEnd(std::string_view rest) { return rest.empty() || isBlank(rest.front()); }
+
+/// Scans what stands between the polygon list and the numbers: flag, shading and kind. Returns
+/// the rest of the line from the fifth word on, whatever the scan made of the words before.
+std::string_view scanFlagAndLetters(const LineReader& reader, std::string_view rest,
+                                    MaterialLine& line) {
+    LineScanner words(reader, rest);
+    const bool scanned = words.scan(Hex{line.flag});
+    bool plain = scanned && atBlankOrEnd(words.rest());
+    words.scan(Letter{line.shading});
+    plain = plain && atBlankOrEnd(words.rest());
+    words.scan(Letter{line.kind});
+    if (plain && words.complete() && atBlankOrEnd(words.rest())) {
+        return words.rest();
+    }
+    for (int word = 2; word <= 4; ++word) {
+        takeWord(reader, rest);
+    }
+    if (!scanned) {
+        reader.refuseLine("flag is not a hexadecimal number");
+    }
+    return rest;
+}
+
 void readMaterialLine(const LineReader& reader, MaterialTable& materials) {
     std::string_view rest = reader.line();
     const std::string_view list = takeWord(reader, rest);
-    const std::string_view afterList = rest;
-    const std::string_view flag = takeWord(reader, rest);
-    takeWord(reader, rest);
-    takeWord(reader, rest);
-    if (flag.front() == '-' || flag.front() == ',') {
+    const std::size_t flag = rest.find_first_not_of(" \t");
+    if (flag != std::string_view::npos && (rest[flag] == '-' || rest[flag] == ',')) {
         reader.refuseLine("a blank inside the polygon list");
     }
 
-    MaterialAppearance appearance;
-    LineScanner words(reader, afterList);
-    if (!words.scan(Hex{appearance.flag}) || !words.scan(Letter{appearance.shading}) ||
-        !words.scan(Letter{appearance.kind})) {
-        reader.refuseLine("flag is not a hexadecimal number");
-    }
-    LineScanner numbers(reader, rest);
-    parseMaterialNumbers(numbers, appearance);
-    numbers.finish();
+    MaterialLine line;
+    rest = scanFlagAndLetters(reader, rest, line);
+    line.firstNumber = materials.numbers.size();
+    parseMaterialNumbers(reader, rest, materialKind(line.kind), materials.numbers);
 
-    const auto index = static_cast<std::uint32_t>(materials.appearances.size());
-    materials.appearances.append(appearance);
+    const auto index = static_cast<std::uint32_t>(materials.lines.size());
+    materials.lines.append(line);
     PolygonList items(reader, list);
     PolygonRange range{};
     while (items.next(range)) {
@@ -132,31 +157,6 @@ void readMaterialLine(const LineReader& reader, MaterialTable& materials) {
 
 }  // namespace
 
-void parseMaterialNumbers(LineScanner& scanner, MaterialAppearance& appearance) {
-    const auto scan = [&](std::int32_t& value) { scanner.scan(value); };
-    if (appearance.textured()) {
-        scan(appearance.texture);
-        if (appearance.windowed()) {
-            scan(appearance.windowWidth);
-            scan(appearance.windowHeight);
-            scan(appearance.windowX);
-            scan(appearance.windowY);
-        }
-        for (std::size_t i = 0; i < appearance.u.size(); ++i) {
-            scan(appearance.u[i]);
-            scan(appearance.v[i]);
-        }
-    }
-    const std::size_t colours = appearance.colourPerVertex() ? appearance.r.size()
-                                : appearance.oneColour()     ? 1
-                                                             : 0;
-    for (std::size_t i = 0; i < colours; ++i) {
-        scan(appearance.r[i]);
-        scan(appearance.g[i]);
-        scan(appearance.b[i]);
-    }
-}
-
 void readMaterials(Inputs& inputs, const std::string& fileName, MaterialTable& materials) {
     constexpr std::size_t shortestLine = 8;  // "0 0 F X" and its line feed
     LineReader reader(inputs, fileName, "@SRF970401");
@@ -164,6 +164,10 @@ void readMaterials(Inputs& inputs, const std::string& fileName, MaterialTable& m
     std::int32_t lines = 0;
     scanLine(reader, lines);
     reader.checkCount(lines, shortestLine, "material lines");
+    materials.lines.reserve(static_cast<std::size_t>(lines));
+    materials.records.reserve(static_cast<std::size_t>(lines));
+    // Room for as many numbers as most files have: a quarter of their characters.
+    materials.numbers.reserve(reader.rest().size() / 4);
     for (std::int32_t i = 0; i < lines; ++i) {
         reader.requireLine("its last material line");
         readMaterialLine(reader, materials);

@@ -3,7 +3,6 @@
 #include <string>
 
 #include "driver/inputs.h"
-#include "driver/scan.h"
 #include "model/material.h"
 
 namespace mqf2vxb {
@@ -14,8 +13,5 @@ inline constexpr std::size_t mostMaterials = std::size_t{1} << 24U;
 
 /// Reads the materials: one record per polygon named, in the order of the file.
 void readMaterials(Inputs& inputs, const std::string& fileName, MaterialTable& materials);
-
-/// Scans the numbers of the appearance's kind, in the order of the file.
-void parseMaterialNumbers(LineScanner& scanner, MaterialAppearance& appearance);
 
 }  // namespace mqf2vxb

@@ -1,8 +1,7 @@
 #pragma once
 
-#include <array>
+#include <cstddef>
 #include <cstdint>
-#include <string_view>
 
 #include "model/coordinate_lists.h"
 #include "model/primitive_type.h"
@@ -18,34 +17,110 @@ inline constexpr std::uint32_t bit04 = 0x04;
 inline constexpr std::uint32_t doubleImage = 0x80;
 }  // namespace material_flag
 
-/// How one line of the SRF file makes its polygons look. Fields that its kind does not fill are 0.
-struct MaterialAppearance {
+/// What a kind letter makes of a material, and which numbers its lines have: the texture number,
+/// the texture window, u and v of four corners, and the colours, as far as the kind has them.
+struct MaterialKind {
+    bool textured = false;
+    bool windowed = false;
+    std::uint8_t colours = 0;  ///< 0, 1, or 4 for one per vertex
+
+    static constexpr std::size_t windowStart = 1;
+    static constexpr std::size_t windowNumbers = 4;
+    static constexpr std::size_t cornerNumbers = 8;
+    static constexpr std::size_t colourNumbers = 3;
+
+    [[nodiscard]] constexpr std::size_t cornerStart() const {
+        return windowStart + (windowed ? windowNumbers : 0);
+    }
+    [[nodiscard]] constexpr std::size_t colourStart() const {
+        return textured ? cornerStart() + cornerNumbers : 0;
+    }
+    [[nodiscard]] constexpr std::size_t numbers() const {
+        return colourStart() + colourNumbers * colours;
+    }
+};
+
+/// The kind of a letter; one that is none of the eight has no numbers.
+constexpr MaterialKind materialKind(char letter) {
+    switch (letter) {
+    case 'C': return {false, false, 1};
+    case 'G': return {false, false, 4};
+    case 'T': return {true, false, 0};
+    case 'D': return {true, false, 1};
+    case 'H': return {true, false, 4};
+    case 'W': return {true, true, 0};
+    case 'S': return {true, true, 1};
+    case 'N': return {true, true, 4};
+    default: return {};
+    }
+}
+
+struct Colour {
+    std::int32_t r = 0;
+    std::int32_t g = 0;
+    std::int32_t b = 0;
+};
+
+/// One line of the SRF file as it is stored.
+struct MaterialLine {
     std::uint32_t flag = 0;
-    char shading = 0;  ///< 'F' flat, 'G' smooth
-    char kind = 0;     ///< one of C G T D H W S N
-    std::int32_t texture = 0;
-    std::array<std::int32_t, 4> r{};
-    std::array<std::int32_t, 4> g{};
-    std::array<std::int32_t, 4> b{};
-    std::array<std::int32_t, 4> u{};
-    std::array<std::int32_t, 4> v{};
-    std::int32_t windowWidth = 0;
-    std::int32_t windowHeight = 0;
-    std::int32_t windowX = 0;
-    std::int32_t windowY = 0;
+    char shading = 0;
+    char kind = 0;
+    std::size_t firstNumber = 0;  ///< index into MaterialTable::numbers
+};
+
+/// How one line of the SRF file makes its polygons look: a view, good as long as the table is.
+/// Numbers that the kind does not have are 0.
+class MaterialAppearance {
+public:
+    /// `numbers` are those of the line's kind, in the order of the file.
+    MaterialAppearance(const MaterialLine& line, const std::int32_t* numbers)
+        : flag(line.flag),
+          shading(line.shading),
+          kind(line.kind),
+          layout_(materialKind(line.kind)),
+          numbers_(numbers) {}
+
+    const std::uint32_t flag;
+    const char shading;  ///< 'F' flat, 'G' smooth
+    const char kind;     ///< one of C G T D H W S N
 
     [[nodiscard]] bool unlit() const { return (flag & material_flag::unlit) != 0; }
-    [[nodiscard]] bool textured() const { return kindIs("TDHWSN"); }
-    [[nodiscard]] bool windowed() const { return kindIs("WSN"); }
-    [[nodiscard]] bool colourPerVertex() const { return kindIs("GHN"); }
-    /// The kinds that carry no colour of their own.
-    [[nodiscard]] bool colourless() const { return kindIs("TW"); }
-    [[nodiscard]] bool oneColour() const { return kindIs("CDS"); }
+    [[nodiscard]] bool textured() const { return layout_.textured; }
+    [[nodiscard]] bool windowed() const { return layout_.windowed; }
+    [[nodiscard]] bool colourPerVertex() const { return layout_.colours > 1; }
+    /// The textured kinds that carry no colour of their own.
+    [[nodiscard]] bool colourless() const { return textured() && layout_.colours == 0; }
+
+    /// Index into the PXL Data Base.
+    [[nodiscard]] std::int32_t texture() const { return textured() ? numbers_[0] : 0; }
+    /// Texture coordinates of a corner, 0 to 3.
+    [[nodiscard]] std::int32_t u(std::size_t corner) const {
+        return textured() ? numbers_[layout_.cornerStart() + 2 * corner] : 0;
+    }
+    [[nodiscard]] std::int32_t v(std::size_t corner) const {
+        return textured() ? numbers_[layout_.cornerStart() + 2 * corner + 1] : 0;
+    }
+    [[nodiscard]] Colour colour(std::size_t corner) const {
+        if (corner >= layout_.colours) {
+            return {};
+        }
+        const std::int32_t* rgb =
+            numbers_ + layout_.colourStart() + MaterialKind::colourNumbers * corner;
+        return {rgb[0], rgb[1], rgb[2]};
+    }
+    [[nodiscard]] std::int32_t windowWidth() const { return windowNumber(0); }
+    [[nodiscard]] std::int32_t windowHeight() const { return windowNumber(1); }
+    [[nodiscard]] std::int32_t windowX() const { return windowNumber(2); }
+    [[nodiscard]] std::int32_t windowY() const { return windowNumber(3); }
 
 private:
-    [[nodiscard]] bool kindIs(std::string_view kinds) const {
-        return kinds.find(kind) != std::string_view::npos;
+    [[nodiscard]] std::int32_t windowNumber(std::size_t i) const {
+        return windowed() ? numbers_[MaterialKind::windowStart + i] : 0;
     }
+
+    MaterialKind layout_;
+    const std::int32_t* numbers_;
 };
 
 /// One polygon that the SRF file names. The Material Data Base drives everything after reading: a
@@ -53,18 +128,21 @@ private:
 struct MaterialRecord {
     PrimitiveTypeCode type = 0;
     CoordinateListId cno = CoordinateListId::origin;
-    std::int32_t polygon = 0;      ///< index into the Polygon Data Base
-    std::uint32_t appearance = 0;  ///< index into MaterialTable::appearances
+    std::int32_t polygon = 0;  ///< index into the Polygon Data Base
+    std::uint32_t line = 0;    ///< index into MaterialTable::lines
+    std::uint32_t group = 0;   ///< packet group that it is written in, unless in a strip
 };
 
-/// The Material Data Base. The polygons of one SRF line look the same, so each line's appearance
-/// is stored once.
+/// The Material Data Base. The polygons of one SRF line look the same, so that what the line says
+/// is stored once, and of its numbers those that its kind has.
 struct MaterialTable {
     Table<MaterialRecord> records{"Material Data Base"};
-    Table<MaterialAppearance> appearances{"Material Data Base"};
+    Table<MaterialLine> lines{"Material Data Base"};
+    Table<std::int32_t> numbers{"Material Data Base"};
 
-    [[nodiscard]] const MaterialAppearance& appearance(const MaterialRecord& material) const {
-        return appearances[material.appearance];
+    [[nodiscard]] MaterialAppearance appearance(const MaterialRecord& material) const {
+        const MaterialLine& line = lines[material.line];
+        return {line, numbers.data() + line.firstNumber};
     }
 };
 

@@ -14,6 +14,7 @@ struct MeshRecord {
     CoordinateListId cno = CoordinateListId::empty;
     std::vector<std::int32_t> poly;        ///< polygon numbers in strip order
     std::vector<std::uint32_t> materials;  ///< the material of each polygon of `poly`
+    std::uint32_t group = 0;               ///< packet group that it is written in
 };
 
 }  // namespace mqf2vxb

@@ -9,12 +9,12 @@
 
 namespace mqf2vxb {
 
-/// The packets of one code in one body: one packet group of the output.
+/// The packets of one code in one body: one packet group of the output. The groups of a model are
+/// counted from 0 in the order of the bodies and, in a body, of its entries.
 struct PrimitiveTypeEntry {
     std::uint32_t primIndex = 0;  ///< ordinal of the group; the shared body counts on its own
     PrimitiveTypeCode type = 0;
-    std::uint32_t polyNum = 0;      ///< polygons, or meshes in a run with a BND file
-    std::uint32_t firstMember = 0;  ///< where the group starts in Primitives::members
+    std::uint32_t polyNum = 0;  ///< polygons, or meshes in a run with a BND file
 };
 
 /// The primitives of one coordinate list, by code in the order of first appearance.
@@ -38,10 +38,6 @@ struct Primitives {
     Table<CoordinatePrimitiveHeader> malprimh{"malprimh", "check2"};
     /// The shared body's entries; empty without shared polygons.
     std::vector<PrimitiveTypeEntry> malsprimh;
-    /// What every packet group holds, group after group in the order of the bodies and entries:
-    /// the indices of a polygon group's materials or of a strip group's meshes, ascending.
-    std::vector<std::uint32_t> members;
-
     std::uint32_t SharedPolygonNum = 0;  ///< material entries whose polygon is shared
     std::uint32_t SharedVertexTotal = 0;
     std::uint32_t SharedNormalTotal = 0;

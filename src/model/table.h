@@ -32,6 +32,18 @@ public:
         return records_.back();
     }
 
+    /// Adds `count` records, all fields zero, at the end, and returns the first of them.
+    Record* extend(std::size_t count) {
+        const std::size_t first = records_.size();
+        guarded(first + count, first > 0, [&] { records_.resize(first + count); });
+        return records_.data() + first;
+    }
+
+    /// Makes room for `count` records in all without adding any.
+    void reserve(std::size_t count) {
+        guarded(count, !records_.empty(), [&] { records_.reserve(count); });
+    }
+
     /// The record at an index that comes from the input; one outside the table is reported.
     [[nodiscard]] Record& at(std::int64_t index) {
         checkArea(index);
@@ -51,6 +63,7 @@ public:
     [[nodiscard]] Record& operator[](std::size_t index) { return records_[index]; }
     [[nodiscard]] const Record& operator[](std::size_t index) const { return records_[index]; }
 
+    [[nodiscard]] const Record* data() const { return records_.data(); }
     [[nodiscard]] std::size_t size() const { return records_.size(); }
     [[nodiscard]] bool empty() const { return records_.empty(); }
     [[nodiscard]] auto begin() { return records_.begin(); }

@@ -1,5 +1,6 @@
 #include "output/header_sections.h"
 
+#include <span>
 #include <unordered_map>
 
 #include "output/format.h"
@@ -58,18 +59,23 @@ void writeImageGlobalHeader(const OutputLayout& layout, OutputWordStream& stream
     stream.putWord(layout.clutTop > 0 ? layout.clutTop | bit31 : 0, "/* Clut Top */");
 }
 
+/// The packet groups that `primIndex` counts, and the offset that their own are told from.
+struct PacketTop {
+    std::span<const std::uint32_t> groups;
+    std::uint32_t offset;
+};
+
 /// The type descriptions of a header. The first one carries bit 23 when the header opens the
 /// first object coordinate's block.
-void putTypes(const std::vector<PrimitiveTypeEntry>& entries,
-              const std::vector<std::uint32_t>& groups, bool opensFirstCoordinate,
-              OutputWordStream& stream) {
+void putTypes(const std::vector<PrimitiveTypeEntry>& entries, const PacketTop& top,
+              bool opensFirstCoordinate, OutputWordStream& stream) {
     stream.putWord(static_cast<std::uint32_t>(entries.size()) | bit31, "/* Type Number */");
     PrimitiveTypeCode mark = opensFirstCoordinate ? type_code::first : 0;
     for (const PrimitiveTypeEntry& entry : entries) {
         stream.putWord(entry.type | mark, "/* Type */");
         stream.putWord(format::numberAndSize(entry.polyNum, format::typeDescriptionRest),
                        "/* Polygon Number, Size */");
-        stream.putWord(groups[entry.primIndex], "/* Primitive Index */");
+        stream.putWord(top.groups[entry.primIndex] - top.offset, "/* Primitive Index */");
         mark = 0;
     }
 }
@@ -82,8 +88,8 @@ void writeIndependentHeader(const CoordinatePrimitiveHeader& header, const Outpu
                    "/* Next Primitive Pointer */");
     stream.putWord(layout.independentHeader.offset,
                    "/* Independent Primitive Global Header Pointer */");
-    putTypes(header.maltype, layout.independentGroups, header.coord == layout.FirstObjectCoordinate,
-             stream);
+    putTypes(header.maltype, {layout.groups, layout.independentPrimitiveTop},
+             header.coord == layout.FirstObjectCoordinate, stream);
 }
 
 /// Where the next shared-vertex header's records start in the shared blocks.
@@ -191,7 +197,10 @@ void writePrimitiveHeaders(const Model& model, const OutputLayout& layout,
     stream.checkPosition(layout.sharedPrimitiveHeader, "shared primitive header");
     if (primitives.hasShared()) {
         putSharedPointer(layout, stream);
-        putTypes(primitives.malsprimh, layout.sharedGroups, false, stream);
+        const std::span groups(layout.groups);
+        putTypes(primitives.malsprimh,
+                 {groups.last(primitives.malsprimh.size()), layout.sharedPrimitiveTop}, false,
+                 stream);
     }
 }
 

@@ -94,29 +94,16 @@ void placePrimitiveHeaders(const Primitives& primitives, Walk& walk, OutputLayou
     layout.sharedPrimitiveHeader = walk.place(format::typesHeaderSize(primitives.malsprimh.size()));
 }
 
-/// Places the packet groups of one body behind each other and notes where each starts, counted
-/// from `top`.
-void placeGroups(const Model& model, const PrimitiveBody& body, std::uint32_t top, Walk& walk,
-                 std::vector<std::uint32_t>& groups) {
-    for (const PrimitiveTypeEntry& entry : body.maltype) {
-        groups.push_back(walk.place(primtsize(model, entry)) - top);
-    }
-}
-
 void placePackets(const Model& model, Walk& walk, OutputLayout& layout) {
+    const std::vector<std::uint64_t> sizes = primtsize(model);
+    const std::size_t independent = sizes.size() - model.primitives.malsprimh.size();
     layout.independentPrimitiveTop = walk.here();
-    const PrimitiveBody* sharedBody = nullptr;
-    for (const PrimitiveBody& body : model.primitives.malprim) {
-        if (body.cno == CoordinateListId::shared) {
-            sharedBody = &body;
-        } else {
-            placeGroups(model, body, layout.independentPrimitiveTop, walk,
-                        layout.independentGroups);
-        }
+    for (std::size_t group = 0; group < independent; ++group) {
+        layout.groups.push_back(walk.place(sizes[group]));
     }
     layout.sharedPrimitiveTop = walk.here();
-    if (sharedBody != nullptr) {
-        placeGroups(model, *sharedBody, layout.sharedPrimitiveTop, walk, layout.sharedGroups);
+    for (std::size_t group = independent; group < sizes.size(); ++group) {
+        layout.groups.push_back(walk.place(sizes[group]));
     }
 }
 

@@ -37,9 +37,8 @@ struct OutputLayout {
 
     std::uint32_t independentPrimitiveTop = 0;
     std::uint32_t sharedPrimitiveTop = 0;
-    /// The packet groups by `primIndex`, counted from the two tops above.
-    std::vector<std::uint32_t> independentGroups;
-    std::vector<std::uint32_t> sharedGroups;
+    /// The packet groups: those from independentPrimitiveTop, then those from sharedPrimitiveTop.
+    std::vector<std::uint32_t> groups;
 
     /// The three blocks of the vertex or the normal section.
     struct PointSection {

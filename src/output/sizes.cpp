@@ -6,21 +6,26 @@
 
 namespace mqf2vxb {
 
-std::uint64_t primtsize(const Model& model, const PrimitiveTypeEntry& entry) {
-    const PacketForm* form = findPacketForm(entry.type);
-    if (form == nullptr) {
-        typeMismatch("primtsize", entry.type);
+std::vector<std::uint64_t> primtsize(const Model& model) {
+    std::vector<std::uint64_t> sizes;
+    for (const PrimitiveBody& body : model.primitives.malprim) {
+        for (const PrimitiveTypeEntry& entry : body.maltype) {
+            const PacketForm* form = findPacketForm(entry.type);
+            if (form == nullptr) {
+                typeMismatch("primtsize", entry.type);
+            }
+            sizes.push_back(form->strip() ? 0 : std::uint64_t{entry.polyNum} * form->size());
+        }
     }
-    if (!form->strip()) {
-        return std::uint64_t{entry.polyNum} * form->size();
+    for (const MeshRecord& mesh : model.meshes) {
+        const PacketForm* form = findPacketForm(mesh.type);
+        if (form->strip()) {
+            constexpr std::uint64_t countWord = 1;
+            sizes[mesh.group] +=
+                countWord + form->size() + (mesh.poly.size() - 1) * form->furtherSize();
+        }
     }
-    constexpr std::uint64_t countWord = 1;
-    std::uint64_t words = entry.polyNum * (countWord + form->size());
-    for (std::uint32_t i = 0; i < entry.polyNum; ++i) {
-        const std::uint32_t mesh = model.primitives.members[entry.firstMember + i];
-        words += (model.meshes[mesh].poly.size() - 1) * form->furtherSize();
-    }
-    return words;
+    return sizes;
 }
 
 std::uint64_t animmtsize(PrimitiveTypeCode type) {

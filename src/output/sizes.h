@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "model/model.h"
 
@@ -9,8 +10,8 @@ namespace mqf2vxb {
 // The size rules: how many words the parts of the file take whose size depends on a type. A type
 // without a rule is reported. Sums are 64 bits wide, so that none can wrap.
 
-/// A packet group. The polygons of a mesh form are counted by their meshes.
-std::uint64_t primtsize(const Model& model, const PrimitiveTypeEntry& entry);
+/// The packet groups of the model, in their order.
+std::vector<std::uint64_t> primtsize(const Model& model);
 /// One key frame.
 std::uint64_t animmtsize(PrimitiveTypeCode type);
 /// The descriptors of `count` images.

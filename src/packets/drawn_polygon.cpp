@@ -1,16 +1,11 @@
 #include "packets/drawn_polygon.h"
 
-#include <algorithm>
-#include <utility>
-
-#include "driver/diagnostics.h"
-
 namespace mqf2vxb {
 namespace {
 
-std::uint32_t spriteCode(const PolygonRecord& polygon) {
+std::uint32_t spriteCode(const DrawnPolygon& drawn) {
     const auto isSquare = [&](std::int32_t size) {
-        return polygon.vertex[1] == size && polygon.vertex[2] == size;
+        return drawn.vertex(1) == size && drawn.vertex(2) == size;
     };
     constexpr std::uint32_t freeSize = 0x60;
     constexpr std::uint32_t size1 = 0x68;
@@ -21,71 +16,32 @@ std::uint32_t spriteCode(const PolygonRecord& polygon) {
 
 }  // namespace
 
-DrawnPolygon::DrawnPolygon(const MaterialRecord& material, const MaterialAppearance& look,
-                           const PolygonRecord& record)
-    : number(material.polygon),
-      appearance(look),
-      polygon(record),
-      r(look.r),
-      g(look.g),
-      b(look.b),
-      u(look.u),
-      v(look.v) {}
-
-void DrawnPolygon::exchangeCorners(std::size_t one, std::size_t other) {
-    const auto exchange = [&](std::array<std::int32_t, 4>& values) {
-        std::swap(values[one], values[other]);
-    };
-    if (appearance.colourPerVertex()) {
-        exchange(r);
-        exchange(g);
-        exchange(b);
-    }
-    if (appearance.textured()) {
-        exchange(u);
-        exchange(v);
-    }
-    if (appearance.shading == 'G') {
-        exchange(polygon.normal);
-    }
-    exchange(polygon.vertex);
-}
-
 void StripVertices::follow(DrawnPolygon& drawn, std::size_t k) {
     if (k == 0) {
-        std::copy_n(drawn.polygon.vertex.begin(), stripVertex_.size(), stripVertex_.begin());
+        stripVertex_ = {drawn.vertex(0), drawn.vertex(1), drawn.vertex(2)};
         return;
     }
     reorderStripPolygon(drawn);
-    stripVertex_ = {stripVertex_[1], stripVertex_[2], drawn.polygon.vertex[2]};
+    stripVertex_ = {stripVertex_[1], stripVertex_[2], drawn.vertex(2)};
 }
 
 void StripVertices::reorderStripPolygon(DrawnPolygon& drawn) const {
-    const auto& vertex = drawn.polygon.vertex;
-    const auto end = vertex.begin() + stripVertex_.size();
     for (std::size_t j = 1; j <= 2; ++j) {
-        const auto found = std::find(vertex.begin(), end, stripVertex_[j]);
-        const auto corner = static_cast<std::size_t>(found - vertex.begin());
-        if (found != end && corner != j - 1) {
+        std::size_t corner = 0;
+        while (corner < stripVertex_.size() && drawn.vertex(corner) != stripVertex_[j]) {
+            ++corner;
+        }
+        if (corner < stripVertex_.size()) {
             drawn.exchangeCorners(corner, j - 1);
         }
     }
 }
 
-Colour packetColour(const PacketForm& form, const DrawnPolygon& drawn, std::size_t corner) {
-    constexpr std::int32_t unchanged = 128;  // shows a texture as it is
-    const bool unlit = drawn.appearance.unlit() || form.family == PacketFamily::doubleImage;
-    if (unlit && drawn.appearance.colourless()) {
-        return {unchanged, unchanged, unchanged};
-    }
-    return {drawn.r[corner], drawn.g[corner], drawn.b[corner]};
-}
-
 std::int32_t drawnType(const PacketForm& form, const DrawnPolygon& drawn) {
-    if (form.strip() && drawn.polygon.type == polygon_type::quadrangle) {
+    if (form.strip() && drawn.type == polygon_type::quadrangle) {
         return polygon_type::triangle;
     }
-    return drawn.polygon.type;
+    return drawn.type;
 }
 
 std::uint32_t drawingCode(std::int32_t type, const DrawnPolygon& drawn) {
@@ -106,7 +62,7 @@ std::uint32_t drawingCode(std::int32_t type, const DrawnPolygon& drawn) {
                 (appearance.textured() ? texturedBit : 0);
         break;
     case polygon_type::line: code |= 0x40 | (perCorner ? perCornerBit : 0); break;
-    case polygon_type::sprite: code |= spriteCode(drawn.polygon) | texturedBit; break;
+    case polygon_type::sprite: code |= spriteCode(drawn) | texturedBit; break;
     default: unknownGeoFlag(drawn.number, type);
     }
     return code;

@@ -37,41 +37,44 @@ class PacketCheck {
 public:
     explicit PacketCheck(const Model& model) : model_(model) {}
 
-    void unknown(PrimitiveTypeCode /*type*/) const {}
-    void strip(std::uint32_t mesh) { mesh_ = mesh; }
+    void polygon(const PacketForm& form, const MaterialRecord& /*material*/,
+                 const DrawnPolygon& drawn) const {
+        checkPacket(form, form.packet, drawn);
+    }
 
-    void polygon(const PacketForm& form, const DrawnPolygon& drawn, std::size_t k) const {
-        if (form.strip()) {
-            checkFillsStrip(form, drawn);
-        }
-        if (form.textured &&
-            (drawn.appearance.texture < 0 ||
-             static_cast<std::size_t>(drawn.appearance.texture) >= model_.images.size())) {
-            refuseMaterial(drawn, "texture " + std::to_string(drawn.appearance.texture) +
-                                      ", which the model does not have");
-        }
-        checkColours(form, drawn);
-        const PacketWords& words = k == 0 ? form.packet : form.further;
-        for (const PacketWord& word : words) {
-            checkIndex(word.low, drawn);
-            checkIndex(word.high, drawn);
-        }
+    void strip(const PacketForm& /*form*/, std::size_t mesh) { mesh_ = mesh; }
+
+    void stripPolygon(const PacketForm& form, const DrawnPolygon& drawn, std::size_t k) const {
+        checkFillsStrip(form, drawn);
+        checkPacket(form, k == 0 ? form.packet : form.further, drawn);
     }
 
 private:
-    void checkIndex(Field field, const DrawnPolygon& drawn) const {
-        if (field >= Field::V0 && field <= Field::V3) {
-            checkFits(drawn, "vertex",
-                      drawn.polygon.vertex[static_cast<std::size_t>(field) -
-                                           static_cast<std::size_t>(Field::V0)]);
-        } else if (field >= Field::N0 && field <= Field::N3) {
-            checkFits(drawn, "normal",
-                      drawn.polygon.normal[static_cast<std::size_t>(field) -
-                                           static_cast<std::size_t>(Field::N0)]);
+    void checkPacket(const PacketForm& form, const PacketWords& words,
+                     const DrawnPolygon& drawn) const {
+        const std::int32_t texture = drawn.appearance.texture();
+        if (form.textured &&
+            (texture < 0 || static_cast<std::size_t>(texture) >= model_.images.size())) {
+            refuseMaterial(drawn, "texture " + std::to_string(texture) +
+                                      ", which the model does not have");
+        }
+        for (std::size_t i = 0; i < form.colours; ++i) {
+            const Colour colour = packetColour(form, drawn, i);
+            checkColour(drawn, colour.r);
+            checkColour(drawn, colour.g);
+            checkColour(drawn, colour.b);
+        }
+        for (std::size_t i = 0; i < form.corners(); ++i) {
+            if (words.has(cornerField(Field::V0, i))) {
+                checkIndex(drawn, "vertex", drawn.vertex(i));
+            }
+            if (words.has(cornerField(Field::N0, i))) {
+                checkIndex(drawn, "normal", drawn.normal(i));
+            }
         }
     }
 
-    void checkFits(const DrawnPolygon& drawn, const char* what, std::int32_t index) const {
+    void checkIndex(const DrawnPolygon& drawn, const char* what, std::int32_t index) const {
         if (index < 0 || index > format::largestIndex) {
             notCorrectData({model_.description.geo.fileName},
                            "polygon " + std::to_string(drawn.number) + " has the " + what +
@@ -80,15 +83,10 @@ private:
         }
     }
 
-    void checkColours(const PacketForm& form, const DrawnPolygon& drawn) const {
-        for (std::size_t i = 0; i < form.colours; ++i) {
-            const Colour colour = packetColour(form, drawn, i);
-            for (const std::int32_t component : {colour.r, colour.g, colour.b}) {
-                if (component < 0 || component > format::largestColour) {
-                    refuseMaterial(drawn, "the colour component " + std::to_string(component) +
-                                              ", and a packet holds 0 to 255");
-                }
-            }
+    void checkColour(const DrawnPolygon& drawn, std::int32_t component) const {
+        if (component < 0 || component > format::largestColour) {
+            refuseMaterial(drawn, "the colour component " + std::to_string(component) +
+                                      ", and a packet holds 0 to 255");
         }
     }
 
@@ -116,11 +114,14 @@ private:
     }
 
     const Model& model_;
-    std::uint32_t mesh_ = 0;
+    std::size_t mesh_ = 0;
 };
 
 }  // namespace
 
-void checkPackets(const Model& model) { walkPackets(model, PacketCheck(model)); }
+void checkPackets(const Model& model) {
+    PacketCheck check(model);
+    walkDrawn(model, check);
+}
 
 }  // namespace mqf2vxb

@@ -1,7 +1,5 @@
 #include "packets/packet_forms.h"
 
-#include <algorithm>
-
 namespace mqf2vxb {
 namespace {
 
@@ -100,7 +98,7 @@ constexpr PacketWords doublePacket(PacketShape shape, bool smooth, bool textured
         words.add({V0, V1});
         words.add({V2, V3});
     } else if (textured) {
-        words[words.size() - 1].high = further ? V2 : V0;
+        words.fillLast(further ? V2 : V0);
         if (!further) {
             words.add({V1, V2});
         }
@@ -209,16 +207,30 @@ constexpr std::array<PacketForm, formNum> makeForms() {
 
 constexpr std::array<PacketForm, formNum> forms = makeForms();
 
+/// The bits in which the codes of the forms differ, side by side.
+constexpr std::size_t formKey(PrimitiveTypeCode code) {
+    return (code & 0x1FU) | (code & 0x340U) >> 1U;
+}
+
+/// The forms by their keys; a key that no form has names any.
+constexpr std::array<std::uint8_t, 512> indexForms() {
+    std::array<std::uint8_t, 512> index{};
+    for (std::size_t i = 0; i < forms.size(); ++i) {
+        index[formKey(forms[i].code)] = static_cast<std::uint8_t>(i);
+    }
+    return index;
+}
+
+constexpr std::array<std::uint8_t, 512> formOfKey = indexForms();
+
 }  // namespace
 
 std::span<const PacketForm> packetForms() { return forms; }
 
 const PacketForm* findPacketForm(PrimitiveTypeCode code) {
     const PrimitiveTypeCode wanted = type_code::form(code);
-    const auto form =
-        std::lower_bound(forms.begin(), forms.end(), wanted,
-                         [](const PacketForm& f, PrimitiveTypeCode c) { return f.code < c; });
-    return form != forms.end() && form->code == wanted ? &*form : nullptr;
+    const PacketForm* form = &forms[formOfKey[formKey(wanted)]];
+    return form->code == wanted ? form : nullptr;
 }
 
 }  // namespace mqf2vxb

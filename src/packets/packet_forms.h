@@ -41,6 +41,11 @@ inline constexpr std::size_t fieldNum = static_cast<std::size_t>(Field::window) 
 
 constexpr bool isWholeWord(Field field) { return field >= Field::C0; }
 
+/// The field of a corner, 0 to 3, given that of corner 0.
+constexpr Field cornerField(Field corner0, std::size_t corner) {
+    return static_cast<Field>(static_cast<std::size_t>(corner0) + corner);
+}
+
 /// One word of a packet. A field that fills its whole word stands in `low`.
 struct PacketWord {
     Field low = Field::zero;
@@ -51,23 +56,37 @@ struct PacketWord {
 class PacketWords {
 public:
     constexpr PacketWords() = default;
-    constexpr void add(PacketWord word) { words_[size_++] = word; }
+    constexpr void add(PacketWord word) {
+        words_[size_++] = word;
+        fields_ |= bit(word.low) | bit(word.high);
+    }
     constexpr void add(std::span<const PacketWord> words) {
         for (const PacketWord word : words) {
             add(word);
         }
     }
     [[nodiscard]] constexpr std::size_t size() const { return size_; }
+    /// Whether a field stands in one of the words.
+    [[nodiscard]] constexpr bool has(Field field) const { return (fields_ & bit(field)) != 0; }
     [[nodiscard]] constexpr PacketWord operator[](std::size_t i) const { return words_[i]; }
-    [[nodiscard]] constexpr PacketWord& operator[](std::size_t i) { return words_[i]; }
+    /// Puts a field into the free high half of the last word.
+    constexpr void fillLast(Field field) {
+        words_[size_ - 1].high = field;
+        fields_ |= bit(field);
+    }
     [[nodiscard]] constexpr const PacketWord* begin() const { return words_.data(); }
     [[nodiscard]] constexpr const PacketWord* end() const { return words_.data() + size_; }
 
     static constexpr std::size_t most = 32;
 
 private:
+    static constexpr std::uint32_t bit(Field field) {
+        return 1U << static_cast<std::uint32_t>(field);
+    }
+
     std::array<PacketWord, most> words_{};
     std::size_t size_ = 0;
+    std::uint32_t fields_ = 0;
 };
 
 enum class PacketFamily : std::uint8_t { lit, unlit, window, unlitWindow, doubleImage };

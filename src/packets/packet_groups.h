@@ -1,45 +1,46 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+
 #include "model/model.h"
 #include "packets/drawn_polygon.h"
 #include "packets/packet_forms.h"
 
 namespace mqf2vxb {
 
-/// Walks every packet of the file in its order: body by body, group by group, and in a group the
-/// polygons in material order or the strips in mesh order. Calls `visitor.unknown(type)` for a
-/// code without a form, `visitor.strip(mesh)` before each strip (mesh is its index) and
-/// `visitor.polygon(form, drawn, k)` for each polygon, turned as its strip needs it, where k is
-/// its position in its strip.
+/// The polygon of a material as it goes into its packet.
+inline DrawnPolygon drawnPolygon(const Model& model, const MaterialRecord& material) {
+    return {material, model.materials.appearance(material),
+            model.polygons[static_cast<std::size_t>(material.polygon)]};
+}
+
+/// Walks everything that is drawn in the order of the tables, which memory likes better than the
+/// order of the packet groups. Calls `visitor.polygon(form, material, drawn)` for each polygon that
+/// is written by itself, `visitor.strip(form, i)` for each mesh i that is written as a strip, and
+/// then `visitor.stripPolygon(form, drawn, k)` for each of its polygons, turned as the strip needs
+/// it, where k is its position in the strip. Passes over codes without a form.
 template <class Visitor>
-void walkPackets(const Model& model, Visitor&& visitor) {
-    const auto drawn = [&](std::uint32_t material) {
-        const MaterialRecord& record = model.materials.records[material];
-        return DrawnPolygon(record, model.materials.appearance(record),
-                            model.polygons[static_cast<std::size_t>(record.polygon)]);
-    };
-    for (const PrimitiveBody& body : model.primitives.malprim) {
-        for (const PrimitiveTypeEntry& entry : body.maltype) {
-            const PacketForm* form = findPacketForm(entry.type);
-            if (form == nullptr) {
-                visitor.unknown(entry.type);
-                continue;
-            }
-            for (std::uint32_t i = 0; i < entry.polyNum; ++i) {
-                const std::uint32_t member = model.primitives.members[entry.firstMember + i];
-                if (!form->strip()) {
-                    visitor.polygon(*form, drawn(member), 0);
-                    continue;
-                }
-                visitor.strip(member);
-                StripVertices vertices;
-                std::size_t k = 0;
-                for (const std::uint32_t material : model.meshes[member].materials) {
-                    DrawnPolygon polygon = drawn(material);
-                    vertices.follow(polygon, k);
-                    visitor.polygon(*form, polygon, k++);
-                }
-            }
+void walkDrawn(const Model& model, Visitor& visitor) {
+    for (const MaterialRecord& material : model.materials.records) {
+        const PacketForm* form = findPacketForm(material.type);
+        if (form != nullptr && !form->strip()) {
+            visitor.polygon(*form, material, drawnPolygon(model, material));
+        }
+    }
+    for (std::size_t i = 0; i < model.meshes.size(); ++i) {
+        const MeshRecord& mesh = model.meshes[i];
+        const PacketForm* form = findPacketForm(mesh.type);
+        if (form == nullptr || !form->strip()) {
+            continue;
+        }
+        visitor.strip(*form, i);
+        StripVertices vertices;
+        std::size_t k = 0;
+        for (const std::uint32_t material : mesh.materials) {
+            DrawnPolygon drawn = drawnPolygon(model, model.materials.records[material]);
+            vertices.follow(drawn, k);
+            visitor.stripPolygon(*form, drawn, k++);
         }
     }
 }

@@ -1,6 +1,8 @@
 #include "packets/packet_writer.h"
 
 #include <array>
+#include <optional>
+#include <span>
 #include <vector>
 
 #include "driver/diagnostics.h"
@@ -12,97 +14,145 @@ namespace {
 
 constexpr std::size_t at(Field field) { return static_cast<std::size_t>(field); }
 
-class PacketWriter {
+/// Where the packets end early: the words before are written, then the report is made.
+struct Stop {
+    std::size_t position;
+    bool unknownType;  ///< the polygon's type has no drawing code; else its texture is unsuitable
+    std::int32_t polygon;
+    std::int32_t type;
+};
+
+/// Makes the packets of the whole file in memory, polygon after polygon as the tables hold them,
+/// each at its place in its group. A polygon that cannot be written is passed over; the first of
+/// these in the order of the file is where the file stops.
+class PacketMaker {
 public:
-    PacketWriter(const Model& model, OutputWordStream& stream) : model_(model), stream_(stream) {
+    PacketMaker(const Model& model, const OutputLayout& layout)
+        : model_(model), words_(layout.vertices.independentTop - layout.independentPrimitiveTop) {
+        next_.reserve(layout.groups.size());
+        for (const std::uint32_t group : layout.groups) {
+            next_.push_back(group - layout.independentPrimitiveTop);
+        }
         placements_.reserve(model.images.size());
         for (const ImageRecord& image : model.images) {
             placements_.emplace_back(image);
         }
     }
 
-    [[noreturn]] void unknown(PrimitiveTypeCode type) const { typeMismatch("primb", type); }
-
-    void strip(std::uint32_t mesh) {
-        stream_.putWord(static_cast<std::uint32_t>(model_.meshes[mesh].poly.size()));
+    void polygon(const PacketForm& form, const MaterialRecord& material,
+                 const DrawnPolygon& drawn) {
+        std::size_t& next = next_[material.group];
+        makePacket(form, form.packet, drawn, next);
+        next += form.size();
     }
 
-    void polygon(const PacketForm& form, const DrawnPolygon& drawn, std::size_t k) {
-        takeIndices(drawn);
-        for (const PacketWord word : form.opening) {
-            takeOpening(word.low, form, drawn);
-            putWord(word);
+    void strip(const PacketForm& /*form*/, std::size_t mesh) {
+        stripNext_ = &next_[model_.meshes[mesh].group];
+        words_[(*stripNext_)++] = static_cast<std::uint32_t>(model_.meshes[mesh].poly.size());
+    }
+
+    void stripPolygon(const PacketForm& form, const DrawnPolygon& drawn, std::size_t k) {
+        const PacketWords& packet = k == 0 ? form.packet : form.further;
+        makePacket(form, packet, drawn, *stripNext_);
+        *stripNext_ += form.opening.size() + packet.size();
+    }
+
+    void put(OutputWordStream& stream) const {
+        const std::span<const std::uint32_t> words(words_);
+        stream.putWords(stop_ ? words.first(stop_->position) : words);
+        if (stop_ && stop_->unknownType) {
+            unknownGeoFlag(stop_->polygon, stop_->type);
         }
-        if (form.textured) {
-            takeTexture(form, drawn);
+        if (stop_) {
+            notSuitableTexture();
         }
-        if (form.family == PacketFamily::doubleImage) {
-            takeColours(form, drawn);
-        }
-        putPacket(k == 0 ? form.packet : form.further);
     }
 
 private:
+    void makePacket(const PacketForm& form, const PacketWords& packet, const DrawnPolygon& drawn,
+                    std::size_t position) {
+        takeIndices(drawn);
+        for (const PacketWord word : form.opening) {
+            if (word.low == Field::window) {
+                fields_[at(Field::window)] = placement(drawn).windowWord(drawn.appearance);
+            } else if (word.low == Field::C0 && !takeColours(form, drawn, position)) {
+                return;
+            }
+            words_[position++] = value(word);
+        }
+        if (form.textured && !takeTexture(form, drawn, position)) {
+            return;
+        }
+        if (form.family == PacketFamily::doubleImage && !takeColours(form, drawn, position)) {
+            return;
+        }
+        for (const PacketWord word : packet) {
+            words_[position++] = value(word);
+        }
+    }
+
+    /// The file stops at `position`, unless it stops before.
+    bool stopAt(std::size_t position, const DrawnPolygon& drawn, bool unknownType) {
+        if (!stop_ || position < stop_->position) {
+            stop_ = Stop{position, unknownType, drawn.number, drawn.type};
+        }
+        return false;
+    }
+
     void takeIndices(const DrawnPolygon& drawn) {
-        for (std::size_t i = 0; i < drawn.polygon.vertex.size(); ++i) {
-            fields_[at(Field::V0) + i] = static_cast<std::uint32_t>(drawn.polygon.vertex[i]);
-            fields_[at(Field::N0) + i] = static_cast<std::uint32_t>(drawn.polygon.normal[i]);
+        for (std::size_t i = 0; i < 4; ++i) {
+            fields_[at(Field::V0) + i] = static_cast<std::uint32_t>(drawn.vertex(i));
+            fields_[at(Field::N0) + i] = static_cast<std::uint32_t>(drawn.normal(i));
         }
     }
 
-    /// The value of an opening word. Each is put before the next is made, since making a colour
-    /// word may end the run.
-    void takeOpening(Field field, const PacketForm& form, const DrawnPolygon& drawn) {
-        if (field == Field::window) {
-            fields_[at(field)] = placement(drawn).windowWord(drawn.appearance);
-        } else if (field == Field::C0) {
-            takeColours(form, drawn);
-        }
-    }
+    // Of the following each returns false when the file stops at `position` for it.
 
-    void takeColours(const PacketForm& form, const DrawnPolygon& drawn) {
-        const std::uint32_t code = drawingCode(drawnType(form, drawn), drawn) << 24U;
+    bool takeColours(const PacketForm& form, const DrawnPolygon& drawn, std::size_t position) {
+        const std::int32_t type = drawnType(form, drawn);
+        if (!hasDrawingCode(type)) {
+            return stopAt(position, drawn, true);
+        }
+        const std::uint32_t code = drawingCode(type, drawn) << 24U;
         for (std::size_t i = 0; i < form.colours; ++i) {
             const Colour colour = packetColour(form, drawn, i);
             fields_[at(Field::C0) + i] = static_cast<std::uint32_t>(colour.r) |
                                          static_cast<std::uint32_t>(colour.g) << 8U |
                                          static_cast<std::uint32_t>(colour.b) << 16U | code;
         }
+        return true;
     }
 
-    void takeTexture(const PacketForm& form, const DrawnPolygon& drawn) {
+    bool takeTexture(const PacketForm& form, const DrawnPolygon& drawn, std::size_t position) {
         const ImagePlacement& image = placement(drawn);
-        const ImagePlacement::TextureFields textures =
-            form.windowed() ? ImagePlacement::windowTextures(drawn)
-                            : image.pageTextures(drawn, form.corners());
-        for (std::size_t i = 0; i < textures.size(); ++i) {
-            fields_[at(Field::T0) + i] = textures[i];
+        const auto textures = form.windowed() ? ImagePlacement::windowTextures(drawn)
+                                              : image.pageTextures(drawn, form.corners());
+        if (!textures) {
+            return stopAt(position, drawn, false);
+        }
+        for (std::size_t i = 0; i < textures->size(); ++i) {
+            fields_[at(Field::T0) + i] = (*textures)[i];
         }
         fields_[at(Field::clut)] = image.clutField();
         fields_[at(Field::page)] = image.pageField(drawn.appearance);
+        return true;
     }
 
     [[nodiscard]] const ImagePlacement& placement(const DrawnPolygon& drawn) const {
-        return placements_[static_cast<std::size_t>(drawn.appearance.texture)];
+        return placements_[static_cast<std::size_t>(drawn.appearance.texture())];
     }
 
     [[nodiscard]] std::uint32_t value(PacketWord word) const {
         return fields_[at(word.low)] | fields_[at(word.high)] << 16U;
     }
-    void putWord(PacketWord word) { stream_.putWord(value(word)); }
-
-    void putPacket(const PacketWords& words) {
-        std::array<std::uint32_t, PacketWords::most> values;
-        for (std::size_t i = 0; i < words.size(); ++i) {
-            values[i] = value(words[i]);
-        }
-        stream_.putWords({values.data(), words.size()});
-    }
 
     const Model& model_;
-    OutputWordStream& stream_;
     std::vector<ImagePlacement> placements_;
+    std::vector<std::uint32_t> words_;  // the packet section
+    std::vector<std::size_t> next_;     // where each group's next packet goes
+    std::size_t* stripNext_ = nullptr;  // the same of the strip that is being made
     std::array<std::uint32_t, fieldNum> fields_{};
+    std::optional<Stop> stop_;
 };
 
 }  // namespace
@@ -110,7 +160,9 @@ private:
 void writePrimitivePackets(const Model& model, const OutputLayout& layout,
                            OutputWordStream& stream) {
     stream.checkPosition(layout.independentPrimitiveTop, "packets");
-    walkPackets(model, PacketWriter(model, stream));
+    PacketMaker maker(model, layout);
+    walkDrawn(model, maker);
+    maker.put(stream);
 }
 
 }  // namespace mqf2vxb

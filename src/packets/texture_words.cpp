@@ -1,7 +1,5 @@
 #include "packets/texture_words.h"
 
-#include "driver/diagnostics.h"
-
 namespace mqf2vxb {
 namespace {
 
@@ -33,14 +31,14 @@ ImagePlacement::ImagePlacement(const ImageRecord& image)
     }
 }
 
-ImagePlacement::TextureFields ImagePlacement::pageTextures(const DrawnPolygon& drawn,
-                                                           std::size_t corners) const {
+std::optional<ImagePlacement::TextureFields>
+ImagePlacement::pageTextures(const DrawnPolygon& drawn, std::size_t corners) const {
     TextureFields fields{};
     std::int64_t firstU = 0;
     std::int64_t firstV = 0;
     for (std::size_t i = 0; i < corners; ++i) {
-        const std::int64_t u = drawn.u[i];
-        const std::int64_t v = drawn.v[i];
+        const std::int64_t u = drawn.u(i);
+        const std::int64_t v = drawn.v(i);
         fields[i] = byteOf(u + du_) | byteOf(v + dv_) << 8U;
 
         // The corners start from one page, that of the image: equal carries are equal pages.
@@ -50,7 +48,7 @@ ImagePlacement::TextureFields ImagePlacement::pageTextures(const DrawnPolygon& d
             firstU = pageU;
             firstV = pageV;
         } else if (pageU != firstU || pageV != firstV) {
-            notSuitableTexture();
+            return std::nullopt;
         }
     }
     return fields;
@@ -59,7 +57,7 @@ ImagePlacement::TextureFields ImagePlacement::pageTextures(const DrawnPolygon& d
 ImagePlacement::TextureFields ImagePlacement::windowTextures(const DrawnPolygon& drawn) {
     TextureFields fields{};
     for (std::size_t i = 0; i < fields.size(); ++i) {
-        fields[i] = byteOf(drawn.u[i]) | byteOf(drawn.v[i]) << 8U;
+        fields[i] = byteOf(drawn.u(i)) | byteOf(drawn.v(i)) << 8U;
     }
     return fields;
 }
@@ -68,9 +66,10 @@ std::uint32_t ImagePlacement::windowWord(const MaterialAppearance& appearance) c
     const auto field = [](std::int64_t value, std::uint32_t shift) {
         return ((static_cast<std::uint32_t>(value) & 0xF8U) >> 3U) << shift;
     };
-    return field(-std::int64_t{appearance.windowWidth}, 0) |
-           field(-std::int64_t{appearance.windowHeight}, 5) | field(appearance.windowX + du_, 10) |
-           field(appearance.windowY + dv_, 15) | 0xE2U << 24U;
+    return field(-std::int64_t{appearance.windowWidth()}, 0) |
+           field(-std::int64_t{appearance.windowHeight()}, 5) |
+           field(appearance.windowX() + du_, 10) | field(appearance.windowY() + dv_, 15) |
+           0xE2U << 24U;
 }
 
 std::uint32_t ImagePlacement::pageField(const MaterialAppearance& appearance) const {

@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 
 #include "model/image.h"
 #include "packets/drawn_polygon.h"
@@ -16,9 +17,10 @@ public:
     /// Texture fields of the corners: page-local u in the low byte, v in the high byte.
     using TextureFields = std::array<std::uint32_t, 4>;
 
-    /// The fields of the first `corners` corners, moved by the image's place in its page. Reports
-    /// corners that lie on different pages.
-    [[nodiscard]] TextureFields pageTextures(const DrawnPolygon& drawn, std::size_t corners) const;
+    /// The fields of the first `corners` corners, moved by the image's place in its page; nothing
+    /// when the corners lie on different pages.
+    [[nodiscard]] std::optional<TextureFields> pageTextures(const DrawnPolygon& drawn,
+                                                            std::size_t corners) const;
     /// The fields of a polygon with a texture window, which take no part of the image's place.
     [[nodiscard]] static TextureFields windowTextures(const DrawnPolygon& drawn);
 
