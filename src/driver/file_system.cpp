@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
 #include <system_error>
 
 namespace mqf2vxb {
@@ -28,8 +27,8 @@ private:
     FileHandle file_;
 };
 
-/// Where the name leads once every symbolic link in it is followed, also one whose target does
-/// not exist yet.
+}  // namespace
+
 fs::path finalTarget(const std::string& name) {
     constexpr int mostLinks = 40;
     std::error_code error;
@@ -39,8 +38,6 @@ fs::path finalTarget(const std::string& name) {
     }
     return fs::weakly_canonical(path, error);
 }
-
-}  // namespace
 
 std::optional<FileContents> DiskFileSystem::read(const std::string& name) {
     const FileHandle file(std::fopen(name.c_str(), "rb"));
@@ -85,10 +82,13 @@ std::unique_ptr<OutputFile> DiskFileSystem::create(const std::string& name) {
 
 bool DiskFileSystem::same(const std::string& one, const std::string& other) const {
     std::error_code error;
-    if (fs::equivalent(one, other, error) && !error) {
-        return true;
+    const bool oneExists = fs::exists(one, error);
+    const bool otherExists = fs::exists(other, error);
+    if (oneExists && otherExists) {
+        return fs::equivalent(one, other, error);
     }
-    return finalTarget(one) == finalTarget(other);
+    // A name without a file yet can only be the same as another such name.
+    return oneExists == otherExists && finalTarget(one) == finalTarget(other);
 }
 
 }  // namespace mqf2vxb

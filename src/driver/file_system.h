@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -38,6 +39,10 @@ public:
     /// Whether both names lead to one file, now or after one of them is created.
     [[nodiscard]] virtual bool same(const std::string& one, const std::string& other) const = 0;
 };
+
+/// Where the name leads once every symbolic link in it is followed, also one whose target does
+/// not exist yet.
+std::filesystem::path finalTarget(const std::string& name);
 
 /// The files of the machine. Relative names are opened from the working directory.
 class DiskFileSystem final : public FileSystem {

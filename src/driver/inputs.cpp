@@ -10,6 +10,9 @@ FileContents Inputs::open(const std::string& name) {
         cannotOpen(name);
     }
     names_.push_back(name);
+    if (observer_ != nullptr) {
+        observer_->opened(name, contents->text());
+    }
     return std::move(*contents);
 }
 

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "driver/file_system.h"
+#include "driver/input_observer.h"
 
 namespace mqf2vxb {
 
@@ -15,11 +16,15 @@ inline constexpr std::size_t longestName = 255;
 class Inputs {
 public:
     explicit Inputs(FileSystem& files) : files_(files) {}
+    /// The observer sees everything that is read; it outlives the inputs.
+    Inputs(FileSystem& files, InputObserver& observer) : files_(files), observer_(&observer) {}
 
     /// Reads a whole file; one that cannot be opened is reported.
     [[nodiscard]] FileContents open(const std::string& name);
     /// Every file opened so far, in order.
     [[nodiscard]] const std::vector<std::string>& names() const { return names_; }
+    /// Null when nobody watches.
+    [[nodiscard]] InputObserver* observer() const { return observer_; }
 
     /// The text line read last, with its line feed when it had one. A text file that is empty
     /// leaves here what the file before it left.
@@ -27,6 +32,7 @@ public:
 
 private:
     FileSystem& files_;
+    InputObserver* observer_ = nullptr;
     std::vector<std::string> names_;
 };
 

@@ -33,6 +33,9 @@ bool LineReader::readLine() {
         }
         readRawLine();
     } while (!isDataLine());
+    if (observer() != nullptr) {
+        observer()->line(line_);
+    }
     return true;
 }
 

@@ -31,6 +31,11 @@ public:
     /// The longer line goes on behind the current part.
     [[nodiscard]] bool isCut() const { return cut_; }
 
+    /// The scan of the current line has more to do at its end: the line is a part of a longer one,
+    /// or somebody watches.
+    [[nodiscard]] bool isSpecial() const { return part_ || observer() != nullptr; }
+    [[nodiscard]] InputObserver* observer() const { return inputs_.observer(); }
+
     /// Refuses a count that is negative, or larger than the rest of the file can hold when each
     /// record takes at least `recordSize` characters.
     void checkCount(std::int64_t count, std::size_t recordSize, std::string_view what) const;

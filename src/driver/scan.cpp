@@ -181,10 +181,13 @@ bool LineScanner::scan(HexNumber number) {
     return scan(Literal{"0x"}) && scan(Hex{number.value});
 }
 
-void LineScanner::checkPart() const {
+void LineScanner::finishSpecial() const {
     const bool touchesCut = reader_.isCut() && rest_.empty();
-    if (failed_ || touchesCut) {
+    if (reader_.isPart() && (failed_ || touchesCut)) {
         reader_.refuseLine("line longer than 255 characters");
+    }
+    if (InputObserver* observer = reader_.observer()) {
+        observer->scanned(!failed_, rest_);
     }
 }
 

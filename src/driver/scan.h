@@ -71,8 +71,8 @@ public:
 
     /// Ends the scan: a part of a longer line that does not hold all its fields whole is refused.
     void finish() const {
-        if (reader_.isPart()) [[unlikely]] {
-            checkPart();
+        if (reader_.isSpecial()) [[unlikely]] {
+            finishSpecial();
         }
     }
     [[nodiscard]] bool complete() const { return !failed_; }
@@ -87,7 +87,7 @@ private:
     }
     void missing(Scanned scanned);
 
-    void checkPart() const;
+    void finishSpecial() const;
 
     const LineReader& reader_;
     std::string_view rest_;

@@ -17,6 +17,7 @@ void readMeshFile(Inputs& inputs, const std::string& fileName, Table<MeshRecord>
             polygon = tokens.wordNumber();
         }
     }
+    tokens.finish();
 }
 
 }  // namespace mqf2vxb

@@ -49,6 +49,7 @@ void readGroupFile(Inputs& inputs, const std::string& fileName,
             }
         });
     }
+    tokens.finish();
 }
 
 }  // namespace mqf2vxb

@@ -73,26 +73,37 @@ std::string_view TokenReader::text() const {
     return std::string_view(token_).substr(0, token_.find('\0'));
 }
 
-std::string_view TokenReader::restOfLine() {
-    readWholeToken({}, "\n");
-    return text();
-}
-
-std::string_view TokenReader::word() {
-    readWholeToken(wordSeparators, wordSeparators);
-    return text();
-}
-
-std::optional<std::string_view> TokenReader::checkedWord() {
-    if (readToken(wordSeparators, wordSeparators) == endOfFile) {
-        return std::nullopt;
+/// The token read last, which an observer hears of.
+std::string_view TokenReader::taken(TokenKind kind) const {
+    if (InputObserver* observer = lines_.observer()) {
+        observer->token(kind, tokenStart_, text());
     }
     return text();
 }
 
+std::string_view TokenReader::restOfLine() {
+    readWholeToken({}, "\n");
+    return taken(TokenKind::restOfLine);
+}
+
+std::string_view TokenReader::word() {
+    readWholeToken(wordSeparators, wordSeparators);
+    return taken(TokenKind::word);
+}
+
+std::optional<std::string_view> TokenReader::checkedWord() {
+    if (readToken(wordSeparators, wordSeparators) == endOfFile) {
+        if (InputObserver* observer = lines_.observer()) {
+            observer->unread(tokenStart_);
+        }
+        return std::nullopt;
+    }
+    return taken(TokenKind::word);
+}
+
 std::string_view TokenReader::item() {
     readWholeToken(itemSeparators, itemSeparators);
-    return text();
+    return taken(TokenKind::item);
 }
 
 IndexRange TokenReader::rangeItem() {
@@ -101,8 +112,12 @@ IndexRange TokenReader::rangeItem() {
         refuse("range without a first number");
     }
     IndexRange range{};
-    range.first = number(text());
-    range.last = stop == '-' ? number(item()) : range.first;
+    range.first = number(taken(TokenKind::range));
+    range.last = range.first;
+    if (stop == '-') {
+        readWholeToken(itemSeparators, itemSeparators);
+        range.last = number(text());
+    }
     if (range.last < range.first) {
         refuse("range " + std::to_string(range.first) + "-" + std::to_string(range.last) +
                " runs backwards");
@@ -114,6 +129,9 @@ std::int32_t TokenReader::number(std::string_view token) const {
     std::int32_t value = 0;
     if (scanInteger(token, value) == Scanned::outOfRange) {
         refuse("number does not fit 32 bits");
+    }
+    if (InputObserver* observer = lines_.observer()) {
+        observer->number(value, token);
     }
     return value;
 }
@@ -136,6 +154,12 @@ std::int32_t TokenReader::checkCount(std::int32_t count, std::size_t recordSize,
         refuse("more " + what + " announced than the file can hold");
     }
     return count;
+}
+
+void TokenReader::finish() const {
+    if (InputObserver* observer = lines_.observer()) {
+        observer->unread(rest_.data());
+    }
 }
 
 void TokenReader::refuse(const std::string& cause) const {

@@ -55,6 +55,9 @@ public:
     /// A word as a count, checked the same way.
     std::int32_t wordCount(std::size_t recordSize, const std::string& what);
 
+    /// Nothing more is read.
+    void finish() const;
+
     /// Refuses the file, naming the line of the token read last.
     [[noreturn]] void refuse(const std::string& cause) const;
 
@@ -62,6 +65,7 @@ private:
     int readToken(std::string_view skipped, std::string_view stops);
     int readWholeToken(std::string_view skipped, std::string_view stops);
     [[nodiscard]] std::string_view text() const;
+    [[nodiscard]] std::string_view taken(TokenKind kind) const;
     [[nodiscard]] std::int32_t checkCount(std::int32_t count, std::size_t recordSize,
                                           const std::string& what) const;
 

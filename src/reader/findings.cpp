@@ -45,7 +45,7 @@ constexpr std::array<const FindingKind*, findingKindNum> kinds{
     &finding::wrongDrawingCode,
     &finding::imagesDiffer,
     &finding::oddBlock,
-    &finding::sharedOffset,
+    &finding::wrongOffset,
     &finding::normalsUnowned,
     &finding::parentMisses,
     &finding::parentLoops,

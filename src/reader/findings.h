@@ -111,15 +111,15 @@ inline constexpr FindingKind imagesDiffer{
 
 inline constexpr FindingKind oddBlock{35, Severity::error,
                                       "{word} have an odd number of words: {found}"};
-inline constexpr FindingKind sharedOffset{36, Severity::error,
-                                          "{word} is {found}; it has to be {expected}"};
+inline constexpr FindingKind wrongOffset{36, Severity::error,
+                                         "{word} is {found}; it has to be {expected}"};
 inline constexpr FindingKind normalsUnowned{
     37, Severity::warning, "{found} shared normals before these belong to no primitive header"};
 
 inline constexpr FindingKind parentMisses{
     38, Severity::error, "{word} leads to word {found:o}, where no coordinate begins"};
 inline constexpr FindingKind parentLoops{
-    39, Severity::error, "{word} leads to word {found:o}: the coordinate is its own ancestor"};
+    39, Severity::warning, "{word} leads to word {found:o}: the coordinate is its own ancestor"};
 
 inline constexpr FindingKind animatedMisses{40, Severity::error,
                                             "{word} {found:x} is no coordinate's"};

@@ -160,17 +160,25 @@ std::optional<GlobalHeaderKind> kindOfSize(std::uint32_t size) {
     }
 }
 
-/// The kind of the global header at the cursor: its size tells, and the animation's size stands
-/// twice. When it is no header's size, the offsets behind it do.
-std::optional<GlobalHeaderKind> globalHeaderKind(const Reading& r) {
+/// The kind of the global header at the cursor, at or behind kind `next`: its size tells, and the
+/// animation's size stands twice. When it is no such header's size, the offsets behind it do.
+std::optional<GlobalHeaderKind> globalHeaderKind(const Reading& r, std::size_t next) {
     const std::uint32_t size = r.at(r.cursor());
-    const std::uint32_t next = r.at(std::uint64_t{r.cursor()} + 1);
-    const bool animationSize = size == 4 || size == 5;
-    if ((animationSize && next != 0 && (next & bit31) == 0) || next == 4 || next == 5) {
+    const std::uint32_t second = r.at(std::uint64_t{r.cursor()} + 1);
+    const auto possible = [&](std::optional<GlobalHeaderKind> kind) {
+        return kind && static_cast<std::size_t>(*kind) >= next;
+    };
+    const bool sizeTwice = (size == 4 || size == 5) && second != 0 && (second & bit31) == 0;
+    if ((sizeTwice || second == 4 || second == 5) && possible(GlobalHeaderKind::animation)) {
         return GlobalHeaderKind::animation;
     }
-    const std::optional<GlobalHeaderKind> kind = kindOfSize(size);
-    return kind || size == format::endOfChain || next == 0 ? kind : kindOfSize(topNumber(r));
+    for (const std::optional<GlobalHeaderKind> kind :
+         {kindOfSize(size), kindOfSize(topNumber(r))}) {
+        if (possible(kind)) {
+            return kind;
+        }
+    }
+    return std::nullopt;
 }
 
 /// The words of the global header at the cursor. A Coordinate Top belongs to it when its size says
@@ -285,8 +293,8 @@ void readGlobalHeaders(Reading& r) {
     std::uint32_t number = 0;
     std::size_t next = 0;
     while (r.cursor() < r.end()) {
-        const std::optional<GlobalHeaderKind> kind = globalHeaderKind(r);
-        if (!kind || static_cast<std::size_t>(*kind) < next) {
+        const std::optional<GlobalHeaderKind> kind = globalHeaderKind(r, next);
+        if (!kind) {
             break;
         }
         next = static_cast<std::size_t>(*kind) + 1;

@@ -27,11 +27,11 @@ bool looksLikeDescription(const Reading& r, std::uint64_t offset) {
            (size & format::largestSize) == format::typeDescriptionRest;
 }
 
-/// Whether the words at an offset are a primitive header: two of three marks are enough, so that
-/// one damaged word hides none.
-bool looksLikeHeader(const Reading& r, std::uint64_t offset) {
+/// How many of three marks of a primitive header the words at an offset carry. One damaged word
+/// leaves two.
+int headerMarks(const Reading& r, std::uint64_t offset) {
     if (offset + headWords + descriptionWords > r.end()) {
-        return false;
+        return 0;
     }
     const bool pointer = pointsAt(r, offset + 1, GlobalHeaderKind::independent) ||
                          pointsAt(r, offset + 1, GlobalHeaderKind::shared);
@@ -40,7 +40,19 @@ bool looksLikeHeader(const Reading& r, std::uint64_t offset) {
         r.at(offset + 2) != number && number > 0 && number <= r.end() / descriptionWords;
     const bool description = looksLikeDescription(r, offset + headWords) ||
                              r.at(offset + headWords + 1) == (bit31 | format::sharedVertexRest);
-    return static_cast<int>(pointer) + static_cast<int>(types) + static_cast<int>(description) >= 2;
+    return static_cast<int>(pointer) + static_cast<int>(types) + static_cast<int>(description);
+}
+
+/// Where the packets begin, as the file says.
+std::uint32_t packetTop(const Reading& r) {
+    const auto shared = r.top(GlobalHeaderKind::shared, global_header::sharedPrimitiveTop);
+    return r.top(GlobalHeaderKind::independent, global_header::independentPrimitiveTop)
+        .value_or(shared.value_or(0));
+}
+
+/// Where the packets are said to begin, nothing less than all three marks makes a header.
+bool looksLikeHeader(const Reading& r, std::uint64_t offset) {
+    return headerMarks(r, offset) >= (offset == packetTop(r) ? 3 : 2);
 }
 
 PrimitiveHeaderKind headerKind(const Reading& r, std::uint32_t offset) {
@@ -66,10 +78,12 @@ std::uint32_t descriptionNumber(const Reading& r, std::uint32_t offset) {
     std::uint64_t place = std::uint64_t{offset} + headWords;
     for (; place + descriptionWords <= r.end(); place += descriptionWords, ++number) {
         const bool looks = looksLikeDescription(r, place);
-        if (number >= named && (!looks || looksLikeHeader(r, place))) {
-            break;
-        }
-        if (number > 0 && number < named && !looks && looksLikeHeader(r, place)) {
+        const bool atPackets = place == packetTop(r);
+        const bool behindLast = number >= named ? !looks || atPackets : !looks && atPackets;
+        // One description may be damaged, but not the next with it.
+        const bool tooMany = number < named && !looks && number + 1 < named &&
+                             !looksLikeDescription(r, place + descriptionWords);
+        if (number > 0 && (behindLast || tooMany || (!looks && looksLikeHeader(r, place)))) {
             break;
         }
     }
@@ -108,10 +122,10 @@ void readDescriptions(Reading& r, PrimitiveHeader& header) {
 void checkRange(Reading& r, std::uint32_t offset, const SharedRange& range, std::uint32_t source,
                 std::string_view sourceName, std::string_view destinationName) {
     if (range.source != source) {
-        r.report(finding::sharedOffset, offset + 1, range.source, source, sourceName);
+        r.report(finding::wrongOffset, offset + 1, range.source, source, sourceName);
     }
     if (range.destination != source) {
-        r.report(finding::sharedOffset, offset + 2, range.destination, source, destinationName);
+        r.report(finding::wrongOffset, offset + 2, range.destination, source, destinationName);
     }
 }
 
@@ -228,9 +242,7 @@ std::size_t coordinateHeaders(const VxbFile& file) {
 }  // namespace
 
 void readPrimitiveHeaders(Reading& r) {
-    const auto independentTop =
-        r.top(GlobalHeaderKind::independent, global_header::independentPrimitiveTop);
-    const auto sharedTop = r.top(GlobalHeaderKind::shared, global_header::sharedPrimitiveTop);
+    r.headersEnd = r.cursor();
     if (!r.file.globalHeader(GlobalHeaderKind::independent) &&
         !r.file.globalHeader(GlobalHeaderKind::shared)) {
         return;
@@ -256,8 +268,11 @@ void readPrimitiveHeaders(Reading& r) {
         r.checkTop(GlobalHeaderKind::shared, global_header::sharedPrimitiveTop, r.cursor());
     }
     if (r.file.primitiveHeaders.empty()) {
-        r.skipTo(independentTop.value_or(sharedTop.value_or(r.cursor())));
+        r.skipTo(packetTop(r));
     }
+    r.headersEnd = r.cursor();
+    r.sharedVertices = sums.vertices;
+    r.sharedNormals = sums.normals;
 }
 
 namespace {
@@ -384,7 +399,7 @@ void readBlocks(Reading& r) {
     const std::size_t coordinateHeaderNum = coordinateHeaders(file);
     const std::uint32_t headersEnd = coordinateHeaderNum < file.primitiveHeaders.size()
                                          ? file.primitiveHeaders[coordinateHeaderNum].offset
-                                         : r.cursor();
+                                         : r.headersEnd;
     std::optional<std::uint32_t> firstObject;
     for (std::uint32_t c = 0; c < file.coordinates.size(); ++c) {
         readCoordinateBlock(r, c, headersEnd);

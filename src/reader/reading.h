@@ -14,6 +14,10 @@ public:
     explicit Reading(VxbFile& vxb) : file(vxb) {}
 
     VxbFile& file;
+    std::uint32_t headersEnd = 0;  ///< where the primitive headers end
+    /// Shared vertices and normals that the primitive headers name.
+    std::uint32_t sharedVertices = 0;
+    std::uint32_t sharedNormals = 0;
     /// Where the polygons' sections end: the start of the animation or images, or the file's end.
     std::uint32_t polygonsEnd = 0;
     /// Where the animation section ends and the image section starts.
@@ -74,12 +78,13 @@ bool readFileHeader(Reading& r);
 void readCoordinates(Reading& r);
 void readGlobalHeaders(Reading& r);
 void readPrimitiveHeaders(Reading& r);
-/// Connects the block table with the primitive headers.
-void readBlocks(Reading& r);
 /// Finds where the animation and the images begin; needs the cursor before them.
 void findLaterSections(Reading& r);
 void readPacketGroups(Reading& r);
 void readPoints(Reading& r);
+/// Connects the block table with the primitive headers; needs what is known of the points.
+void readBlocks(Reading& r);
+/// Checks every word of every packet.
 void checkPackets(Reading& r);
 void readAnimation(Reading& r);
 void readImages(Reading& r);

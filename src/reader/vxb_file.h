@@ -161,6 +161,7 @@ struct PacketGroup {
     std::uint32_t polygons = 0;        ///< those of the strips counted one by one
     std::uint32_t offset = 0;
     std::uint32_t words = 0;
+    bool fits = true;  ///< whether number and form make as many words as there are
 };
 
 /// Vertices or normals that stand together, two words each.
