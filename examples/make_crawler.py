@@ -196,17 +196,17 @@ class Image:
         return self.width * self.bits // 16
 
 
-def rgb15(r, g, b, see_through=False):
-    """A 16-bit colour of 5 bits a component; the top bit lets it be blended.
+def rgb15(r, g, b, marked=False):
+    """A 16-bit colour of 5 bits a component, with a mark in the top bit.
 
-    The number 0 would be a hole, so that the blackest black has a little blue.
+    No colour is 0, so that the blackest black has a little blue.
     """
-    colour = int(r) >> 3 | int(g) >> 3 << 5 | int(b) >> 3 << 10 | see_through << 15
+    colour = int(r) >> 3 | int(g) >> 3 << 5 | int(b) >> 3 << 10 | marked << 15
     return colour or 1 << 10
 
 
-def ramp(low, high, count, see_through=False):
-    return [rgb15(*mix(low, high, i / max(1, count - 1)), see_through) for i in range(count)]
+def ramp(low, high, count, marked=False):
+    return [rgb15(*mix(low, high, i / max(1, count - 1)), marked) for i in range(count)]
 
 
 def grain(x, y, seed=0):
@@ -399,8 +399,8 @@ SLOT = {image.name.split(".")[0]: slot for slot, image in enumerate(IMAGES)}
 
 # ----------------------------------------------------------------- finishes
 
-UNLIT, THIN, BLENDED, DOUBLE = 0x01, 0x02, 0x04, 0x80
-GLOW, DARKEN, FAINT = 0x08, 0x10, 0x18        # ways to blend; none of them mixes evenly
+UNLIT, FLAG_02, FLAG_04, DOUBLE = 0x01, 0x02, 0x04, 0x80
+PAGE_1, PAGE_2, PAGE_3 = 0x08, 0x10, 0x18     # the two flag bits that go into the page word
 
 TEXTURED, WINDOWED, CORNER_COLOURS = "TDHWSN", "WSN", "GHN"
 
@@ -460,7 +460,7 @@ STEP = Finish("steps, worn bright in front", "N", "G", image="tread", repeat=(2,
 STRIPES = Finish("warning stripes", "W", image="stripe", repeat=(4, 1))
 GRILLE = Finish("air intake", "T", image="grille")
 NAME_PLATE = Finish("name plate", "T", image="decal", spread=True)
-GLASS = Finish("window glass, reflecting the sky", "T", flag=BLENDED | FAINT, image="sky")
+GLASS = Finish("window glass", "T", flag=FLAG_04 | PAGE_3, image="sky")
 SEAT = Finish("seat", "C", colour=(60, 36, 30))
 SCREEN = Finish("instrument screen, shining", "D", flag=UNLIT | DOUBLE, image="decal",
                 colour=(110, 150, 130), spread=True)
@@ -468,23 +468,23 @@ LENS = Finish("lamp lens, shining", "T", flag=UNLIT, image="lamp", spread=True)
 TAIL_LIGHT = Finish("tail light, shining", "C", flag=UNLIT, colour=(230, 24, 16))
 BEACON = Finish("beacon glass, shining", "H", flag=UNLIT, image="lamp",
                 colour=fade("y", 40, (128, 60, 10), 220, (180, 150, 60)))
-HALO = Finish("beacon halo, added to the picture", "D", flag=UNLIT | BLENDED | GLOW, image="lamp",
+HALO = Finish("beacon halo", "D", flag=UNLIT | FLAG_04 | PAGE_1, image="lamp",
               colour=(120, 80, 20), spread=True)
-BEAM = Finish("light beam, fading with the distance", "H", flag=UNLIT | BLENDED | GLOW,
+BEAM = Finish("light beam, fading with the distance", "H", flag=UNLIT | FLAG_04 | PAGE_1,
               image="lamp", spread=True, colour=fade("z", 300, (88, 84, 64), 2200, (0, 0, 0)))
-PENNANT = Finish("pennant, thin", "G", flag=UNLIT | THIN,
+PENNANT = Finish("pennant", "G", flag=UNLIT | FLAG_02,
                  colour=fade("z", -800, (255, 60, 20), -430, (255, 190, 60)))
 RUBBER = Finish("rubber boot", "W", "G", image="tread", repeat=(2, 2))
 HOSE = Finish("hydraulic hose", "C", "G", colour=(58, 60, 66))
 RAM = Finish("hydraulic ram, paint to chrome", "G", "G")
 CABLE = Finish("lamp cable", "C", "G", flag=UNLIT, colour=(16, 16, 18))
-BUCKET_IN = Finish("inside of the bucket, thin", "H", "G", flag=THIN, image="plate",
+BUCKET_IN = Finish("inside of the bucket", "H", "G", flag=FLAG_02, image="plate",
                    colour=fade("z", 0, (40, 38, 36), 1100, (110, 104, 96)))
 ROAD = Finish("road", "W", flag=UNLIT, image="road", repeat=(1, 3))
 KERB = Finish("kerb", "S", flag=UNLIT, image="stripe", repeat=(7, 1), colour=(120, 112, 108))
 FIELD = Finish("field, darker towards the horizon", "N", flag=UNLIT, image="grass", repeat=(4, 4),
                colour=fade("z", -9000, (84, 100, 110), 9000, (150, 150, 116)))
-SHADOW = Finish("shadow, taken from the picture", "D", flag=UNLIT | BLENDED | DARKEN, image="shadow",
+SHADOW = Finish("shadow", "D", flag=UNLIT | FLAG_04 | PAGE_2, image="shadow",
                 colour=(110, 108, 96), spread=True)
 SKY = Finish("sky with clouds", "T", flag=UNLIT, image="sky")
 ZENITH = Finish("upper sky", "G", flag=UNLIT | DOUBLE,
@@ -494,7 +494,7 @@ HAZE = Finish("haze over the horizon", "H", flag=UNLIT | DOUBLE, image="sky",
 HILL = Finish("far hills", "G", flag=UNLIT | DOUBLE,
               colour=fade("y", 0, (120, 140, 120), 2000, (48, 84, 96)))
 NEAR_HILL = Finish("near hills", "C", flag=UNLIT | DOUBLE, colour=(60, 92, 52))
-SUN = Finish("sun, added to the picture", "D", flag=UNLIT | DOUBLE | BLENDED | GLOW, image="lamp",
+SUN = Finish("sun", "D", flag=UNLIT | DOUBLE | FLAG_04 | PAGE_1, image="lamp",
              colour=(104, 100, 92), spread=True)
 
 
