@@ -15,6 +15,8 @@ using namespace global_header;
 constexpr GlobalHeaderKind header = GlobalHeaderKind::animation;
 constexpr std::uint32_t motionWords = format::motionHeaderSize;
 constexpr std::uint32_t indexWords = format::animationIndexSize;
+/// Six bits of a control word hold the index of a type.
+constexpr std::uint32_t mostTypes = 64;
 constexpr std::string_view indexSizeName = "Index Number, Size";
 constexpr std::string_view sequenceSizeName = "Sequence Header Number, Size";
 
@@ -152,8 +154,6 @@ void readTypes(Reading& r, std::uint32_t limit) {
         }
         return true;
     };
-    // Six bits of a control word hold the index of a type.
-    constexpr std::uint32_t mostTypes = 64;
     if (controlsFit && between != number && between <= mostTypes &&
         (number > mostTypes || number < between || !allTypes(number)) && allTypes(between)) {
         r.checkCount(offset, "Animation Packet Type Number", number, between);
@@ -299,7 +299,9 @@ void readMotions(Reading& r, std::uint32_t limit) {
     r.checkBit31(offset + 2, "Animation Type Number");
     const std::uint32_t number = r.at(offset + 2) & ~bit31;
     const auto named = r.top(header, complementFunctionTop);
-    const bool namedFits = named && *named >= r.cursor() && *named <= limit;
+    // The types begin with a number that carries bit 31 and is small.
+    const bool namedFits = named && *named >= r.cursor() && *named < limit &&
+                           (r.at(*named) & bit31) != 0 && (r.at(*named) & ~bit31) <= mostTypes;
     const std::uint32_t motionsEnd = namedFits ? *named : limit;
     Animation& animation = r.file.animation;
     while (r.cursor() < motionsEnd &&
@@ -309,7 +311,6 @@ void readMotions(Reading& r, std::uint32_t limit) {
     }
     r.checkCount(offset + 2, "Animation Type Number", number,
                  static_cast<std::uint32_t>(animation.motions.size()));
-    // The types begin with a number that carries bit 31; where none stands, the offset is right.
     if ((r.at(r.cursor()) & bit31) == 0 && namedFits) {
         r.skipTo(*named);
     }

@@ -172,11 +172,19 @@ std::optional<GlobalHeaderKind> globalHeaderKind(const Reading& r, std::size_t n
     if ((sizeTwice || second == 4 || second == 5) && possible(GlobalHeaderKind::animation)) {
         return GlobalHeaderKind::animation;
     }
-    for (const std::optional<GlobalHeaderKind> kind :
-         {kindOfSize(size), kindOfSize(topNumber(r))}) {
-        if (possible(kind)) {
-            return kind;
-        }
+    // Behind a header, no word but the end of a chain has bit 31.
+    const std::uint32_t behind = r.at(std::uint64_t{r.cursor()} + 1 + size);
+    const bool sizeFits = (behind & bit31) == 0 || behind == format::endOfChain;
+    const auto bySize = kindOfSize(size);
+    const auto byTops = kindOfSize(topNumber(r));
+    if (possible(bySize) && (sizeFits || !possible(byTops))) {
+        return bySize;
+    }
+    if (possible(byTops)) {
+        return byTops;
+    }
+    if ((size == 4 || size == 5) && possible(GlobalHeaderKind::animation)) {
+        return GlobalHeaderKind::animation;
     }
     return std::nullopt;
 }
@@ -186,6 +194,10 @@ std::optional<GlobalHeaderKind> globalHeaderKind(const Reading& r, std::size_t n
 std::uint32_t globalHeaderWords(const Reading& r, GlobalHeaderKind kind) {
     const std::uint32_t base = baseWords[static_cast<std::size_t>(kind)];
     const std::uint32_t behind = r.at(std::uint64_t{r.cursor()} + base);
+    if (kind == GlobalHeaderKind::animation) {
+        const bool withTop = r.at(r.cursor()) == base || r.at(r.cursor() + 1) == base;
+        return withTop ? base + 1 : base;
+    }
     const bool named = r.at(r.cursor()) == base &&  // the size leaves its own word out
                        (behind & bit31) != 0 && behind != format::endOfChain;
     const bool exact = behind == (coordinateTop(r) | bit31);

@@ -133,8 +133,8 @@ void placeImages(Reading& r, std::uint32_t pixelTop, std::uint32_t pixelEnd) {
             clutWords.push_back(image.offset + blockWords + 2);
         }
     }
-    placeBlocks(r, pixels, pixelWords, pixelTop, pixelEnd - pixelTop, "an image's pixel offset");
-    placeBlocks(r, cluts, clutWords, pixelEnd, r.end() - pixelEnd, "an image's CLUT offset");
+    placeBlocks(r, pixels, pixelWords, pixelTop, pixelEnd - pixelTop, "an image's pixels");
+    placeBlocks(r, cluts, clutWords, pixelEnd, r.end() - pixelEnd, "an image's lookup table");
 }
 
 }  // namespace

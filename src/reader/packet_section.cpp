@@ -85,30 +85,36 @@ Strips walkStrips(const Reading& r, const PacketGroup& group, std::uint32_t room
 }
 
 /// Where the number of polygons disagrees with a room that whole polygons fill, the number is
-/// wrong, else an offset is.
+/// wrong, else the offset behind the room is.
 void placePolygons(Reading& r, PacketGroup& group, const TypeDescription& description,
-                   const Room& room, bool last) {
+                   const Room& room, std::uint32_t limit, bool last) {
     const auto size = static_cast<std::uint32_t>(group.form->size());
-    const std::uint64_t words = std::uint64_t{group.number} * size;
+    const std::uint32_t words = group.number * size;
     const bool wholePolygons = room.words % size == 0;
-    const bool tooMany = words > room.words && (wholePolygons || !room.exact);
+    const bool tooMany =
+        words > limit - group.offset || (words > room.words && wholePolygons && room.exact);
     const bool tooFew = words < room.words && wholePolygons && room.exact && last;
     if (tooMany || tooFew) {
         r.checkCount(description.offset + 1, numberSizeName, group.number, room.words / size);
         group.number = room.words / size;
     }
     group.polygons = group.number;
-    group.words = std::min(group.number * size, room.words);
-    group.fits = group.number * size <= room.words;
-    if (!group.fits) {
-        r.report(finding::sizeDisagrees, description.offset + 1, group.number * size, room.words,
-                 "the packets of this type");
-    }
+    group.words = group.number * size;
 }
 
+/// Where the strips do not fill the room and yet have an end of their own, the offset behind the
+/// room is wrong.
 void placeStrips(Reading& r, PacketGroup& group, const TypeDescription& description,
                  const Room& room) {
-    const Strips strips = walkStrips(r, group, room.words);
+    Strips strips = walkStrips(r, group, room.words);
+    if (strips.misfit) {
+        // A wrong count is off by whole polygons.
+        const Strips whole = walkStrips(r, group, r.polygonsEnd - group.offset);
+        if (!whole.misfit && whole.number == group.number &&
+            (whole.words - room.words) % group.form->furtherSize() != 0) {
+            strips = whole;
+        }
+    }
     group.polygons = strips.polygons;
     group.words = strips.words;
     if (strips.misfit) {
@@ -211,7 +217,8 @@ private:
         } else if (group.form->strip()) {
             placeStrips(r_, group, description, room);
         } else {
-            placePolygons(r_, group, description, room, end == order_.size() && !homeless_);
+            placePolygons(r_, group, description, room, r_.polygonsEnd,
+                          end == order_.size() && !homeless_);
         }
         const auto index = static_cast<std::uint32_t>(r_.file.packetGroups.size());
         r_.take(Part::packetGroup, index, group.words, "packets");

@@ -156,12 +156,12 @@ std::uint32_t readVertices(Reading& r) {
         r.checkTop(sharedHeader, calculatedVertexTop, shared->start + shared->words);
     } else {
         end = normals.value_or(r.polygonsEnd);
-        if (end < start || end > r.polygonsEnd) {
+        if (end < start || end > r.polygonsEnd || (end - start) % pointWords != 0) {
             const std::uint32_t place =
                 r.file.globalHeader(independentHeader)->offset + independentNormalTop;
             r.report(finding::offsetOutside, place, r.at(place), {},
                      globalHeaderWord(independentHeader, independentNormalTop));
-            takeBlock(r, parts.independent, r.polygonsEnd, parts.name);
+            r.take(parts.independent, 0, r.polygonsEnd - start, parts.name);
             return r.polygonsEnd;
         }
     }
@@ -232,7 +232,10 @@ void readPoints(Reading& r) {
     if (!hasHeader(r, independentHeader) && !hasHeader(r, sharedHeader)) {
         return;
     }
-    readNormals(r, readVertices(r));
+    const std::uint32_t normals = readVertices(r);
+    if (r.file.vertices.known) {
+        readNormals(r, normals);
+    }
     checkPoints(r, r.file.vertices);
     checkPoints(r, r.file.normals);
     checkSharedTotals(r);

@@ -143,11 +143,12 @@ constexpr std::string_view vertexNumberName = "Shared Vertex Number";
 void checkSharedVertices(Reading& r, const PrimitiveHeader& header, SharedSums& sums) {
     constexpr std::uint32_t firstWord = 5;
     const std::uint32_t offset = header.offset + firstWord;
-    if (header.vertices.source != sums.vertices && sums.numberWord != 0 &&
+    const std::uint32_t before = sums.numberWord;
+    if (header.vertices.source != sums.vertices && before != 0 &&
         header.vertices.source == header.vertices.destination) {
-        const std::uint32_t found = r.at(sums.numberWord);
+        const std::uint32_t found = r.at(before);
         const std::uint32_t real = found + header.vertices.source - sums.vertices;
-        r.checkCount(sums.numberWord, vertexNumberName, found, real);
+        r.checkCount(before, vertexNumberName, found, real);
         sums.vertices = header.vertices.source;
     }
     checkRange(r, offset, header.vertices, sums.vertices, "Shared Vertex Offset(src)",
@@ -155,12 +156,14 @@ void checkSharedVertices(Reading& r, const PrimitiveHeader& header, SharedSums& 
     sums.vertices += header.vertices.number;
     sums.numberWord = offset;
 
-    // Normals of a coordinate without a header of its own leave a gap.
+    // Normals of a coordinate without a header of its own leave a gap, so these may begin later.
     std::uint32_t normals = header.normals.source;
-    if (normals < sums.normals || header.normals.destination < normals) {
-        normals = std::max(sums.normals, header.normals.destination);
-    }
-    if (header.normals.source == header.normals.destination && normals > sums.normals) {
+    if (normals != header.normals.destination) {
+        normals = sums.normals;
+    } else if (normals < sums.normals && before != 0) {
+        const std::uint32_t found = r.at(before + 3);
+        r.checkCount(before + 3, "Shared Normal Number", found, found + normals - sums.normals);
+    } else if (normals > sums.normals) {
         r.report(finding::normalsUnowned, offset + 4, normals - sums.normals);
     }
     checkRange(r, offset + 3, header.normals, normals, "Shared Normal Offset(src)",
