@@ -1,0 +1,141 @@
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "driver/command_line.h"
+#include "support/memory_files.h"
+
+namespace mqf2vxb::tests {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A folder of its own for each test, removed with it.
+class Program : public testing::Test {
+protected:
+    Program() {
+        std::string name = (fs::temp_directory_path() / "mqf2vxb-XXXXXX").string();
+        folder_ = mkdtemp(name.data());
+        for (const auto& [file, text] : smallModel().files()) {
+            write(file, text);
+        }
+    }
+    ~Program() override { fs::remove_all(folder_); }
+
+    void write(const std::string& name, const std::string& text) const {
+        std::ofstream(folder_ / name, std::ios::binary) << text;
+    }
+    [[nodiscard]] std::string read(const std::string& name) const {
+        std::ifstream file(folder_ / name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+    /// What the program prints behind its banner when it is run in the folder; its status is 0.
+    [[nodiscard]] std::string run(const std::string& arguments) const {
+        const std::string command =
+            "cd '" + folder_.string() + "' && '" MQF2VXB_PROGRAM "' " + arguments + " 2>&1";
+        std::string output;
+        std::FILE* pipe = popen(command.c_str(), "r");
+        for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe)) {
+            output.push_back(static_cast<char>(c));
+        }
+        EXPECT_EQ(pclose(pipe), 0) << arguments;
+        EXPECT_EQ(output.rfind(bannerText(), 0), 0U) << output;
+        return output.substr(std::min(output.size(), bannerText().size()));
+    }
+
+    fs::path folder_;
+};
+
+TEST_F(Program, SaysHowItIsCalled) {
+    for (const char* const arguments : {"", "-ni", "-s 2 -o", "-bin2cl"}) {
+        EXPECT_EQ(run(arguments), usageText()) << arguments;
+    }
+    EXPECT_EQ(run("-x m.mqf"), "\nCan't open this file!\n\nFile Name:-x\n");
+}
+
+TEST_F(Program, WritesTheFilesThatTheOptionsAskFor) {
+    EXPECT_EQ(run("m.mqf -ni"), "");
+    EXPECT_EQ(wordsOf(read("m.vxb")), convertFiles(smallModel()).words());
+    EXPECT_EQ(run("-o out.final.bin -bin2cl text.h m.mqf"), "");
+    EXPECT_EQ(read("out.vxb"), read("m.vxb"));
+    EXPECT_EQ(read("text.h"), convertFiles(smallModel(), withHex()).hex());
+    RunOptions options;
+    options.imageOutput = false;
+    options.scale = 0.5F;
+    EXPECT_EQ(run("-s 0.5 -ni -o small m.mqf"), "");
+    EXPECT_EQ(wordsOf(read("small.vxb")), convertFiles(smallModel(), options).words());
+    EXPECT_EQ(run("./m.mqf"), "");
+    EXPECT_EQ(read(".vxb"), read("m.vxb"));
+}
+
+TEST_F(Program, NeverWritesOverAnInput) {
+    fs::create_directory(folder_ / "sub");
+    fs::create_hard_link(folder_ / "g.geo", folder_ / "hard.vxb");
+    fs::create_symlink("s.srf", folder_ / "link.vxb");
+    fs::create_symlink("new", folder_ / "dangling");
+    fs::create_symlink("a.vxb", folder_ / "other.vxb");
+    write("m.vxb", "untouched");
+    const Files before = smallModel().files();
+    const auto refused = [&](const std::string& arguments, const std::string& name, const std::string& cause) {
+        EXPECT_EQ(run(arguments + " m.mqf"), notCorrect(name, 0, cause)) << arguments;
+    };
+    const std::string input = "the output is the same file as the input ";
+    refused("-o hard", "hard.vxb", input + "g.geo");
+    refused("-o link", "link.vxb", input + "s.srf");
+    refused("-bin2cl sub/../m.mqf", "sub/../m.mqf", input + "m.mqf");
+    refused("-bin2cl ./0.pxl", "./0.pxl", input + "0.pxl");
+    const std::string output = "the hex text is the same file as the output ";
+    refused("-bin2cl m.vxb", "m.vxb", output + "m.vxb");
+    refused("-o a -bin2cl \"$PWD/sub/../a.vxb\"", (folder_ / "sub/../a.vxb").string(), output + "a.vxb");
+    refused("-o a -bin2cl other.vxb", "other.vxb", output + "a.vxb");
+    for (const auto& [file, text] : before) {
+        EXPECT_EQ(read(file), text) << file;
+    }
+    EXPECT_EQ(read("m.vxb"), "untouched");
+    EXPECT_FALSE(fs::exists(folder_ / "a.vxb"));
+    EXPECT_EQ(run("-bin2cl dangling m.mqf"), "");
+    EXPECT_EQ(wordsOf(read("m.vxb")), between(read("new"), "/* ID */"));
+}
+
+TEST_F(Program, ReportsWhatTheMachineRefuses) {
+    const std::string open = "\nCan't open this file!\n\nFile Name:";
+    EXPECT_EQ(run("."), open + ".\n");
+    EXPECT_EQ(run("gone/m.mqf"), open + "gone/m.mqf\n");
+    EXPECT_EQ(run("-o gone/m m.mqf"), open + "gone/m.vxb\n");
+    fs::create_directory(folder_ / "dir.vxb");
+    EXPECT_EQ(run("-o dir m.mqf"), open + "dir.vxb\n");
+    EXPECT_EQ(run("-bin2cl . m.mqf"), open + ".\n");
+    EXPECT_EQ(read("m.vxb"), "");
+    fs::remove(folder_ / "0.pxl");
+    fs::create_directory(folder_ / "0.pxl");
+    EXPECT_EQ(run("m.mqf"), open + "0.pxl\n");
+    fs::remove(folder_ / "0.pxl");
+    write("0.pxl", smallModel().images[0]);
+    if (fs::exists("/dev/full")) {
+        EXPECT_EQ(run("-bin2cl /dev/full m.mqf"), "\nCan't write this file!\n\nFile Name:/dev/full\n");
+        EXPECT_EQ(wordsOf(read("m.vxb")), convertFiles(smallModel()).words());
+    }
+}
+
+TEST_F(Program, ConvertsTheExamples) {
+    for (const fs::directory_entry& file : fs::directory_iterator(MQF2VXB_EXAMPLES)) {
+        fs::copy(file, folder_);
+    }
+    for (const std::string model : {"crawler", "crawler_groups", "crawler_strips"}) {
+        EXPECT_EQ(run("-bin2cl hex " + model + ".mqf"), "");
+        EXPECT_GT(read(model + ".vxb").size(), 1000U);
+        EXPECT_EQ(show(wordsOf(read(model + ".vxb"))), show(between(read("hex"), "/* ID */")));
+        EXPECT_EQ(run("-ni -o without " + model + ".mqf"), "");
+        EXPECT_LT(read("without.vxb").size(), read(model + ".vxb").size());
+    }
+    // The same model, once with vertices and once with groups and pivots in its hierarchy.
+    EXPECT_EQ(read("crawler.vxb"), read("crawler_groups.vxb"));
+}
+
+}  // namespace
+}  // namespace mqf2vxb::tests
