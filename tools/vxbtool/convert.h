@@ -1,0 +1,12 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+#include "vxbtool/session.h"
+
+namespace vxbtool {
+
+/// Adds "vxbtool convert".
+void addConvert(CLI::App& app, Session& session);
+
+}  // namespace vxbtool

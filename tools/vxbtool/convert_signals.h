@@ -1,0 +1,50 @@
+#pragma once
+
+#include <atomic>
+#include <csignal>
+#include <mutex>
+#include <set>
+#include <string>
+#include <thread>
+
+namespace vxbtool {
+
+/// The unfinished files of a run, known in one place so that a signal can clear them away. Any
+/// thread may call.
+class TemporaryFiles {
+public:
+    /// Creates an empty file with a new name in `folder`; an empty name when that cannot be done.
+    [[nodiscard]] std::string reserve(const std::string& folder);
+    /// Gives a finished file its right name; false when that cannot be done.
+    [[nodiscard]] bool rename(const std::string& file, const std::string& target);
+    void remove(const std::string& file);
+    /// Removes them all. No file appears or gets its name as long as the lock lives.
+    [[nodiscard]] std::unique_lock<std::mutex> removeAll();
+
+private:
+    std::mutex mutex_;
+    std::set<std::string> names_;
+    unsigned counter_ = 0;
+};
+
+/// While it lives, SIGINT, SIGTERM and SIGHUP remove the temporary files before they end the
+/// program, unless they are ignored, as under nohup. Made before other threads are started, which
+/// inherit that they do not receive these signals.
+class SignalWatch {
+public:
+    explicit SignalWatch(TemporaryFiles& files);
+    SignalWatch(const SignalWatch&) = delete;
+    SignalWatch& operator=(const SignalWatch&) = delete;
+    ~SignalWatch();
+
+private:
+    void watch();
+
+    TemporaryFiles& files_;
+    sigset_t signals_{};
+    sigset_t before_{};
+    std::atomic<bool> ending_ = false;
+    std::thread thread_;
+};
+
+}  // namespace vxbtool

@@ -1,0 +1,99 @@
+// NAME
+//     vxbtool lint - find what converts and is surely not meant
+//
+// SYNOPSIS
+//     vxbtool lint MODEL... [--scale F] [--base DIR] [--json] [--werror] [-W CODE] [--all]
+//
+// DESCRIPTION
+//     Does everything that a conversion does, writes nothing, and reports what the conversion is
+//     silent about: vertices that wrap, polygons that nobody draws, labels without a step and so
+//     on. A model that does not convert has its report as the first finding, an error. Then come
+//     the findings of each file, in the order of its lines, as "file:line:column: warning: text
+//     [CODE]" on standard output; on a terminal the line follows with a caret. Equal findings of
+//     one file are folded into the first of them. docs/findings.md lists all codes.
+//
+// OPTIONS
+//     --scale F   look at the vertices as this factor makes them
+//     --base DIR  open relative names in the model from DIR, not from the working directory
+//     --json      report as JSON; docs/json-schema.md describes it
+//     --werror    warnings fail too
+//     -W CODE     do not report findings of this code; may be repeated
+//     --all       report equal findings one by one
+//
+// EXIT STATUS
+//     0 nothing or only warnings were found, 1 a model does not convert, or warnings were found with
+//     --werror, 2 bad usage.
+
+#include "vxbtool/lint.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "vxbtool/lint/catalogue.h"
+#include "vxbtool/lint/lint.h"
+#include "vxbtool/model_files.h"
+#include "vxbtool/scale_option.h"
+
+namespace vxbtool {
+namespace {
+
+constexpr const char* examples = R"(Examples:
+  vxbtool lint car.mqf                      report what is surely not meant
+  vxbtool lint --scale 16 car.mqf           will the model wrap at this scale?
+  vxbtool lint --werror -W L012 *.mqf       fail on any finding but one kind
+  vxbtool lint --json car.mqf > lint.json   report for another program)";
+
+struct LintArguments {
+    std::vector<std::string> models;
+    std::string scale = "1";
+    std::string base;
+    ReportOptions report;
+};
+
+std::vector<std::string> lintCodes() {
+    std::vector<std::string> codes;
+    for (const lint::Kind* kind : lint::kinds()) {
+        codes.emplace_back(kind->code);
+    }
+    return codes;
+}
+
+ExitStatus runLint(const LintArguments& arguments) {
+    const float scale = parseScale(arguments.scale);
+    std::vector<FileReport> reports;
+    for (const std::string& model : arguments.models) {
+        reports.push_back(lintFile(model, scale, arguments.base, arguments.report));
+    }
+    return printReport("lint", reports, arguments.report);
+}
+
+}  // namespace
+
+FileReport lintFile(const std::string& model, float scale, const std::string& base,
+                    const ReportOptions& options) {
+    ModelFiles files(base);
+    FileReport report{model, lint::lintModel(model, scale, files)};
+    for (ReportedFinding& finding : report.findings) {
+        finding.file = files.pathOf(finding.file);
+    }
+    selectFindings(report.findings, options);
+    return report;
+}
+
+void addLint(CLI::App& app, Session& session) {
+    CLI::App* command = app.add_subcommand("lint", "Find what converts and is surely not meant");
+    const auto arguments = std::make_shared<LintArguments>();
+    command->add_option("MODEL", arguments->models, "Model descriptions to look at")
+        ->type_name("")
+        ->required();
+    command->add_option("--scale", arguments->scale, "Factor on every vertex coordinate")
+        ->type_name("F");
+    command->add_option("--base", arguments->base, "Open relative names in the model from DIR")
+        ->type_name("DIR");
+    addReportOptions(*command, arguments->report, lintCodes());
+    command->footer(examples);
+    command->callback([arguments, &session] { session.status = runLint(*arguments); });
+}
+
+}  // namespace vxbtool

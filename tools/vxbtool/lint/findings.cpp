@@ -1,0 +1,78 @@
+#include "vxbtool/lint/findings.h"
+
+#include <algorithm>
+#include <map>
+#include <tuple>
+
+#include "driver/scan.h"
+
+namespace vxbtool::lint {
+namespace {
+
+/// Counts lines from the front to the back of one file.
+class LineCounter {
+public:
+    explicit LineCounter(std::string_view text) : text_(text) {}
+
+    /// Fills in where `offset`, which is not before the latest one, stands.
+    void place(std::size_t offset, ReportedFinding& finding) {
+        for (std::size_t feed = text_.find('\n', start_); feed < offset;
+             feed = text_.find('\n', start_)) {
+            start_ = feed + 1;
+            ++line_;
+        }
+        finding.line = line_;
+        finding.column = static_cast<std::int64_t>(offset - start_) + 1;
+        constexpr std::size_t longest = 255;  // what a reader takes as one line
+        const std::string_view source =
+            text_.substr(start_, std::min(text_.find('\n', start_) - start_, longest));
+        if (offset - start_ <= source.size()) {
+            finding.source = source.substr(0, source.find('\r'));
+        }
+    }
+
+private:
+    std::string_view text_;
+    std::size_t start_ = 0;  // of the current line
+    std::int64_t line_ = 1;
+};
+
+}  // namespace
+
+SourcePlace wordPlace(const TracedFile& file, const TracedLine& line, std::size_t number) {
+    std::string_view rest = line.text;
+    for (std::size_t i = 0; i < number; ++i) {
+        mqf2vxb::scanWord(rest);
+    }
+    mqf2vxb::skipSpace(rest);
+    return {&file, line.offset + line.text.size() - rest.size()};
+}
+
+std::vector<ReportedFinding> Findings::inOrder(const Trace& trace) && {
+    std::map<const TracedFile*, std::size_t> position;
+    std::vector<LineCounter> counters;
+    for (const TracedFile& file : trace.files()) {
+        position.emplace(&file, position.size());
+        counters.emplace_back(file.text);
+    }
+    const auto key = [&](const Found& found) {
+        return std::tuple(position.at(found.place.file), found.place.offset, found.kind->code);
+    };
+    std::stable_sort(found_.begin(), found_.end(),
+                     [&](const Found& a, const Found& b) { return key(a) < key(b); });
+
+    std::vector<ReportedFinding> result;
+    result.reserve(found_.size());
+    for (Found& found : found_) {
+        ReportedFinding finding;
+        finding.code = found.kind->code;
+        finding.severity = found.kind->severity;
+        finding.text = std::move(found.text);
+        finding.file = found.place.file->name;
+        counters[position.at(found.place.file)].place(found.place.offset, finding);
+        result.push_back(std::move(finding));
+    }
+    return result;
+}
+
+}  // namespace vxbtool::lint

@@ -1,0 +1,204 @@
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_set>
+#include <vector>
+
+#include "animation/key_frame_forms.h"
+#include "output/fixed_point.h"
+#include "vxbtool/lint/fixed_width.h"
+#include "vxbtool/lint/model_checks.h"
+
+namespace vxbtool::lint {
+namespace {
+
+using namespace mqf2vxb;
+
+using Names = std::unordered_set<std::string_view>;
+
+/// Walks the lines of one motion file beside the records that were read from them.
+class MotionCheck {
+public:
+    MotionCheck(const LintedModel& linted, std::size_t motion, std::vector<bool>& keyFrameUsed,
+                Findings& findings)
+        : model_(linted.model),
+          motion_(model_.motions[motion]),
+          file_(*linted.source.motions[motion]),
+          keyFrameUsed_(keyFrameUsed),
+          findings_(findings) {}
+
+    void check() {
+        gatherNames();
+        constexpr std::size_t linesBeforeCoordinates = 3;  // ID, target and count
+        line_ = linesBeforeCoordinates;
+        for (const AnimationIndexRecord& index : motion_.indexTable) {
+            checkCoordinate(index);
+        }
+        checkSequence();
+        for (const AnimationPacketTypeRecord& group : motion_.packetTypeTable) {
+            ++line_;
+            checkKeyFrames(group);
+        }
+    }
+
+private:
+    void gatherNames() {
+        for (const AnimationIndexRecord& index : motion_.indexTable) {
+            named_.insert(index.name);
+            for (const AnimationSequenceHeaderRecord& header : index.seqHeaderTable) {
+                named_.insert(header.name);
+                named_.insert(header.name2);
+            }
+        }
+        for (const AnimationSequenceRecord& step : motion_.seqTable) {
+            named_.insert(step.target);
+            labels_.insert(step.label);
+        }
+    }
+
+    void checkCoordinate(const AnimationIndexRecord& index) {
+        if (static_cast<std::size_t>(index.coord) >= model_.coordinates.size()) {
+            findings_.add(kind::coordinateOutside, word(0), fmt::arg("coordinate", index.coord),
+                          fmt::arg("count", model_.coordinates.size()));
+        }
+        constexpr std::size_t nameWord = 2;
+        checkName(index.name, nameWord);
+        ++line_;
+        for (const AnimationSequenceHeaderRecord& header : index.seqHeaderTable) {
+            checkName(header.name, 1);
+            checkName(header.name2, 2);
+            ++line_;
+        }
+    }
+
+    /// A name that is missing on its line is another finding.
+    void checkName(const std::string& name, std::size_t position) {
+        if (!name.empty() && labels_.count(name) == 0) {
+            findings_.add(kind::nameUnknown, word(position), fmt::arg("name", name));
+        }
+    }
+
+    /// Steps are scanned by a form, labels are not.
+    void checkSequence() {
+        const TracedLine* label = nullptr;
+        std::size_t step = 0;
+        while (!file_.lines[line_].scanned || step < motion_.seqTable.size()) {
+            const TracedLine& line = file_.lines[line_];
+            if (line.scanned) {
+                checkStep(motion_.seqTable[step++], label);
+                label = nullptr;
+            } else {
+                checkLost(label);
+                label = &line;
+            }
+            ++line_;
+        }
+        checkLost(label);
+    }
+
+    void checkLost(const TracedLine* label) {
+        if (label != nullptr) {
+            findings_.add(kind::labelLost, wordPlace(file_, *label, 0),
+                          fmt::arg("label", firstWord(*label)));
+        }
+    }
+
+    void checkStep(const AnimationSequenceRecord& step, const TracedLine* label) {
+        using Kind = AnimationSequenceRecord::Kind;
+        if (label != nullptr && named_.count(step.label) == 0) {
+            findings_.add(kind::labelUnused, wordPlace(file_, *label, 0),
+                          fmt::arg("label", step.label));
+        }
+        if (step.kind == Kind::goTo) {
+            checkName(step.target, 1);
+        } else if (step.kind == Kind::seq && !hasGroup(step.type)) {
+            constexpr std::size_t typeWord = 2;
+            findings_.add(kind::keyFrameElsewhere, word(typeWord),
+                          fmt::arg("keyFrame", step.keyFrame));
+        }
+    }
+
+    [[nodiscard]] bool hasGroup(PrimitiveTypeCode type) {
+        if (types_.empty()) {
+            for (const AnimationPacketTypeRecord& group : motion_.packetTypeTable) {
+                types_.insert(group.type);
+            }
+        }
+        return types_.count(type) != 0;
+    }
+
+    void checkKeyFrames(const AnimationPacketTypeRecord& group) {
+        const KeyFrameForm* form = findKeyFrameForm(group.type);
+        for (std::size_t i = 0; i < group.packetTable.size(); ++i) {
+            if (!keyFrameUsed_[group.firstPacketNo + i]) {
+                findings_.add(kind::keyFrameUnused, word(0), fmt::arg("keyFrame", i));
+            }
+            for (std::size_t k = 0; k < form->values(); ++k) {
+                checkValue(group.packetTable[i].values[k], k, k < form->wideValues);
+            }
+            ++line_;
+        }
+    }
+
+    void checkValue(double value, std::size_t position, bool wide) {
+        if (wide ? fits<std::int32_t>(value) : fits<std::int16_t>(value)) {
+            return;
+        }
+        const std::uint32_t written = truncated(value);
+        const auto shown = wide ? static_cast<std::int32_t>(written)
+                                : std::int32_t{static_cast<std::int16_t>(written & 0xFFFFU)};
+        findings_.add(kind::keyFrameWraps, word(position), fmt::arg("value", value),
+                      fmt::arg("bits", wide ? 32 : 16), fmt::arg("written", shown));
+    }
+
+    [[nodiscard]] SourcePlace word(std::size_t position) const {
+        return wordPlace(file_, file_.lines[line_], position);
+    }
+
+    static std::string_view firstWord(const TracedLine& line) {
+        std::string_view rest = line.text;
+        return mqf2vxb::scanWord(rest);
+    }
+
+    const Model& model_;
+    const MotionRecord& motion_;
+    const TracedFile& file_;
+    const std::vector<bool>& keyFrameUsed_;
+    Findings& findings_;
+    std::size_t line_ = 0;  // of file_.lines
+    Names named_;
+    Names labels_;
+    std::unordered_set<PrimitiveTypeCode> types_;
+};
+
+/// By their numbers over all motions, the key frames that steps show.
+std::vector<bool> usedKeyFrames(const Table<MotionRecord>& motions) {
+    std::size_t count = 0;
+    for (const MotionRecord& motion : motions) {
+        for (const AnimationPacketTypeRecord& group : motion.packetTypeTable) {
+            count += group.packetTable.size();
+        }
+    }
+    std::vector<bool> used(count);
+    for (const MotionRecord& motion : motions) {
+        for (const AnimationSequenceRecord& step : motion.seqTable) {
+            if (step.kind == AnimationSequenceRecord::Kind::seq && step.keyFrame < count) {
+                used[step.keyFrame] = true;
+            }
+        }
+    }
+    return used;
+}
+
+}  // namespace
+
+void checkMotions(const LintedModel& linted, Findings& findings) {
+    const Table<MotionRecord>& motions = linted.model.motions;
+    std::vector<bool> used = usedKeyFrames(motions);
+    for (std::size_t i = 0; i < motions.size(); ++i) {
+        MotionCheck(linted, i, used, findings).check();
+    }
+}
+
+}  // namespace vxbtool::lint

@@ -1,0 +1,238 @@
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <tuple>
+#include <vector>
+
+#include "vxbtool/lint/model_checks.h"
+
+namespace vxbtool::lint {
+namespace {
+
+using namespace mqf2vxb;
+
+/// Width, in columns of 16 bits, and height of a block.
+struct Extent {
+    std::uint32_t width;
+    std::uint32_t height;
+};
+
+/// What the second header word of a block says of its size. The converter only copies that word, so
+/// that it counts only when it agrees with the words of data.
+std::optional<Extent> extentOf(const ImageBlock& block) {
+    const std::uint32_t word = block.words[1];
+    const Extent extent{word & 0xFFFFU, word >> 16U};
+    const std::uint64_t columns = std::uint64_t{extent.width} * extent.height;
+    if (columns == 0 || (columns + 1) / 2 != block.data().size()) {
+        return std::nullopt;
+    }
+    return extent;
+}
+
+/// The size of an image in texels.
+std::optional<Extent> texelsOf(const ImageRecord& image) {
+    std::optional<Extent> extent = extentOf(image.pixel);
+    if (extent) {
+        extent->width <<= 2 - image.mode;
+    }
+    return extent;
+}
+
+bool isOutside(std::int32_t value, std::uint32_t size) {
+    return value < 0 || static_cast<std::uint32_t>(value) >= size;
+}
+
+/// The positions of an SRF line's numbers among its words.
+constexpr std::size_t wordsBeforeNumbers = 4;
+
+class LineCheck {
+public:
+    LineCheck(const LintedModel& linted, std::size_t line, const MaterialAppearance& appearance,
+              const Extent& texels, Findings& findings)
+        : linted_(linted),
+          line_(line),
+          appearance_(appearance),
+          texels_(texels),
+          findings_(findings) {}
+
+    void checkCorners(std::size_t corners) const {
+        for (std::size_t corner = 0; corner < corners; ++corner) {
+            const std::int32_t u = appearance_.u(corner);
+            const std::int32_t v = appearance_.v(corner);
+            if (isOutside(u, texels_.width) || isOutside(v, texels_.height)) {
+                const std::size_t start = materialKind(appearance_.kind).cornerStart();
+                add(kind::textureOutside, start + 2 * corner, fmt::arg("corner", corner),
+                    fmt::arg("u", u), fmt::arg("v", v));
+                return;
+            }
+        }
+    }
+
+    void checkWindow() const {
+        const std::array<std::int32_t, MaterialKind::windowNumbers> window{
+            appearance_.windowWidth(), appearance_.windowHeight(), appearance_.windowX(),
+            appearance_.windowY()};
+        for (std::size_t i = 0; i < window.size(); ++i) {
+            constexpr std::int32_t step = 8;
+            if (window[i] % step != 0) {
+                add(kind::windowCut, MaterialKind::windowStart + i, fmt::arg("value", window[i]));
+            }
+        }
+        const auto [width, height, x, y] = window;
+        const std::int64_t right = std::int64_t{x} + width;
+        const std::int64_t bottom = std::int64_t{y} + height;
+        if (x < 0 || y < 0 || right > texels_.width || bottom > texels_.height) {
+            add(kind::windowOutside, MaterialKind::windowStart, fmt::arg("right", right),
+                fmt::arg("bottom", bottom));
+        }
+    }
+
+private:
+    template <class... Values>
+    void add(const Kind& kind, std::size_t number, const Values&... values) const {
+        findings_.add(kind, linted_.source.material(line_, wordsBeforeNumbers + number), values...,
+                      fmt::arg("image", appearance_.texture()), fmt::arg("width", texels_.width),
+                      fmt::arg("height", texels_.height));
+    }
+
+    const LintedModel& linted_;
+    std::size_t line_;
+    const MaterialAppearance& appearance_;
+    const Extent& texels_;
+    Findings& findings_;
+};
+
+/// Looks at the lines whose texture numbers a model has; other numbers do not convert.
+void checkLines(const LintedModel& linted, Findings& findings) {
+    const Model& model = linted.model;
+    const MaterialTable& materials = model.materials;
+    std::vector<std::size_t> corners(materials.lines.size());
+    for (const MaterialRecord& material : materials.records) {
+        const std::int32_t type = linted.polygons[static_cast<std::size_t>(material.polygon)].type;
+        corners[material.line] = std::max(corners[material.line], vertexCount(type));
+    }
+    for (std::size_t i = 0; i < corners.size(); ++i) {
+        const MaterialLine& line = materials.lines[i];
+        const MaterialAppearance appearance(line, materials.numbers.data() + line.firstNumber);
+        const auto texture = static_cast<std::size_t>(appearance.texture());
+        if (!appearance.textured() || texture >= model.images.size()) {
+            continue;
+        }
+        const std::optional<Extent> texels = texelsOf(model.images[texture]);
+        if (!texels) {
+            continue;
+        }
+        const LineCheck check(linted, i, appearance, *texels, findings);
+        if (appearance.windowed()) {
+            check.checkWindow();
+        } else {
+            check.checkCorners(corners[i]);
+        }
+    }
+}
+
+/// One line of image memory that a block covers, columns from `start` up to `end`.
+struct Span {
+    std::uint32_t y;
+    std::uint32_t start;
+    std::uint32_t end;
+    std::uint32_t block;
+};
+
+/// A block of an image in image memory.
+struct PlacedBlock {
+    std::size_t image;
+    std::string_view part;
+    const ImageBlock* block;
+};
+
+bool isSame(const ImageBlock& one, const ImageBlock& other) {
+    return one.words.bytes() == other.words.bytes();
+}
+
+/// Reports a block that overlaps one before it, once. Blocks that are the same do no harm.
+void checkOverlap(const LintedModel& linted, Findings& findings) {
+    std::vector<PlacedBlock> blocks;
+    std::vector<Span> spans;
+    const auto place = [&](std::size_t image, std::string_view part, const ImageBlock& block) {
+        const std::optional<Extent> extent =
+            block.present() ? extentOf(block) : std::optional<Extent>{};
+        if (!extent) {
+            return;
+        }
+        const auto [x, y] = block.position();
+        for (std::uint32_t line = 0; line < extent->height; ++line) {
+            spans.push_back(
+                {y + line, x, x + extent->width, static_cast<std::uint32_t>(blocks.size())});
+        }
+        blocks.push_back({image, part, &block});
+    };
+    const Table<ImageRecord>& images = linted.model.images;
+    for (std::size_t i = 0; i < images.size(); ++i) {
+        place(i, "picture", images[i].pixel);
+        place(i, "colour table", images[i].clut);
+    }
+    std::sort(spans.begin(), spans.end(), [](const Span& a, const Span& b) {
+        return std::tuple(a.y, a.start, a.block) < std::tuple(b.y, b.start, b.block);
+    });
+
+    std::vector<bool> reported(blocks.size());
+    const Span* widest = nullptr;  // of the line so far, the one that ends last
+    for (const Span& span : spans) {
+        if (widest == nullptr || widest->y != span.y) {
+            widest = &span;
+            continue;
+        }
+        const std::uint32_t later = std::max(widest->block, span.block);
+        if (span.start < widest->end && !reported[later]) {
+            const PlacedBlock& one = blocks[later];
+            const PlacedBlock& other = blocks[std::min(widest->block, span.block)];
+            if (!isSame(*one.block, *other.block)) {
+                reported[later] = true;
+                findings.add(kind::imageOverlap, linted.source.image(one.image),
+                             fmt::arg("part", one.part), fmt::arg("image", one.image),
+                             fmt::arg("otherPart", other.part), fmt::arg("other", other.image));
+            }
+        }
+        widest = span.end > widest->end ? &span : widest;
+    }
+}
+
+void checkUse(const LintedModel& linted, Findings& findings) {
+    const Model& model = linted.model;
+    std::vector<bool> used(model.images.size());
+    for (const MaterialRecord& material : model.materials.records) {
+        const MaterialAppearance appearance = model.materials.appearance(material);
+        const auto texture = static_cast<std::size_t>(appearance.texture());
+        if (appearance.textured() && texture < used.size()) {
+            used[texture] = true;
+        }
+    }
+    // Images of few bits that bring no colour table take the one at 0, 0, whoever brings it.
+    bool sharedTableUsed = false;
+    for (std::size_t i = 0; i < used.size(); ++i) {
+        constexpr std::uint32_t mode16Bit = 2;
+        const ImageRecord& image = model.images[i];
+        sharedTableUsed |= used[i] && !image.hasClut() && image.mode != mode16Bit;
+    }
+    const auto bringsSharedTable = [&](const ImageRecord& image) {
+        return image.hasClut() && image.clut.words[0] == 0;
+    };
+    for (std::size_t i = 0; i < used.size(); ++i) {
+        if (!used[i] && !(sharedTableUsed && bringsSharedTable(model.images[i]))) {
+            findings.add(kind::imageUnused, linted.source.image(i), fmt::arg("image", i));
+        }
+    }
+}
+
+}  // namespace
+
+void checkTextures(const LintedModel& linted, Findings& findings) {
+    checkLines(linted, findings);
+    checkOverlap(linted, findings);
+    checkUse(linted, findings);
+}
+
+}  // namespace vxbtool::lint

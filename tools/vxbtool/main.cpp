@@ -1,0 +1,75 @@
+// vxbtool: the companion of mqf2vxb, one program with subcommands.
+//
+// To add a subcommand NAME: write NAME.h with `void addName(CLI::App& app, Session& session)` and
+// NAME.cpp, whose opening comment is its manual page. addName() adds the subcommand with its
+// options, a description and a footer of examples, and a callback that does the work and sets
+// session.status; CLI::ValidationError thrown from the callback is bad usage. List NAME.cpp in
+// tools/CMakeLists.txt, call addName() below, and describe the subcommand in docs/man/vxbtool.1.
+
+#include <cstdio>
+#include <exception>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include "vxbtool/convert.h"
+#include "vxbtool/finding_catalogue.h"
+#include "vxbtool/lint.h"
+#include "vxbtool/packet_form_tables.h"
+#include "vxbtool/session.h"
+
+namespace vxbtool {
+namespace {
+
+constexpr const char* examples = R"(Examples:
+  vxbtool convert car.mqf                 write car.vxb
+  vxbtool convert --out-dir out *.mqf     convert many models, side by side
+  vxbtool lint car.mqf                    what is surely not meant in the model?
+
+"vxbtool COMMAND --help" tells more about one command, "man vxbtool" about all.
+Exit status: 0 all went well, 1 bad input, 2 bad usage.)";
+
+/// What a usage error prints: the fault and where to read on.
+std::string usageFault(const CLI::App* app, const CLI::Error& error) {
+    const std::vector<CLI::App*> commands = app->get_subcommands();
+    const std::string command = commands.empty() ? "" : " " + commands.front()->get_name();
+    return fmt::format("vxbtool{0}: {1}\nTry \"vxbtool{0} --help\".\n", command, error.what());
+}
+
+int runCommandLine(int argumentCount, const char* const* arguments) {
+    Session session;
+    CLI::App app("Converts 3-D models to VXB files and looks after such files.", "vxbtool");
+    app.set_version_flag("--version", "vxbtool " VXBTOOL_VERSION);
+    app.footer(examples);
+    app.require_subcommand(1);
+    app.failure_message(usageFault);
+    app.get_formatter()->column_width(28);
+
+    addConvert(app, session);
+    addLint(app, session);
+    addFindingCatalogue(app, session);
+    addPacketFormTables(app, session);
+
+    try {
+        app.parse(argumentCount, arguments);
+    } catch (const CLI::ParseError& error) {
+        // "--help" and "--version" come as errors too, with the exit code 0.
+        const bool failed = app.exit(error) != 0;
+        return static_cast<int>(failed ? ExitStatus::badUsage : ExitStatus::good);
+    }
+    return static_cast<int>(session.status);
+}
+
+}  // namespace
+}  // namespace vxbtool
+
+int main(int argumentCount, char** arguments) {
+    try {
+        return vxbtool::runCommandLine(argumentCount, arguments);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "vxbtool: %s\n", error.what());
+        return static_cast<int>(vxbtool::ExitStatus::badInput);
+    }
+}

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "vxbtool/session.h"
+
+namespace vxbtool {
+
+/// docs/packet-forms.md: the words of every packet form, from the description that the converter
+/// writes them by.
+std::string packetFormDocument();
+
+/// Adds the hidden subcommand that prints it.
+void addPacketFormTables(CLI::App& app, Session& session);
+
+}  // namespace vxbtool
