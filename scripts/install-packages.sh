@@ -1,21 +1,23 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that the project needs and that are missing.
-# Usage: install-packages.sh [build] [test]     (no argument: both sets)
+# Usage: install-packages.sh [build] [test] [tools]     (no argument: all sets)
 set -euo pipefail
 
 build_packages=(g++ cmake ninja-build)
 test_packages=(libgtest-dev libgmock-dev clang-format clang-tidy)
+tools_packages=(libcli11-dev libfmt-dev nlohmann-json3-dev)
 
 if (($# == 0)); then
-    set -- build test
+    set -- build test tools
 fi
 wanted=()
 for set_name in "$@"; do
     case "$set_name" in
     build) wanted+=("${build_packages[@]}") ;;
     test) wanted+=("${test_packages[@]}") ;;
+    tools) wanted+=("${tools_packages[@]}") ;;
     *)
-        echo "usage: $0 [build] [test]" >&2
+        echo "usage: $0 [build] [test] [tools]" >&2
         exit 2
         ;;
     esac

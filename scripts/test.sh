@@ -81,14 +81,16 @@ lint() {
     return "$unlisted"
 }
 
-release_options=(-DMQF2VXB_WERROR=ON)
+package_sets=(build test)
+options=()
 if [[ -f tools/CMakeLists.txt ]]; then
-    release_options+=(-DMQF2VXB_BUILD_TOOLS=ON)
+    package_sets+=(tools)
+    options+=(-DMQF2VXB_BUILD_TOOLS=ON)
 fi
 
-stage "packages" scripts/install-packages.sh build test
+stage "packages" scripts/install-packages.sh "${package_sets[@]}"
 
-stage "release build, warnings as errors" build release "${release_options[@]}"
+stage "release build, warnings as errors" build release -DMQF2VXB_WERROR=ON "${options[@]}"
 release_status=$status
 if ((release_status == 0)); then
     stage "release tests" run_tests release
@@ -96,7 +98,7 @@ else
     skip "release tests"
 fi
 
-stage "sanitizer build" build sanitize
+stage "sanitizer build" build sanitize "${options[@]}"
 if ((status == 0)); then
     stage "sanitizer tests" run_tests sanitize
 else
