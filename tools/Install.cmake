@@ -1,4 +1,4 @@
-# The tool, its manual page and the package that find_package(mqf2vxb) finds.
+# The tool, its manual page, its completion scripts and the package that find_package(mqf2vxb) finds.
 
 include(CMakePackageConfigHelpers)
 
@@ -7,6 +7,18 @@ set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/mqf2vxb)
 install(TARGETS vxbtool EXPORT mqf2vxbTargets RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES ${PROJECT_SOURCE_DIR}/docs/man/vxbtool.1
     DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+
+function(install_completion shell folder name)
+    set(script ${CMAKE_CURRENT_BINARY_DIR}/completion.${shell})
+    add_custom_command(OUTPUT ${script}
+        COMMAND vxbtool completion ${shell} > ${script}
+        DEPENDS vxbtool
+        VERBATIM)
+    add_custom_target(vxbtool_completion_${shell} ALL DEPENDS ${script})
+    install(FILES ${script} DESTINATION ${CMAKE_INSTALL_DATADIR}/${folder} RENAME ${name})
+endfunction()
+install_completion(bash bash-completion/completions vxbtool)
+install_completion(zsh zsh/site-functions _vxbtool)
 
 install(EXPORT mqf2vxbTargets NAMESPACE mqf2vxb:: DESTINATION ${package_folder})
 write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/mqf2vxbConfigVersion.cmake

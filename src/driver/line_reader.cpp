@@ -5,8 +5,6 @@
 namespace mqf2vxb {
 namespace {
 
-/// The most characters that come back as one line, its line feed included.
-constexpr std::size_t lineSize = 255;
 constexpr std::size_t tagSize = 4;
 
 }  // namespace
@@ -14,8 +12,7 @@ constexpr std::size_t tagSize = 4;
 LineReader::LineReader(Inputs& inputs, const std::string& fileName, std::string_view id)
     : inputs_(inputs),
       fileName_(fileName),
-      contents_(inputs.open(fileName)),
-      hasNul_(text().find('\0') != std::string_view::npos) {
+      contents_(inputs.open(fileName)) {
     readLine();
     checkId(id);
 }
@@ -67,12 +64,10 @@ void LineReader::readRawLine() {
     }
     next_ += taken;
     readAny_ = true;
-    if (hasNul_) {
-        const std::size_t nul = line_.find('\0');
-        if (nul != std::string_view::npos) {
-            line_ = line_.substr(0, nul);
-            lineFeed_ = false;
-        }
+    const std::size_t nul = line_.find('\0');
+    if (nul != std::string_view::npos) {
+        line_ = line_.substr(0, nul);
+        lineFeed_ = false;
     }
 }
 

@@ -36,6 +36,28 @@ public:
     [[nodiscard]] bool isSpecial() const { return part_ || observer() != nullptr; }
     [[nodiscard]] InputObserver* observer() const { return inputs_.observer(); }
 
+    // A scan that finds the end of its line by itself takes the next line with these two.
+
+    /// The next line, which may be any; null when it is not to be taken whole, for it is a part of
+    /// a longer one, or somebody watches.
+    [[nodiscard]] const char* wholeLine() const {
+        return cut_ || observer() != nullptr ? nullptr : text().data() + next_;
+    }
+    /// Makes the data line from wholeLine() to this line feed the current one; false when it is
+    /// too long for one line.
+    bool takeWholeLine(const char* feed) {
+        const char* const start = text().data() + next_;
+        const auto size = static_cast<std::size_t>(feed - start) + 1;
+        if (size > lineSize) {
+            return false;
+        }
+        line_ = {start, feed - (feed != start && feed[-1] == '\r' ? 1 : 0)};
+        lineFeed_ = true;
+        part_ = false;
+        next_ += size;
+        return true;
+    }
+
     /// Refuses a count that is negative, or larger than the rest of the file can hold when each
     /// record takes at least `recordSize` characters.
     void checkCount(std::int64_t count, std::size_t recordSize, std::string_view what) const;
@@ -52,6 +74,9 @@ public:
     [[nodiscard]] const std::string& fileName() const { return fileName_; }
 
 private:
+    /// The most characters that come back as one line, its line feed included.
+    static constexpr std::size_t lineSize = 255;
+
     void readRawLine();
     [[nodiscard]] bool isDataLine() const;
     void checkId(std::string_view id) const;
@@ -61,7 +86,6 @@ private:
     Inputs& inputs_;
     std::string fileName_;
     FileContents contents_;
-    bool hasNul_;
     std::size_t next_ = 0;  // where the line after the current one starts
     std::string_view line_;
     bool lineFeed_ = false;

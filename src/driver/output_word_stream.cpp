@@ -1,7 +1,7 @@
 #include "driver/output_word_stream.h"
 
 #include <array>
-#include <cstring>
+#include <bit>
 #include <utility>
 
 #include "driver/diagnostics.h"
@@ -39,8 +39,8 @@ void BlockWriter::put(std::string_view bytes) {
             return;
         }
     }
-    std::memcpy(block_.get() + used_, bytes.data(), bytes.size());
-    used_ += bytes.size();
+    // Unlike memcpy, this takes an empty view, whose data may be null.
+    used_ += bytes.copy(block_.get() + used_, bytes.size());
 }
 
 void BlockWriter::putWord(std::uint32_t word) {
@@ -53,6 +53,16 @@ void BlockWriter::putWord(std::uint32_t word) {
     place[2] = static_cast<char>(word >> 16U & 0xFFU);
     place[3] = static_cast<char>(word >> 24U);
     used_ += sizeof word;
+}
+
+void BlockWriter::putWords(std::span<const std::uint32_t> words) {
+    if constexpr (std::endian::native == std::endian::little) {
+        put({reinterpret_cast<const char*>(words.data()), words.size_bytes()});
+    } else {
+        for (const std::uint32_t word : words) {
+            putWord(word);
+        }
+    }
 }
 
 void BlockWriter::flush() {
@@ -77,9 +87,9 @@ OutputWordStream::OutputWordStream(FileSystem& files, const std::string& vxbName
 
 void OutputWordStream::putWords(std::span<const std::uint32_t> words, std::string_view comment,
                                 std::int32_t argument) {
-    for (const std::uint32_t word : words) {
-        vxb_.putWord(word);
-        if (hex_) {
+    vxb_.putWords(words);
+    if (hex_) {
+        for (const std::uint32_t word : words) {
             putHexLine(word, comment, argument);
         }
     }

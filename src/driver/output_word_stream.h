@@ -23,6 +23,7 @@ public:
 
     void put(std::string_view bytes);
     void putWord(std::uint32_t word);
+    void putWords(std::span<const std::uint32_t> words);
     /// Writes what is left and closes the file; bytes that could not be written are reported.
     void close();
 

@@ -23,15 +23,6 @@ bool startsWithHexPrefix(std::string_view text) {
     return text.size() > 1 && text[0] == '0' && lower(text[1]) == 'x';
 }
 
-/// The value of a hexadecimal digit; -1 when it is none.
-constexpr int hexDigit(char c) {
-    if (isDigit(c)) {
-        return c - '0';
-    }
-    const char letter = lower(c);
-    return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : -1;
-}
-
 /// The decimal exponent of the number's first digit that is not 0, for a number known to have
 /// one; far beyond any float when it is large.
 long decimalExponent(std::string_view number) {

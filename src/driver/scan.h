@@ -110,6 +110,12 @@ bool scanLine(const LineReader& reader, Field&&... field) {
 constexpr bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
+/// The value of a hexadecimal digit; -1 when it is none.
+constexpr int hexDigit(char c) {
+    const char letter = static_cast<char>(c | ' ');
+    return isDigit(c) ? c - '0' : letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : -1;
+}
+
 inline void skipSpace(std::string_view& text) {
     const char* at = text.data();
     const char* const end = at + text.size();
@@ -119,20 +125,23 @@ inline void skipSpace(std::string_view& text) {
     text = {at, end};
 }
 
-/// The digits at the start of up to eight characters, without a branch for each: the lengths of
-/// numbers are what a processor predicts worst.
-inline std::size_t scanEightDigits(const char* text, std::uint64_t& value) {
+/// The digits at the start of eight characters, the first seven at most, without a branch for
+/// each: the lengths of numbers are what a processor predicts worst.
+inline std::size_t scanSevenDigits(const char* text, std::uint64_t& value) {
     std::uint64_t chunk = 0;
     std::memcpy(&chunk, text, sizeof chunk);
     const std::uint64_t digits = chunk ^ 0x3030303030303030U;
-    const std::uint64_t others = (digits | (digits + 0x7676767676767676U)) & 0x8080808080808080U;
-    const auto count = static_cast<std::size_t>(std::countr_zero(others)) / 8;
+    // Bit 7 of each byte that is no digit, and of the last.
+    constexpr std::uint64_t last = 0x8000000000000000U;
+    const std::uint64_t others =
+        ((digits | (digits + 0x7676767676767676U)) & 0x8080808080808080U) | last;
+    const auto firstOther = static_cast<unsigned>(std::countr_zero(others));
     // The digits go to the end of the chunk, behind zeros, and are then added up in pairs.
-    std::uint64_t sum = count == 0 ? 0 : digits << (8 * (8 - count));
+    std::uint64_t sum = digits << 8U << (63 - firstOther);
     sum = (sum * 10 + (sum >> 8U)) & 0x00FF00FF00FF00FFU;
     sum = (sum * 100 + (sum >> 16U)) & 0x0000FFFF0000FFFFU;
     value = (sum * 10000 + (sum >> 32U)) & 0xFFFFFFFFU;
-    return count;
+    return firstOther / 8;
 }
 
 [[gnu::always_inline]] inline Scanned scanInteger(std::string_view& text, std::int32_t& value) {
@@ -145,9 +154,9 @@ inline std::size_t scanEightDigits(const char* text, std::uint64_t& value) {
     std::uint64_t magnitude = 0;
     bool more = true;
     if (end - at >= 8 && std::endian::native == std::endian::little) {
-        const std::size_t count = scanEightDigits(at, magnitude);
+        const std::size_t count = scanSevenDigits(at, magnitude);
         at += count;
-        more = count == 8;
+        more = count == 7;
     }
     if (more) {
         constexpr std::uint64_t tooLarge = std::uint64_t{1} << 32U;

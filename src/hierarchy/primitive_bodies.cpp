@@ -1,5 +1,6 @@
 #include "hierarchy/primitive_bodies.h"
 
+#include <array>
 #include <cstdint>
 #include <unordered_map>
 
@@ -17,14 +18,16 @@ public:
     /// items after the others.
     template <class Item>
     bool build(Table<Item>& items) {
-        addItems(items, false);
+        const bool sharedExists = addItems(items, false);
         sharedBody_ = static_cast<std::uint32_t>(primitives_.malprim.size());
-        addItems(items, true);
+        if (sharedExists) {
+            addItems(items, true);
+        }
         const std::vector<std::uint32_t> groupOfEntry = numberEntries();
         for (Item& item : items) {
             item.group = groupOfEntry[item.group];
         }
-        return primitives_.malprim.size() > sharedBody_;
+        return sharedExists;
     }
 
 private:
@@ -34,18 +37,23 @@ private:
     struct EntryPlace {
         std::uint32_t body;
         std::uint32_t entry;
+        std::uint32_t items;
     };
 
-    /// Leaves in each item's group the number of its entry place.
+    /// Leaves in each item's group the number of its entry place. Returns whether there are items
+    /// of the other sort.
     template <class Item>
-    void addItems(Table<Item>& items, bool sharedOnes) {
+    bool addItems(Table<Item>& items, bool sharedOnes) {
+        bool others = false;
         for (Item& item : items) {
-            if ((item.cno == CoordinateListId::shared) == sharedOnes) {
-                const std::uint32_t body = bodyOf(item.cno);
-                item.group = entryOf(body, item.type);
-                ++primitives_.malprim[body].maltype[entries_[item.group].entry].polyNum;
+            if ((item.cno == CoordinateListId::shared) != sharedOnes) {
+                others = true;
+                continue;
             }
+            item.group = entryOf(bodyOf(item.cno), item.type);
+            ++entries_[item.group].items;
         }
+        return others;
     }
 
     std::uint32_t bodyOf(CoordinateListId list) {
@@ -61,11 +69,21 @@ private:
 
     std::uint32_t entryOf(std::uint32_t body, PrimitiveTypeCode type) {
         const std::uint64_t key = static_cast<std::uint64_t>(body) << 32U | type;
+        // Few keys are met again and again: most lookups end here, without the map's two misses.
+        constexpr std::uint64_t spread = 0x9E3779B97F4A7C15U;
+        Recent& recent = recent_[key * spread >> (64U - recentBits)];
+        if (recent.key != key) {
+            recent = {key, findEntry(key, body, type)};
+        }
+        return recent.entry;
+    }
+
+    std::uint32_t findEntry(std::uint64_t key, std::uint32_t body, PrimitiveTypeCode type) {
         const auto [place, isNew] =
             entryOfKey_.try_emplace(key, static_cast<std::uint32_t>(entries_.size()));
         if (isNew) {
             std::vector<PrimitiveTypeEntry>& entries = primitives_.malprim[body].maltype;
-            entries_.push_back({body, static_cast<std::uint32_t>(entries.size())});
+            entries_.push_back({body, static_cast<std::uint32_t>(entries.size()), 0});
             entries.push_back({0, type, 0});
         }
         return place->second;
@@ -86,6 +104,7 @@ private:
         std::vector<std::uint32_t> groupOfEntry;
         groupOfEntry.reserve(entries_.size());
         for (const EntryPlace& place : entries_) {
+            primitives_.malprim[place.body].maltype[place.entry].polyNum = place.items;
             groupOfEntry.push_back(firstGroup[place.body] + place.entry);
         }
         return groupOfEntry;
@@ -97,6 +116,14 @@ private:
     std::uint32_t sharedBody_ = 0;  // the first body behind the independent ones
     std::vector<EntryPlace> entries_;
     std::unordered_map<std::uint64_t, std::uint32_t> entryOfKey_;
+
+    /// A key that was looked up, with its entry; none before the first.
+    struct Recent {
+        std::uint64_t key = ~std::uint64_t{0};
+        std::uint32_t entry = none;
+    };
+    static constexpr unsigned recentBits = 10;
+    std::array<Recent, std::size_t{1} << recentBits> recent_{};
 };
 
 /// The headers by their coordinate.

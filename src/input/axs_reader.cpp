@@ -1,7 +1,7 @@
 #include "input/axs_reader.h"
 
 #include "driver/line_reader.h"
-#include "driver/scan.h"
+#include "driver/plain_line.h"
 
 namespace mqf2vxb {
 
@@ -14,8 +14,7 @@ void readPivots(Inputs& inputs, const std::string& fileName, Table<PivotRecord>&
     reader.checkCount(pivotNum, shortestLine, "pivots");
     pivots.allocate(static_cast<std::size_t>(pivotNum));
     for (PivotRecord& pivot : pivots) {
-        reader.requireLine("its last pivot");
-        scanLine(reader, pivot.coord, pivot.x, pivot.y, pivot.z);
+        requireFields(reader, "its last pivot", pivot.coord, pivot.x, pivot.y, pivot.z);
     }
 }
 

@@ -1,7 +1,7 @@
 #include "input/geo_reader.h"
 
 #include "driver/line_reader.h"
-#include "driver/scan.h"
+#include "driver/plain_line.h"
 
 namespace mqf2vxb {
 namespace {
@@ -14,9 +14,8 @@ void readPoints(LineReader& reader, std::int32_t count, std::string_view what,
     points.allocate(static_cast<std::size_t>(count));
     std::int32_t index = 0;
     for (VertexRecord& point : points) {
-        reader.requireLine(what);
         point.index = index++;
-        scanLine(reader, point.x, point.y, point.z);
+        requireFields(reader, what, point.x, point.y, point.z);
     }
 }
 
@@ -38,9 +37,8 @@ void readGeometry(Inputs& inputs, const std::string& fileName, Table<VertexRecor
     readPoints(reader, normalNum, "its last normal", normals);
     polygons.allocate(static_cast<std::size_t>(polygonNum));
     for (PolygonRecord& polygon : polygons) {
-        reader.requireLine("its last polygon");
         std::uint32_t kind = 0;
-        scanLine(reader, Hex{kind}, polygon.vertex, polygon.normal);
+        requireFields(reader, "its last polygon", Hex{kind}, polygon.vertex, polygon.normal);
         polygon.type = static_cast<std::int32_t>(kind);
     }
 }

@@ -1,16 +1,17 @@
 #include "input/srf_reader.h"
 
+#include <array>
 #include <charconv>
 #include <span>
 
 #include "driver/line_reader.h"
+#include "driver/plain_line.h"
 #include "driver/scan.h"
 
 namespace mqf2vxb {
 namespace {
 
 constexpr bool isBlank(char c) { return c == ' ' || c == '\t'; }
-constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 struct PolygonRange {
     std::int32_t first;
@@ -133,6 +134,39 @@ std::string_view scanFlagAndLetters(const LineReader& reader, std::string_view r
     return rest;
 }
 
+/// Adds a line and the records of its polygon list; the line's numbers are in the table already.
+void addLine(const LineReader& reader, const MaterialLine& line, std::string_view list,
+             MaterialTable& materials) {
+    const auto index = static_cast<std::uint32_t>(materials.lines.size());
+    materials.lines.append(line);
+    PolygonList items(reader, list);
+    PolygonRange range{};
+    while (items.next(range)) {
+        addRecords(reader, range, index, materials.records);
+    }
+}
+
+/// Reads the next line when it is plain and whole; false when it has to be read the general way.
+bool readPlainLine(LineReader& reader, MaterialTable& materials) {
+    PlainLine plain(reader);
+    MaterialLine line;
+    std::string_view list;
+    if (!plain || !plain.scanNumberWord(list) || !plain.scan(Hex{line.flag}) ||
+        !plain.atBlankOrEnd() || !plain.scan(Letter{line.shading}) || !plain.atBlankOrEnd() ||
+        !plain.scan(Letter{line.kind}) || !plain.atBlankOrEnd()) {
+        return false;
+    }
+    std::array<std::int32_t, MaterialKind::mostNumbers> room;
+    const std::span<std::int32_t> numbers(room.data(), materialKind(line.kind).numbers());
+    if (!plain.scan(numbers) || !plain.finish(reader)) {
+        return false;
+    }
+    line.firstNumber = materials.numbers.size();
+    materials.numbers.append(numbers);
+    addLine(reader, line, list, materials);
+    return true;
+}
+
 void readMaterialLine(const LineReader& reader, MaterialTable& materials) {
     std::string_view rest = reader.line();
     const std::string_view list = takeWord(reader, rest);
@@ -145,14 +179,7 @@ void readMaterialLine(const LineReader& reader, MaterialTable& materials) {
     rest = scanFlagAndLetters(reader, rest, line);
     line.firstNumber = materials.numbers.size();
     parseMaterialNumbers(reader, rest, materialKind(line.kind), materials.numbers);
-
-    const auto index = static_cast<std::uint32_t>(materials.lines.size());
-    materials.lines.append(line);
-    PolygonList items(reader, list);
-    PolygonRange range{};
-    while (items.next(range)) {
-        addRecords(reader, range, index, materials.records);
-    }
+    addLine(reader, line, list, materials);
 }
 
 }  // namespace
@@ -169,8 +196,10 @@ void readMaterials(Inputs& inputs, const std::string& fileName, MaterialTable& m
     // Room for as many numbers as most files have: a quarter of their characters.
     materials.numbers.reserve(reader.rest().size() / 4);
     for (std::int32_t i = 0; i < lines; ++i) {
-        reader.requireLine("its last material line");
-        readMaterialLine(reader, materials);
+        if (!readPlainLine(reader, materials)) {
+            reader.requireLine("its last material line");
+            readMaterialLine(reader, materials);
+        }
     }
 }
 

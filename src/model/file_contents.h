@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <string_view>
@@ -12,12 +13,21 @@ public:
     FileContents() = default;
     /// Room for `size` bytes, to be filled through data().
     explicit FileContents(std::size_t size)
-        : bytes_(std::make_unique_for_overwrite<char[]>(size)), size_(size) {}
+        : bytes_(std::make_unique_for_overwrite<char[]>(size + padding)) {
+        shrink(size);
+    }
 
     [[nodiscard]] char* data() { return bytes_.get(); }
     [[nodiscard]] std::string_view text() const { return {bytes_.get(), size_}; }
     /// Keeps the first `size` bytes.
-    void shrink(std::size_t size) { size_ = size; }
+    void shrink(std::size_t size) {
+        size_ = size;
+        std::fill_n(bytes_.get() + size, padding, '\0');
+    }
+
+    /// So many NUL characters follow the text: a scan may look ahead that far, and one that no NUL
+    /// passes has to look for no end.
+    static constexpr std::size_t padding = 8;
 
 private:
     std::unique_ptr<char[]> bytes_;

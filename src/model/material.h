@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -28,6 +29,8 @@ struct MaterialKind {
     static constexpr std::size_t windowNumbers = 4;
     static constexpr std::size_t cornerNumbers = 8;
     static constexpr std::size_t colourNumbers = 3;
+    static constexpr std::size_t mostNumbers =
+        windowStart + windowNumbers + cornerNumbers + 4 * colourNumbers;
 
     [[nodiscard]] constexpr std::size_t cornerStart() const {
         return windowStart + (windowed ? windowNumbers : 0);
@@ -42,17 +45,21 @@ struct MaterialKind {
 
 /// The kind of a letter; one that is none of the eight has no numbers.
 constexpr MaterialKind materialKind(char letter) {
-    switch (letter) {
-    case 'C': return {false, false, 1};
-    case 'G': return {false, false, 4};
-    case 'T': return {true, false, 0};
-    case 'D': return {true, false, 1};
-    case 'H': return {true, false, 4};
-    case 'W': return {true, true, 0};
-    case 'S': return {true, true, 1};
-    case 'N': return {true, true, 4};
-    default: return {};
-    }
+    // A table: no processor predicts the jumps of a switch over the letters of many materials.
+    constexpr std::array<MaterialKind, 'X' - 'C'> kinds = [] {
+        std::array<MaterialKind, 'X' - 'C'> table{};
+        table['C' - 'C'] = {false, false, 1};
+        table['G' - 'C'] = {false, false, 4};
+        table['T' - 'C'] = {true, false, 0};
+        table['D' - 'C'] = {true, false, 1};
+        table['H' - 'C'] = {true, false, 4};
+        table['W' - 'C'] = {true, true, 0};
+        table['S' - 'C'] = {true, true, 1};
+        table['N' - 'C'] = {true, true, 4};
+        return table;
+    }();
+    const auto index = static_cast<std::size_t>(letter - 'C');
+    return index < kinds.size() ? kinds[index] : MaterialKind{};
 }
 
 struct Colour {
@@ -141,7 +148,9 @@ struct MaterialTable {
     Table<std::int32_t> numbers{"Material Data Base"};
 
     [[nodiscard]] MaterialAppearance appearance(const MaterialRecord& material) const {
-        const MaterialLine& line = lines[material.line];
+        return appearance(lines[material.line]);
+    }
+    [[nodiscard]] MaterialAppearance appearance(const MaterialLine& line) const {
         return {line, numbers.data() + line.firstNumber};
     }
 };

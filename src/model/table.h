@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <new>
+#include <span>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -37,6 +38,12 @@ public:
         const std::size_t first = records_.size();
         guarded(first + count, first > 0, [&] { records_.resize(first + count); });
         return records_.data() + first;
+    }
+
+    /// Adds all these records at the end.
+    void append(std::span<const Record> records) {
+        guarded(records_.size() + records.size(), !records_.empty(),
+                [&] { records_.insert(records_.end(), records.begin(), records.end()); });
     }
 
     /// Makes room for `count` records in all without adding any.

@@ -1,5 +1,6 @@
 #include "packets/packet_check.h"
 
+#include <algorithm>
 #include <array>
 #include <string>
 
@@ -33,6 +34,30 @@ bool fillsColours(const PacketForm& form, const DrawnPolygon& drawn) {
     }
 }
 
+/// Whether no number of any polygon or material is one that a packet could not hold, drawn or not:
+/// so it is in nearly every model, and costs less to find out than to look at every packet.
+bool allNumbersFit(const Model& model) {
+    std::uint32_t indices = 0;
+    for (const PolygonRecord& polygon : model.polygons) {
+        for (std::size_t i = 0; i < polygon.vertex.size(); ++i) {
+            indices |= static_cast<std::uint32_t>(polygon.vertex[i] | polygon.normal[i]);
+        }
+    }
+    std::uint32_t numbers = 0;
+    for (const std::int32_t number : model.materials.numbers) {
+        numbers |= static_cast<std::uint32_t>(number);
+    }
+    // A strip gives its form to materials without texture too, which then have texture 0.
+    std::int64_t texture = -1;
+    for (const MaterialLine& line : model.materials.lines) {
+        const MaterialAppearance look = model.materials.appearance(line);
+        texture = std::max(texture, look.textured() ? std::int64_t{look.texture()} : -1);
+    }
+    return indices <= static_cast<std::uint32_t>(format::largestIndex) &&
+           numbers <= static_cast<std::uint32_t>(format::largestColour) &&
+           texture < static_cast<std::int64_t>(model.images.size());
+}
+
 class PacketCheck {
 public:
     explicit PacketCheck(const Model& model) : model_(model) {}
@@ -47,6 +72,20 @@ public:
     void stripPolygon(const PacketForm& form, const DrawnPolygon& drawn, std::size_t k) const {
         checkFillsStrip(form, drawn);
         checkPacket(form, k == 0 ? form.packet : form.further, drawn);
+    }
+
+    /// Checks only what a strip asks of its materials.
+    void fills() {
+        for (mesh_ = 0; mesh_ < model_.meshes.size(); ++mesh_) {
+            const PacketForm* form = findPacketForm(model_.meshes[mesh_].type);
+            if (form == nullptr || !form->strip()) {
+                continue;
+            }
+            for (const std::uint32_t material : model_.meshes[mesh_].materials) {
+                checkFillsStrip(*form,
+                                drawnPolygon(model_, model_.materials.records[material]));
+            }
+        }
     }
 
 private:
@@ -121,7 +160,11 @@ private:
 
 void checkPackets(const Model& model) {
     PacketCheck check(model);
-    walkDrawn(model, check);
+    if (allNumbersFit(model)) {
+        check.fills();
+    } else {
+        walkDrawn(model, check);
+    }
 }
 
 }  // namespace mqf2vxb

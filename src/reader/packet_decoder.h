@@ -27,17 +27,19 @@ public:
         return values_[index(Field::V0) + corner];
     }
 
-    void clear() {
-        values_.fill(0);
-        carried_ = 0;
-    }
     void set(Field field, std::uint32_t value) {
         values_[index(field)] = value;
         carried_ |= 1U << index(field);
     }
-    void carryOver(const PacketPolygon& before) {
-        values_[index(Field::V0)] = before.vertex(1);
-        values_[index(Field::V1)] = before.vertex(2);
+    /// Makes this the next polygon of its group, before its fields are set. A further polygon of a
+    /// strip begins with the last two corners of the one before.
+    void next(std::uint32_t itsPlace) {
+        carried_ = 0;
+        place = itsPlace;
+        if (place > 0) {
+            values_[index(Field::V0)] = vertex(1);
+            values_[index(Field::V1)] = vertex(2);
+        }
     }
 
 private:
@@ -83,21 +85,17 @@ void forEachPolygon(const VxbFile& file, const PacketGroup& group, Visit&& visit
     const PacketForm& form = *group.form;
     const std::uint32_t end = group.offset + group.words;
     std::uint32_t offset = group.offset;
-    PacketPolygon before;
+    PacketPolygon polygon;
+    polygon.form = &form;
     while (offset < end) {
         const std::uint32_t number = form.strip() ? file.words[offset++] : 1;
         for (std::uint32_t place = 0; place < number; ++place) {
-            PacketPolygon polygon;
-            polygon.form = &form;
+            polygon.next(place);
             polygon.offset = offset;
-            polygon.place = place;
             polygon.words =
                 static_cast<std::uint32_t>(place > 0 ? form.furtherSize() : form.size());
             if (polygon.words > end - offset) {
                 return;
-            }
-            if (place > 0) {
-                polygon.carryOver(before);
             }
             forEachField(file, polygon, [&](Field field, std::uint32_t, std::uint32_t value) {
                 if (field != Field::zero) {
@@ -105,7 +103,6 @@ void forEachPolygon(const VxbFile& file, const PacketGroup& group, Visit&& visit
                 }
             });
             visit(static_cast<const PacketPolygon&>(polygon));
-            before = polygon;
             offset += polygon.words;
         }
     }

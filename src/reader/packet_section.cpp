@@ -42,8 +42,8 @@ PrimitiveTypeCode codeOf(const TypeDescription& description) {
 }
 
 /// A body may be drawn under several coordinates: each of their headers describes its packets, and
-/// all in the same words.
-void checkAgreement(Reading& r, const TypeDescription& description, const TypeDescription& first) {
+/// all in the same words. False when they differ.
+bool checkAgreement(Reading& r, const TypeDescription& description, const TypeDescription& first) {
     if (codeOf(description) != codeOf(first)) {
         r.report(finding::groupDisagrees, description.offset, description.type, first.type, "Type");
     }
@@ -51,6 +51,7 @@ void checkAgreement(Reading& r, const TypeDescription& description, const TypeDe
         r.report(finding::groupDisagrees, description.offset + 1, r.at(description.offset + 1),
                  r.at(first.offset + 1), numberSizeName);
     }
+    return codeOf(description) == codeOf(first) && description.number == first.number;
 }
 
 /// The words before the next group.
@@ -102,12 +103,12 @@ void placePolygons(Reading& r, PacketGroup& group, const TypeDescription& descri
     group.words = group.number * size;
 }
 
-/// Where the strips do not fill the room and yet have an end of their own, the offset behind the
-/// room is wrong.
+/// Where strips do not fit their room and yet have an end of their own, the offset behind the room
+/// is wrong; that is looked at only when `mayReachOn`.
 void placeStrips(Reading& r, PacketGroup& group, const TypeDescription& description,
-                 const Room& room) {
+                 const Room& room, bool mayReachOn) {
     Strips strips = walkStrips(r, group, room.words);
-    if (strips.misfit) {
+    if (strips.misfit && mayReachOn) {
         // A wrong count is off by whole polygons.
         const Strips whole = walkStrips(r, group, r.polygonsEnd - group.offset);
         if (!whole.misfit && whole.number == group.number &&
@@ -144,7 +145,7 @@ public:
             readGroup(i, next);
             i = next;
         }
-        if (homeless_ && packets_.exact) {
+        if (damaged_ && packets_.exact) {
             r_.skipTo(packets_.limit);
         }
     }
@@ -156,9 +157,7 @@ private:
         std::size_t end = begin + 1;
         while (end < order_.size() &&
                descriptions_[order_[end]].packetOffset == first.packetOffset) {
-            const std::size_t before = r_.file.findings.count(Severity::error);
-            checkAgreement(r_, descriptions_[order_[end]], first);
-            homeless_ = homeless_ || r_.file.findings.count(Severity::error) > before;
+            damaged_ = !checkAgreement(r_, descriptions_[order_[end]], first) || damaged_;
             ++end;
         }
         return end;
@@ -167,6 +166,9 @@ private:
     /// The words from the cursor to the group of the next description.
     [[nodiscard]] Room roomBefore(std::size_t next) const {
         const std::uint32_t start = r_.cursor();
+        if (start >= packets_.limit) {
+            return {0, packets_.exact};
+        }
         if (next < order_.size()) {
             const std::uint64_t place =
                 std::uint64_t{packets_.top} + descriptions_[order_[next]].packetOffset;
@@ -196,7 +198,7 @@ private:
         group.number = description.number;
         std::uint64_t place = std::uint64_t{packets_.top} + description.packetOffset;
         const std::uint32_t placeWord = description.offset + 2;
-        if (place != r_.cursor() && !homeless_ && fitsAtCursor(group, roomBefore(end))) {
+        if (place != r_.cursor() && !damaged_ && fitsAtCursor(group, roomBefore(end))) {
             r_.report(finding::wrongOffset, placeWord, description.packetOffset,
                       r_.cursor() - packets_.top, packetOffsetName);
             place = r_.cursor();
@@ -206,7 +208,7 @@ private:
             r_.report(inside ? finding::groupOverlaps : finding::groupOutside, placeWord,
                       description.packetOffset,
                       (inside ? r_.cursor() : packets_.limit) - packets_.top, packetOffsetName);
-            homeless_ = true;
+            damaged_ = true;
             return;
         }
         r_.skipTo(static_cast<std::uint32_t>(place));
@@ -215,10 +217,11 @@ private:
         if (group.form == nullptr) {
             group.words = room.words;
         } else if (group.form->strip()) {
-            placeStrips(r_, group, description, room);
+            placeStrips(r_, group, description, room, !damaged_);
+            damaged_ = damaged_ || !group.fits;
         } else {
             placePolygons(r_, group, description, room, r_.polygonsEnd,
-                          end == order_.size() && !homeless_);
+                          end == order_.size() && !damaged_);
         }
         const auto index = static_cast<std::uint32_t>(r_.file.packetGroups.size());
         r_.take(Part::packetGroup, index, group.words, "packets");
@@ -232,7 +235,7 @@ private:
     Packets packets_;
     std::vector<TypeDescription>& descriptions_;
     std::vector<std::uint32_t> order_;  ///< of the descriptions' packets
-    bool homeless_ = false;             ///< whether a description names packets that are not there
+    bool damaged_ = false;              ///< whether something before did not fit
 };
 
 /// Packets that begin at the cursor and end at a place that the file names, if they can end there.

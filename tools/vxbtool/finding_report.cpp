@@ -37,11 +37,11 @@ std::string printable(std::string_view text) {
 std::string placeOf(const ReportedFinding& finding) {
     std::string place = finding.file;
     if (finding.offset) {
-        return place + ": word " + std::to_string(*finding.offset);
+        return fmt::format("{}: word {}", finding.file, *finding.offset);
     }
     for (const std::int64_t number : {finding.line, finding.column}) {
         if (number > 0) {
-            place += ":" + std::to_string(number);
+            place += fmt::format(":{}", number);
         }
     }
     return place;

@@ -14,6 +14,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "vxbtool/completion.h"
 #include "vxbtool/convert.h"
 #include "vxbtool/finding_catalogue.h"
 #include "vxbtool/lint.h"
@@ -49,6 +50,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
 
     addConvert(app, session);
     addLint(app, session);
+    addCompletion(app, session);
     addFindingCatalogue(app, session);
     addPacketFormTables(app, session);
 

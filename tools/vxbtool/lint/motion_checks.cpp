@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "animation/key_frame_forms.h"
+#include "driver/scan.h"
 #include "output/fixed_point.h"
 #include "vxbtool/lint/fixed_width.h"
 #include "vxbtool/lint/model_checks.h"

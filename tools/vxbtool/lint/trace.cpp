@@ -33,7 +33,7 @@ void Trace::token(mqf2vxb::TokenKind kind, const char* start, std::string_view t
 void Trace::number(std::int32_t value, std::string_view rest) {
     TracedToken& token = files_.back().tokens.back();
     if (token.number) {
-        token.text += "-" + std::to_string(value) + std::string(rest);
+        token.text.append("-").append(std::to_string(value)).append(rest);
     } else {
         token.value = value;
         token.number = true;

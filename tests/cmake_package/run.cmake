@@ -1,0 +1,72 @@
+# Installs the project, and builds beside it a small project that uses the installed package: its
+# models are converted, and converted again exactly when one of their inputs changes.
+# Needs BUILD (the project's build folder), EXAMPLES (the sample models) and GENERATOR.
+
+string(REPLACE " " "_" folder "${BUILD}/tests/cmake_package/${GENERATOR}")
+set(source "${folder}/source")
+set(output "${folder}/build/out")
+
+function(run)
+    execute_process(COMMAND ${ARGN} COMMAND_ERROR_IS_FATAL ANY OUTPUT_QUIET)
+endfunction()
+
+function(build)
+    run(${CMAKE_COMMAND} --build "${folder}/build")
+endfunction()
+
+# Builds, and compares which of the two models were converted with CRAWLER and STRIPS.
+function(expect_converted crawler strips)
+    foreach(model IN ITEMS crawler crawler_strips)
+        file(TIMESTAMP "${output}/${model}.vxb" ${model}_before "%s%f")
+    endforeach()
+    build()
+    foreach(model IN ITEMS crawler crawler_strips)
+        file(TIMESTAMP "${output}/${model}.vxb" after "%s%f")
+        set(${model}_converted YES)
+        if(after STREQUAL ${model}_before)
+            set(${model}_converted NO)
+        endif()
+    endforeach()
+    if(NOT "${crawler_converted} ${crawler_strips_converted}" STREQUAL "${crawler} ${strips}")
+        message(FATAL_ERROR "converted: crawler ${crawler_converted}, "
+            "crawler_strips ${crawler_strips_converted}; wanted: ${crawler}, ${strips}")
+    endif()
+endfunction()
+
+file(REMOVE_RECURSE "${folder}")
+run(${CMAKE_COMMAND} --install "${BUILD}" --prefix "${folder}/installed")
+file(COPY "${CMAKE_CURRENT_LIST_DIR}/CMakeLists.txt" DESTINATION "${source}")
+file(COPY "${EXAMPLES}/" DESTINATION "${source}/the art")
+run(${CMAKE_COMMAND} -G ${GENERATOR} -S "${source}" -B "${folder}/build"
+    "-DCMAKE_PREFIX_PATH=${folder}/installed")
+
+build()
+expect_converted(NO NO)
+file(TOUCH "${source}/the art/plate.pxl")
+expect_converted(YES YES)
+file(TOUCH "${source}/the art/crawler_strips.bnd")
+expect_converted(NO YES)
+
+# The model names another file, which counts from then on, and then the old one again.
+file(READ "${source}/the art/crawler.mqf" model)
+string(REPLACE "wave" "wave2" changed_model "${model}")
+file(WRITE "${source}/the art/crawler.mqf" "${changed_model}")
+file(COPY_FILE "${source}/the art/crawler_wave.clp" "${source}/the art/crawler_wave2.clp")
+expect_converted(YES NO)
+file(TOUCH "${source}/the art/crawler_wave2.clp")
+expect_converted(YES NO)
+file(WRITE "${source}/the art/crawler.mqf" "${model}")
+file(REMOVE "${source}/the art/crawler_wave2.clp")
+expect_converted(YES NO)
+expect_converted(NO NO)
+
+# A model that fails stops the build and leaves its VXB file as it was.
+file(SHA256 "${output}/crawler.vxb" before)
+file(APPEND "${source}/the art/crawler.mqf" "\nGEO=none.geo\n")
+execute_process(COMMAND ${CMAKE_COMMAND} --build "${folder}/build"
+    RESULT_VARIABLE status ERROR_VARIABLE errors OUTPUT_VARIABLE errors)
+file(SHA256 "${output}/crawler.vxb" after)
+if(status EQUAL 0 OR NOT errors MATCHES "none.geo: Can't open this file!" OR
+        NOT before STREQUAL after)
+    message(FATAL_ERROR "the build ended with ${status}: ${errors}")
+endif()

@@ -1,0 +1,166 @@
+#include <gtest/gtest.h>
+
+#include <array>
+
+#include "support/memory_files.h"
+#include "support/test_folder.h"
+#include "vxbtool/convert_depfile.h"
+
+namespace mqf2vxb::tests {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A folder with a small model, "m.mqf".
+class Convert : public testing::Test {
+protected:
+    Convert() {
+        for (const auto& [file, text] : smallModel().files()) {
+            folder.write(file, text);
+        }
+    }
+
+    [[nodiscard]] TestFolder::Result convert(const std::string& arguments) const {
+        return folder.run("'" VXBTOOL_PROGRAM "' convert " + arguments);
+    }
+    /// Runs the tool, which is to end like this.
+    void expect(const std::string& arguments, int status, const std::string& output = {}) const {
+        const TestFolder::Result result = convert(arguments);
+        EXPECT_EQ(result.status, status) << arguments;
+        EXPECT_EQ(result.output, output) << arguments;
+    }
+    [[nodiscard]] bool leftTemporaryFiles() const {
+        return folder.run("ls -A | grep vxbtool").status == 0;
+    }
+
+    TestFolder folder;
+    const std::string wanted = bytesOf(convertFiles(smallModel()).words());
+};
+
+TEST_F(Convert, WritesTheBytesOfTheConverter) {
+    fs::copy(MQF2VXB_EXAMPLES, folder.path());
+    for (const std::string name : {"crawler", "crawler_strips", "crawler_groups"}) {
+        const std::string model = " " + name + ".mqf";
+        ASSERT_EQ(folder.run(MQF2VXB_PROGRAM " -s 0.37 -ni -bin2cl a.txt -o a" + model).status, 0);
+        expect("--scale 0.37 --no-images --hex b.txt -o b.vxb" + model, 0);
+        EXPECT_EQ(folder.read("b.vxb"), folder.read("a.vxb"));
+        EXPECT_EQ(folder.read("b.txt"), folder.read("a.txt"));
+    }
+}
+
+TEST_F(Convert, NamesTheOutput) {
+    folder.run("mkdir d.1; cp m.mqf d.1/m.v2.mqf; mkdir real; ln -s real/new link");
+    for (const auto& [arguments, output] : std::array<std::array<std::string, 2>, 5>{
+             {{"./m.mqf", "m.vxb"},
+              {"d.1/m.v2.mqf", "d.1/m.v2.vxb"},
+              {"--out-dir new/er d.1/m.v2.mqf", "new/er/m.v2.vxb"},
+              {"-o 'as it.stands' m.mqf", "as it.stands"},
+              {"-o link m.mqf", "real/new"}}}) {
+        expect(arguments, 0);
+        EXPECT_EQ(folder.read(output), wanted) << arguments;
+    }
+    EXPECT_TRUE(fs::is_symlink(folder.path() / "link"));
+    EXPECT_EQ(convert("-o /dev/stdout m.mqf").output, wanted);
+}
+
+TEST_F(Convert, TellsBadUsageFromBadInput) {
+    for (const char* const arguments :
+         {"", "--bogus m.mqf", "-o a --out-dir b m.mqf", "-j 0 m.mqf", "--scale 1x m.mqf",
+          "--scale nan m.mqf", "-o a m.mqf d.mqf", "--depfile a m.mqf d.mqf",
+          "--out-dir m.mqf "
+          "m.mqf",
+          "m.mqf m.mqf", "m.mqf x/../m.mqf", "--hex m.vxb m.mqf", "--hex ./a --depfile a m.mqf"}) {
+        EXPECT_EQ(convert(arguments).status, 2) << arguments;
+    }
+    EXPECT_EQ(folder.read("m.vxb"), "");
+
+    folder.write("m.srf", folder.read("m.srf") + "9-3 0 F C 1 2 3\n");
+    const std::string report = notCorrect("m.srf", 6, "range 9-3 runs backwards");
+    expect("m.mqf", 1, "m.srf:6: range 9-3 runs backwards\n" + report);
+}
+
+TEST_F(Convert, ReplacesOutputsOnlyWhenAllAreWhole) {
+    for (const char* const name : {"m.vxb", "hex", "m.d"}) {
+        folder.write(name, "old");
+    }
+    EXPECT_EQ(convert("--hex hex --depfile none/m.d m.mqf").status, 1);
+    EXPECT_EQ(convert("--hex none/hex --depfile m.d m.mqf").status, 1);
+    folder.run("cp m.mqf good.mqf; echo >> m.mqf 'GEO=none.geo'");
+    EXPECT_EQ(convert("--hex hex --depfile m.d m.mqf").status, 1);
+    for (const char* const name : {"m.vxb", "hex", "m.d"}) {
+        EXPECT_EQ(folder.read(name), "old");
+    }
+    EXPECT_FALSE(leftTemporaryFiles());
+
+    folder.run("chmod 640 m.vxb");
+    expect("-o m.vxb --hex hex --depfile m.d good.mqf", 0);
+    EXPECT_EQ(folder.read("m.vxb"), wanted);
+    EXPECT_EQ(fs::status(folder.path() / "m.vxb").permissions(), fs::perms{0640});
+}
+
+TEST_F(Convert, RemovesTemporaryFilesOnASignal) {
+    // The tool waits for a reader of the hex text when the VXB file is begun already.
+    const TestFolder::Result result =
+        folder.run("mkfifo hex; '" VXBTOOL_PROGRAM "' convert --hex hex m.mqf & "
+                   "while ! ls .vxbtool-* >seen 2>&1; do sleep 0.01; done; kill $!; wait $!");
+    EXPECT_EQ(result.status, 128 + SIGTERM);
+    EXPECT_FALSE(leftTemporaryFiles());
+    EXPECT_EQ(folder.read("m.vxb"), "");
+}
+
+TEST_F(Convert, RefusesToOverwriteAnInput) {
+    folder.run("cp m.mqf a.mqf; cp m.geo a.vxb; sed -i s/m.geo/a.vxb/ m.mqf");
+    const std::string cause = "this input is also an output";
+    expect("-o a.vxb m.mqf", 1, "a.vxb: " + cause + "\n" + notCorrect("a.vxb", 0, cause));
+    EXPECT_EQ(convert("m.mqf a.mqf").status, 1);  // the input is the other model's output
+    EXPECT_EQ(convert("--depfile m.srf m.mqf").status, 1);
+    EXPECT_EQ(folder.read("a.vxb"), folder.read("m.geo"));
+}
+
+TEST_F(Convert, ListsTheInputsInADepfile) {
+    EXPECT_EQ(vxbtool::depfileText("a b.vxb", std::array<std::string, 2>{"c#$d", "e\\ f:g\\h"}),
+              "a\\ b.vxb: \\\n  c\\#$$d \\\n  e\\\\\\ f\\:g\\h\n\nc\\#$$d:\n\ne\\\\\\ f\\:g\\h:\n");
+
+    fs::create_directory(folder.path() / "art");
+    folder.run("mv *.geo *.srf *.axs *.frm *.bnd *.sqx *.clp *.pxl art; cp m.mqf art");
+    const TestFolder::Result result = convert("art/m.mqf");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.output.find("try --base art"), std::string::npos) << result.output;
+    expect("--base art --depfile m.d m.mqf", 0);
+    EXPECT_EQ(folder.read("m.vxb"), wanted);
+    const std::string depfile = folder.read("m.d");
+    EXPECT_EQ(depfile.substr(0, depfile.find("\n\n")),
+              "m.vxb: \\\n  m.mqf \\\n  art/0.pxl \\\n  art/1.pxl \\\n  art/m.geo \\\n  "
+              "art/m.srf \\\n  art/m.bnd \\\n  art/m.axs \\\n  art/m.frm \\\n  art/0.clp \\\n  "
+              "art/1.clp");
+}
+
+TEST_F(Convert, ConvertsManyModelsSideBySide) {
+    folder.run("mkdir many; for i in $(seq 50); do cp m.mqf many/$i.mqf; done; "
+               "echo bad > many/20.mqf; rm many/30.mqf");
+    const TestFolder::Result result =
+        convert("-j 8 --out-dir out $(seq 50 | sed 's,.*,many/&.mqf,')");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.output, "many/20.mqf: Format isn't correct!\n"
+                             "\nFormat isn't correct!\n\nFile Name:many/20.mqf\nID       :bad\n"
+                             "many/30.mqf: Can't open this file!\n"
+                             "\nCan't open this file!\n\nFile Name:many/30.mqf\n"
+                             "\n2 of 50 models failed:\n  many/20.mqf\n  many/30.mqf\n");
+    for (int i = 1; i <= 50; ++i) {
+        const std::string name = "out/" + std::to_string(i) + ".vxb";
+        EXPECT_EQ(folder.read(name), i == 20 || i == 30 ? "" : wanted) << i;
+    }
+    const TestFolder::Result onTerminal =
+        folder.run("script -qc \"'" VXBTOOL_PROGRAM "' convert -j 1 many/1.mqf many/2.mqf\" log");
+    EXPECT_EQ(onTerminal.output, "\r\x1b[K[1/2] many/1.mqf\r\x1b[K[2/2] many/2.mqf\r\x1b[K");
+}
+
+TEST_F(Convert, LintsWithoutChangingTheResult) {
+    const TestFolder::Result result = convert("--lint m.mqf");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_NE(result.output.find("m.geo:"), std::string::npos) << result.output;
+    EXPECT_EQ(folder.read("m.vxb"), wanted);
+}
+
+}  // namespace
+}  // namespace mqf2vxb::tests
