@@ -23,9 +23,11 @@ TEST(Layout, OneBodyWithoutHierarchy) {
     model.geo = "5 3 10;" + std::string(fiveVertices) + "0 0 1;0 -1 0;0.5 0 0;" +
                 repeated(9, "0 0 1 2 9 0 1 2 9;") + "0 3 4 0 9 2 1 2 9";
     model.srf = "2;9,0-7 0 F C 1 2 3;8 0 F C 255 255 255";
-    Words expected{0x50, 0,    6, 2,          0,    0,                                        //
-                   1,    3,    17 | bit31, 47 | bit31, 57 | bit31,                            //
-                   none, 7,    1 | bit31,  8,          bit31 | 10U << 16U | 2,  0,            //
+    Words expected{0x50,       0,          6,          2,          0,
+                   0,                                                           //
+                   1,          3,          17 | bit31, 47 | bit31, 57 | bit31,  //
+                   none,       7,          1 | bit31,  8,          bit31 | 10U << 16U | 2,
+                   0,  //
                    0x20030201, 0x00030002, 0x00000004};
     for (int i = 0; i < 9; ++i) {
         expected.insert(expected.end(),
@@ -52,14 +54,18 @@ TEST(Layout, TwoBodiesUnderTwoCoordinates) {
     model.srf = "1;0-5 0 F C 0 0 0";
     model.frm = "=NULL;2;4096 0 0 0 4096 0 0 0 4096 0 0 -500 1 -2 3 0;"
                 "-1 0 5 6 7 8 9 10 -11 1 2 -3 0 0 65535 0;0 4 0-3;1 4 4-7";
-    Words expected{0x50, 0, 49, 4, 0, 55, 61, 0,                                              //
-                   2,    0, 0x1000, 0, 0x1000, 0, 0x1000, 0, 0, 0xFFFFFE0C,                   //
-                   0,    0, 0, 0, 0, 0, 0, 0, 0xFFFE0001, 3, 0,                               //
-                   0,    0x0000FFFF, 0x00060005, 0x00080007, 0x000A0009, 0x0000FFF5, 1, 2,    //
-                   0xFFFFFFFD, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x0000FFFF, 9,                      //
-                   1,    4, 67 | bit31, 87 | bit31, 0, 8 | bit31,                             //
-                   none, 50, 1 | bit31, 0x00800008, 0x80040002, 0,                            //
-                   none, 50, 1 | bit31, 0x00000010, 0x80020002, 12};
+    Words expected{
+        0x50,       0,          49,         4,          0,          55,         61,     0,  //
+        2,          0,          0x1000,     0,          0x1000,     0,          0x1000, 0,
+        0,          0xFFFFFE0C,  //
+        0,          0,          0,          0,          0,          0,          0,      0,
+        0xFFFE0001, 3,          0,                                                          //
+        0,          0x0000FFFF, 0x00060005, 0x00080007, 0x000A0009, 0x0000FFF5, 1,      2,  //
+        0xFFFFFFFD, 0,          0,          0,          0,          0,          0,      0,
+        0,          0,          0x0000FFFF, 9,                                  //
+        1,          4,          67 | bit31, 87 | bit31, 0,          8 | bit31,  //
+        none,       50,         1 | bit31,  0x00800008, 0x80040002, 0,          //
+        none,       50,         1 | bit31,  0x00000010, 0x80020002, 12};
     for (int i = 0; i < 4; ++i) {
         expected.insert(expected.end(), {0x20000000, 0, 0x00020001});
     }
@@ -76,15 +82,20 @@ TEST(Layout, EveryPolygonShared) {
     ModelFiles model;
     model.geo = "3 2 1;1 0 0;2 0 0;3 0 0;0 0 1;0 -1 0;0 0 1 2 0 0 1 1 0";
     model.srf = "1;0 0 F C 0 0 0";
-    model.frm = "=NULL;2;1 0 0 0 1 0 0 0 1 0 0 0 0 0 0 0;1 0 0 0 1 0 0 0 1 0 0 0 0 0 0 1;0 2 0,1;1 1 2";
+    model.frm =
+        "=NULL;2;1 0 0 0 1 0 0 0 1 0 0 0 0 0 0 0;1 0 0 0 1 0 0 0 1 0 0 0 0 0 0 1;0 2 0,1;1 1 2";
     const Words words = convertFiles(model).words();
-    const Words expected{1,    6, 85 | bit31, 88 | bit31, 94 | bit31, 102 | bit31, 104 | bit31, 8 | bit31, //
-                         none, 50, 1 | bit31, 0x01800000, 0x80000007, 2, 0, 0, 0, 0, 0,       //
-                         none, 50, 1 | bit31, 0x01000000, 0x80000007, 1, 2, 2, 1, 0, 0,       //
-                         none, 50, 1 | bit31, 0x01000008, 0x80010002, 0,                      //
-                         0x20000000, 0, 0x00020001,                                           //
-                         1, 0, 2, 0, 3, 0, 0, 0, 0, 0, 0, 0,                                  //
-                         0xF0000000, 0, 0, 0x1000, 0, 0};
+    const Words expected{1,           6,         85 | bit31, 88 | bit31, 94 | bit31, 102 | bit31,
+                         104 | bit31, 8 | bit31,  //
+                         none,        50,        1 | bit31,  0x01800000, 0x80000007, 2,
+                         0,           0,         0,          0,          0,  //
+                         none,        50,        1 | bit31,  0x01000000, 0x80000007, 1,
+                         2,           2,         1,          0,          0,              //
+                         none,        50,        1 | bit31,  0x01000008, 0x80010002, 0,  //
+                         0x20000000,  0,         0x00020001,                             //
+                         1,           0,         2,          0,          3,          0,
+                         0,           0,         0,          0,          0,          0,  //
+                         0xF0000000,  0,         0,          0x1000,     0,          0};
     EXPECT_EQ(show(Words(words.begin(), words.begin() + 8)), show({0x50, 0, 49, 4, 0, 57, 68, 79}));
     EXPECT_EQ(show(Words(words.begin() + 49, words.end())), show(expected));
 }
@@ -97,9 +108,8 @@ TEST(Layout, WithoutPrimitives) {
     model.geo = "2 1 0;0 0 0;1 1 1;0 0 1";
     model.srf = "0";
     model.images = {image(2, {7, 8, 9})};
-    expectWords(convertFiles(model),
-                {0x50, 0, 6, 2, 10, 0, 1, 2, 18 | bit31, 0,  //
-                 none, 7, 1 | bit31, 0x02000000, 0x80010004, 7, 8, 0, 9});
+    expectWords(convertFiles(model), {0x50, 0, 6, 2, 10, 0, 1, 2, 18 | bit31, 0,  //
+                                      none, 7, 1 | bit31, 0x02000000, 0x80010004, 7, 8, 0, 9});
     RunOptions noImages;
     noImages.imageOutput = false;
     expectWords(convertFiles(model, noImages), {0x50, 0, 6, 2, 0, 0, 0});
@@ -135,11 +145,14 @@ TEST(Layout, HexTextHoldsTheSameWordsWithTheirComments) {
     ModelFiles model;
     model.geo = "3 1 1;1 0 0;2 0 0;3 0 0;0 0 1;0 0 1 2 0 0 0 0 0";
     model.srf = "1;0 0 F C 0 0 0";
-    model.frm = "=NULL;2;1 0 0 0 1 0 0 0 1 0 0 0 0 0 0 0;1 0 0 0 1 0 0 0 1 0 0 0 0 0 0 1;0 2 0,1;1 1 2";
-    EXPECT_EQ(show(between(convertFiles(model, withHex()).hex(), "/* Shared Vertex Top(Vertex Top) */")),
-              show({1, 0, 2, 0, 3, 0, 0, 0, 0, 0, 0, 0, 0, 0x1000, 0, 0}));
-    EXPECT_EQ(show(between(convertFiles(model, withHex()).hex(), "/* Shared Normal Top(Normal Top) */")),
-              show({0, 0x1000, 0, 0}));
+    model.frm =
+        "=NULL;2;1 0 0 0 1 0 0 0 1 0 0 0 0 0 0 0;1 0 0 0 1 0 0 0 1 0 0 0 0 0 0 1;0 2 0,1;1 1 2";
+    EXPECT_EQ(
+        show(between(convertFiles(model, withHex()).hex(), "/* Shared Vertex Top(Vertex Top) */")),
+        show({1, 0, 2, 0, 3, 0, 0, 0, 0, 0, 0, 0, 0, 0x1000, 0, 0}));
+    EXPECT_EQ(
+        show(between(convertFiles(model, withHex()).hex(), "/* Shared Normal Top(Normal Top) */")),
+        show({0, 0x1000, 0, 0}));
 }
 
 }  // namespace

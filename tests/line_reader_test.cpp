@@ -66,8 +66,8 @@ std::string idReport(const std::string& text, const std::string& before = {}) {
 }
 
 TEST(LineReader, ChecksTheIdLine) {
-    for (const char* const good :
-         {"@GEO970401", "@GEO970401\n", "@GEO970401 and words\n", "@GEO970401x", "\n # c\n@GEO970401\r\n"}) {
+    for (const char* const good : {"@GEO970401", "@GEO970401\n", "@GEO970401 and words\n",
+                                   "@GEO970401x", "\n # c\n@GEO970401\r\n"}) {
         EXPECT_EQ(idReport(good), "") << good;
     }
     const std::string tag = "\nFormat isn't correct!\n\nFile Name:f\nID       :";
@@ -76,7 +76,8 @@ TEST(LineReader, ChecksTheIdLine) {
     EXPECT_EQ(idReport("@geo970401"), tag + "@geo970401");
     EXPECT_EQ(idReport("#@GEO970401\nGEO\n"), tag + "GEO\n");
     EXPECT_EQ(idReport("@GE"), tag + "@GE");
-    const std::string date = "\nThis program doesn't support the version!\n\nFile Name:f\nID       :";
+    const std::string date =
+        "\nThis program doesn't support the version!\n\nFile Name:f\nID       :";
     EXPECT_EQ(idReport("@GEO970402\n"), date + "@GEO970402\n");
     EXPECT_EQ(idReport("@GEO970301\n"), date + "@GEO970301\n");
     EXPECT_EQ(idReport("@GEO"), date + "@GEO");
@@ -93,7 +94,9 @@ TEST(LineReader, ChecksTheIdOnWhatTheLineBufferHolds) {
 class Tokens {
 public:
     explicit Tokens(const std::string& text)
-        : files_({{"f", "@FRM970401\n" + text}}), inputs_(files_), lines_(inputs_, "f", "@FRM970401") {}
+        : files_({{"f", "@FRM970401\n" + text}}),
+          inputs_(files_),
+          lines_(inputs_, "f", "@FRM970401") {}
     TokenReader& operator*() { return tokens_; }
     TokenReader* operator->() { return &tokens_; }
 

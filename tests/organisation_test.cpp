@@ -40,18 +40,15 @@ TEST(Organisation, TypeCodes) {
         const char* kind;
         std::uint32_t code;
     };
-    for (const Case& c : {Case{"0 F C", "0", 0x08},      {"0 G C", "0", 0x0C},
-                          {"0 F G", "1", 0x12},          {"0 G G", "1", 0x16},
-                          {"0 F T", "0", 0x09},          {"0 G D", "0", 0x0D},
-                          {"0 G H", "0", 0x0F},          {"0 F W", "1", 0x211},
-                          {"0 F S", "0", 0x209},         {"0 G N", "1", 0x217},
-                          {"1 G C", "0", 0x40048},       {"1 F G", "0", 0x4004C},
-                          {"1 G T", "1", 0x40051},       {"1 F H", "0", 0x4004D},
-                          {"1 G W", "0", 0x40249},       {"1 F N", "1", 0x40255},
-                          {"81 F C", "0", 0x40148},      {"FF G H", "1", 0x00340155},
-                          {"2 F C", "0", 0x00100008},    {"4 F C", "0", 0x00200008},
-                          {"78 F C", "0", 0x08},         {"0 g c", "0", 0x08},
-                          {"0 GG T", "0", 0x0E},         {"FFFFFE00 G X", "1", 0x14}}) {
+    for (const Case& c :
+         {Case{"0 F C", "0", 0x08},   {"0 G C", "0", 0x0C},       {"0 F G", "1", 0x12},
+          {"0 G G", "1", 0x16},       {"0 F T", "0", 0x09},       {"0 G D", "0", 0x0D},
+          {"0 G H", "0", 0x0F},       {"0 F W", "1", 0x211},      {"0 F S", "0", 0x209},
+          {"0 G N", "1", 0x217},      {"1 G C", "0", 0x40048},    {"1 F G", "0", 0x4004C},
+          {"1 G T", "1", 0x40051},    {"1 F H", "0", 0x4004D},    {"1 G W", "0", 0x40249},
+          {"1 F N", "1", 0x40255},    {"81 F C", "0", 0x40148},   {"FF G H", "1", 0x00340155},
+          {"2 F C", "0", 0x00100008}, {"4 F C", "0", 0x00200008}, {"78 F C", "0", 0x08},
+          {"0 g c", "0", 0x08},       {"0 GG T", "0", 0x0E},      {"FFFFFE00 G X", "1", 0x14}}) {
         ModelFiles model;
         model.geo = "4 1 1;0;0;0;0;0;" + std::string(c.kind) + " 0 1 2 3 0 0 0 0";
         model.srf = "1;0 " + std::string(c.srf);
@@ -69,20 +66,23 @@ TEST(Organisation, BodiesAndHeaders) {
     model.srf = "1;0-4 0 F C 0 0 0";
     model.frm = "=NULL;" + roots(6) + "2 7 0-2,7 8 9,10;0 4 3-6;5 4 7-10";
     const Conversion done = convertFiles(model, withHex());
-    EXPECT_EQ(show(headersAndPackets(done)),
-              show({154,  134, 2 | bit31, 0x08, 0x80020002, 0, 0x10, 0x80010002, 10,
-                    none, 139, 1 | bit31, 0x01000000, 0x80000007, 1, 0, 0, 0, 0, 0,
-                    171,  134, 1 | bit31, 0x00800010, 0x80010002, 6,
-                    none, 139, 1 | bit31, 0x01000000, 0x80000007, 2, 1, 1, 0, 0, 0,
-                    none, 134, 1 | bit31, 0x10, 0x80010002, 10,
-                    none, 139, 1 | bit31, 0x01000008, 0x80010002, 0,
-                    0x20000000, 0x00080000, 0x00020001, 0x20000000, 0x00010000, 0x00080002,
-                    0x28000000, 0x00090000, 0x0005000A, 6, 0x28000000, 0x00070000, 0x00030000, 4,
-                    0x20000000, 0x00000000, 0x00020001}));
+    EXPECT_EQ(
+        show(headersAndPackets(done)),
+        show({154,        134,        2 | bit31,  0x08,       0x80020002, 0,          0x10,
+              0x80010002, 10,         none,       139,        1 | bit31,  0x01000000, 0x80000007,
+              1,          0,          0,          0,          0,          0,          171,
+              134,        1 | bit31,  0x00800010, 0x80010002, 6,          none,       139,
+              1 | bit31,  0x01000000, 0x80000007, 2,          1,          1,          0,
+              0,          0,          none,       134,        1 | bit31,  0x10,       0x80010002,
+              10,         none,       139,        1 | bit31,  0x01000008, 0x80010002, 0,
+              0x20000000, 0x00080000, 0x00020001, 0x20000000, 0x00010000, 0x00080002, 0x28000000,
+              0x00090000, 0x0005000A, 6,          0x28000000, 0x00070000, 0x00030000, 4,
+              0x20000000, 0x00000000, 0x00020001}));
     EXPECT_EQ(writtenX(done), (std::vector{8, 1, 2, 9, 10, 5, 6, 7, 0, 3, 4, 0, 0, 0}));
     EXPECT_EQ(show(between(done.hex(), "/* Pre Primitive Top */", "/* Coordinate Number */")),
               show({0, 165, 0, 145, 0, 0, 182, 188}));
-    EXPECT_EQ(show(between(done.hex(), "/* Primitive Global Header Number */", "/* Next Primitive Pointer */")),
+    EXPECT_EQ(show(between(done.hex(), "/* Primitive Global Header Number */",
+                           "/* Next Primitive Pointer */")),
               show({2, 4, 194 | bit31, 211 | bit31, 0, 12 | bit31, 5, 208 | bit31, 227 | bit31,
                     233 | bit31, 0, 0}));
 }
@@ -95,10 +95,11 @@ TEST(Organisation, CodesAndListsInTheOrderOfFirstAppearance) {
     model.srf = "4;2 0 F C;1 0 F C;3 2 F C;0 0 F C";
     model.frm = "=NULL;" + roots(3) + "1 3 0-2;2 3 0-2;2 3 3-5;1 3 3-5;2 6 6-8 6-8";
     const Words words = headersAndPackets(convertFiles(model, withHex()));
-    EXPECT_EQ(show(Words(words.begin(), words.begin() + 27)),
-              show({none, 71, 5 | bit31, 0x08, 0x80010002, 0, 0x08, 0x80010002, 0, 0x08, 0x80010002,
-                    3, 0x00100008, 0x80010002, 6, 0x08, 0x80010002, 9,  //
-                    none, 71, 3 | bit31, 0x00800008, 0x80010002, 3, 0x00100008, 0x80010002, 6}));
+    EXPECT_EQ(
+        show(Words(words.begin(), words.begin() + 27)),
+        show({none, 71,         5 | bit31, 0x08,       0x80010002, 0, 0x08,       0x80010002, 0,
+              0x08, 0x80010002, 3,         0x00100008, 0x80010002, 6, 0x08,       0x80010002, 9,  //
+              none, 71,         3 | bit31, 0x00800008, 0x80010002, 3, 0x00100008, 0x80010002, 6}));
 }
 
 TEST(Organisation, SharedIsJudgedByFirstCoordinatesOnly) {
@@ -121,12 +122,14 @@ TEST(Shared, GatheringAndRenumbering) {
     model.frm = "=NULL;" + roots(6) + "2 5 0-2,4,5;5 1 3";
     const Conversion done = convertFiles(model, withHex());
     // Coordinate 5 has no polygon of its own: its header comes from its shared vertex alone.
-    EXPECT_EQ(show(headersAndPackets(done)),
-              show({151,  134, 1 | bit31, 0x00800008, 0x80010002, 0,
-                    none, 139, 1 | bit31, 0x01000000, 0x80000007, 2, 0, 0, 0, 0, 0,
-                    none, 139, 1 | bit31, 0x01000000, 0x80000007, 1, 2, 2, 0, 0, 0,
-                    none, 139, 1 | bit31, 0x01000008, 0x80010002, 0,
-                    0x20000000, 0, 0x00020001, 0x20000000, 0, 0x00020001}));
+    EXPECT_EQ(
+        show(headersAndPackets(done)),
+        show({151,        134,        1 | bit31,  0x00800008, 0x80010002, 0,         none,
+              139,        1 | bit31,  0x01000000, 0x80000007, 2,          0,         0,
+              0,          0,          0,          none,       139,        1 | bit31, 0x01000000,
+              0x80000007, 1,          2,          2,          0,          0,         0,
+              none,       139,        1 | bit31,  0x01000008, 0x80010002, 0,         0x20000000,
+              0,          0x00020001, 0x20000000, 0,          0x00020001}));
     EXPECT_EQ(writtenX(done), (std::vector{0, 5, 2, 1, 4, 3, 0, 0, 0}));
     EXPECT_EQ(show(between(done.hex(), "/* Pre Primitive Top */", "/* Coordinate Number */")),
               show({0, 0, 0, 145, 0, 0, 162, 173}));
@@ -141,7 +144,8 @@ std::vector<int> sweep(const std::vector<int>& coordinate, const std::vector<boo
     }
     const auto at = [&](std::size_t i) { return static_cast<std::size_t>(order[i]); };
     std::vector<bool> moved(order.size());
-    std::size_t t = order.size() - static_cast<std::size_t>(std::count(shared.begin(), shared.end(), true));
+    std::size_t t =
+        order.size() - static_cast<std::size_t>(std::count(shared.begin(), shared.end(), true));
     for (const int header : headers) {
         for (bool any = true; any;) {
             any = false;
@@ -259,28 +263,32 @@ TEST(Groups, NamesGiveVerticesTheirCoordinates) {
     model.geo = "8 0 2;0;1;2;3;4;5;6;7;0 0 1 2 0 0 0 0 0;0 3 4 5 0 0 0 0 0";
     model.srf = "1;0,1 0 F C 0 0 0";
     // Coordinate 1's second line replaces its names; coordinate 2 carries "leg" twice.
-    model.frm = "a comment=g.sqx and more;" + roots(3) + "1 1 leg;1 3 body,arm Leg;2 3 leg,body leg;0 0";
+    model.frm =
+        "a comment=g.sqx and more;" + roots(3) + "1 1 leg;1 3 body,arm Leg;2 3 leg,body leg;0 0";
     model.sqx = "4;body 4 0-3;leg 3 3-5;Leg 1 6;nobody 1 7";
     const Words words = headersAndPackets(convertFiles(model, withHex()));
-    EXPECT_EQ(show(Words(words.begin(), words.begin() + 18)),
-              show({none, 71, 1 | bit31, 0x08, 0x80010002, 0,  //
-                    none, 71, 3 | bit31, 0x08, 0x80010002, 0, 0x08, 0x80010002, 3, 0x08, 0x80010002, 3}));
-    EXPECT_EQ(show(between(convertFiles(model, withHex()).hex(), "/* Pre Primitive Top */", "/* Coordinate Number */")),
+    EXPECT_EQ(
+        show(Words(words.begin(), words.begin() + 18)),
+        show({none, 71, 1 | bit31, 0x08, 0x80010002, 0,  //
+              none, 71, 3 | bit31, 0x08, 0x80010002, 0, 0x08, 0x80010002, 3, 0x08, 0x80010002, 3}));
+    EXPECT_EQ(show(between(convertFiles(model, withHex()).hex(), "/* Pre Primitive Top */",
+                           "/* Coordinate Number */")),
               show({0, 93, 75, 81, 0}));
 }
 
 TEST(Pivots, AreSubtractedFromTheirCoordinates) {
     ModelFiles model;
-    model.geo = "6 0 2;12 5 0;12 5 0;12 5 0;12 5 0;16777216;1.7;0 0 3 5 0 0 0 0 0;0 4 5 0 0 0 0 0 0";
+    model.geo =
+        "6 0 2;12 5 0;12 5 0;12 5 0;12 5 0;16777216;1.7;0 0 3 5 0 0 0 0 0;0 4 5 0 0 0 0 0 0";
     model.srf = "1;0 0 F C 0 0 0";
     model.frm = "=NULL;" + roots(4) + "1 1 1;2 1 1;2 2 2,2;3 1 4";
     // The second of two pivots acts on what the first left, in single precision.
     model.axs = "7;2 10 0 0;2 1 0 -1;1 .5 100;0 0 1.5;9 1 1 1;3 -1;3 16777200";
     RunOptions options = withHex();
     options.scale = 2;
-    EXPECT_EQ(show(between(convertFiles(model, options).hex(), "/* Vertex Top */")),
-              show({0x00070018, 0, 0xFF420001, 2, 0x000AFFEC, 4, 0x00070018, 0, 32, 0,
-                    0xFFFD0003, 0}));
+    EXPECT_EQ(
+        show(between(convertFiles(model, options).hex(), "/* Vertex Top */")),
+        show({0x00070018, 0, 0xFF420001, 2, 0x000AFFEC, 4, 0x00070018, 0, 32, 0, 0xFFFD0003, 0}));
     model.axs = "0";
     EXPECT_EQ(writtenX(convertFiles(model, options)), (std::vector{24, 24, 24, 24, 0, 3}));
 }

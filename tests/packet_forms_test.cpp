@@ -41,7 +41,8 @@ std::vector<FormRow> formRows() {
     for (std::string line; std::getline(file, line);) {
         std::istringstream text(line);
         FormRow row;
-        if (text >> std::hex >> row.code >> row.drawing >> std::dec >> row.size >> row.furtherSize) {
+        if (text >> std::hex >> row.code >> row.drawing >> std::dec >> row.size >>
+            row.furtherSize) {
             std::vector<std::string>* words = &row.words;
             for (std::string word; text >> word;) {
                 if (word == "|") {
@@ -67,8 +68,12 @@ std::uint32_t normalOf(std::uint32_t k, std::uint32_t i) { return 6 + 4 * k + i;
 std::string materialLine(const FormRow& row, std::uint32_t k) {
     const bool textured = row.has(1);
     const bool window = row.has(0x200);
-    const char kind = window     ? (row.perCorner() ? 'N' : row.unlit() ? 'S' : 'W')
-                      : textured ? (row.perCorner() ? 'H' : row.unlit() ? 'D' : 'T')
+    const char kind = window     ? (row.perCorner() ? 'N'
+                                    : row.unlit()   ? 'S'
+                                                    : 'W')
+                      : textured ? (row.perCorner() ? 'H'
+                                    : row.unlit()   ? 'D'
+                                                    : 'T')
                                  : (row.perCorner() ? 'G' : 'C');
     std::ostringstream line;
     line << k << ' ' << std::hex << (0x10 | (row.unlit() ? 1 : 0) | (row.has(0x100) ? 0x80 : 0))
@@ -90,8 +95,8 @@ std::uint32_t half(const FormRow& row, std::uint32_t k, const std::string& field
     case 'V': return vertexOf[k][i];
     case 'N': return normalOf(k, i);
     case 'T':
-        return ((u(k, i) + (window ? 0 : 0x20)) & 0xFFU) |
-               ((v(k, i) + (window ? 0 : 0xF0)) & 0xFFU) << 8U;
+        return ((u(k, i) + (window ? 0 : 0x20)) & 0xFFU) | ((v(k, i) + (window ? 0 : 0xF0)) & 0xFFU)
+                                                               << 8U;
     case 'L': return 0x78D3;
     case 'P': return 0x5F;
     default: return 0;
@@ -119,7 +124,8 @@ TEST(PacketForms, EveryFormIsWrittenAsItsTableSays) {
     for (const FormRow& row : rows) {
         ModelFiles model;
         const std::string kind = (row.code & 0x18) == 0x10 ? "1" : "0";
-        model.geo = "7 16 2;" + repeated(23, "0;") + kind + " 1 2 3 4 6 7 8 9;" + kind + " 2 3 5 6 10 11 12 13";
+        model.geo = "7 16 2;" + repeated(23, "0;") + kind + " 1 2 3 4 6 7 8 9;" + kind +
+                    " 2 3 5 6 10 11 12 13";
         model.srf = row.strip() ? "2;" + materialLine(row, 0) + ";" + materialLine(row, 1)
                                 : "1;" + materialLine(row, 0);
         model.bnd = row.strip() ? "1;2 0 1" : "";
@@ -146,7 +152,8 @@ TEST(PacketForms, EveryFormIsWrittenAsItsTableSays) {
 }
 
 /// A triangle with this SRF line and image.
-Conversion drawTriangle(const std::string& srf, const std::string& imageFile, const char* kind = "0") {
+Conversion drawTriangle(const std::string& srf, const std::string& imageFile,
+                        const char* kind = "0") {
     ModelFiles model;
     model.geo = "4 1 1;0;0;0;0;0 0 1;" + std::string(kind) + " 0 1 2 3 0 0 0 0";
     model.srf = "1;" + srf;
@@ -161,12 +168,12 @@ TEST(TextureWords, PlaceAnImageInItsPage) {
         std::uint32_t position;
         Words words;  ///< [T0, CLUT] [T1, PAGE] [T2, 0]
     };
-    for (const Case& c : {
-             Case{"0 0 F T 0 64 128 64 128 64 128 0 0", 0, 0x01F003C8, {0x7060, 0x001F7060, 0x7060}},
-             {"0 8 F T 0 1 2 3 4 5 6 999 999", 1, 0x02050043, {0x0707, 0x08A10909, 0x0B0B}},
-             {"0 18 F D 0 1 2 3 4 5 6 0 0 9 9 9", 2, 0x0000003F, {0x0240, 0x01600442, 0x0644}},
-             {"0 0 F T 0 250 0 300 1 490 2", 0, 0x00000004, {0x000A, 0x0000013C, 0x02FA}},
-             {"0 0 F T 0 -1 -256 0 0 -300 1", 0, 0, {0x00FF, 0, 0x01D4}}}) {
+    for (const Case& c :
+         {Case{"0 0 F T 0 64 128 64 128 64 128 0 0", 0, 0x01F003C8, {0x7060, 0x001F7060, 0x7060}},
+          {"0 8 F T 0 1 2 3 4 5 6 999 999", 1, 0x02050043, {0x0707, 0x08A10909, 0x0B0B}},
+          {"0 18 F D 0 1 2 3 4 5 6 0 0 9 9 9", 2, 0x0000003F, {0x0240, 0x01600442, 0x0644}},
+          {"0 0 F T 0 250 0 300 1 490 2", 0, 0x00000004, {0x000A, 0x0000013C, 0x02FA}},
+          {"0 0 F T 0 -1 -256 0 0 -300 1", 0, 0, {0x00FF, 0, 0x01D4}}}) {
         const Conversion done = drawTriangle(c.srf, image(c.flag, {c.position, 0}));
         EXPECT_EQ(done.report, "") << c.srf;
         Words words = packets(done.words());
@@ -182,13 +189,13 @@ TEST(TextureWords, CornersOnDifferentPagesEndTheRunBehindTheColours) {
         const char* kind;
         Words written;  ///< of the packets
     };
-    for (const Case& c :
-         {Case{"0 0 F T 0 0 0 223 0 224 0 0 0", "0", {}},
-          {"0 0 F T 0 0 0 0 15 0 16 0 0", "0", {}},
-          {"0 0 G H 0 0 0 0 0 0 0 0 16 1 2 3 4 5 6 7 8 9 1 0 0", "1",
-           {0x3C030201, 0x3C060504, 0x3C090807, 0x3C000001}},
-          {"0 1 F T 0 0 0 256 0", "0", {0x24808080}},
-          {"0 81 F D 0 0 0 512 0 224 0 0 0 1 2 3", "0", {}}}) {
+    for (const Case& c : {Case{"0 0 F T 0 0 0 223 0 224 0 0 0", "0", {}},
+                          {"0 0 F T 0 0 0 0 15 0 16 0 0", "0", {}},
+                          {"0 0 G H 0 0 0 0 0 0 0 0 16 1 2 3 4 5 6 7 8 9 1 0 0",
+                           "1",
+                           {0x3C030201, 0x3C060504, 0x3C090807, 0x3C000001}},
+                          {"0 1 F T 0 0 0 256 0", "0", {0x24808080}},
+                          {"0 81 F D 0 0 0 512 0 224 0 0 0 1 2 3", "0", {}}}) {
         const Conversion done = drawTriangle(c.srf, image(8, {0x01F003C8, 0}, {0, 0}), c.kind);
         EXPECT_EQ(done.report, "\nNot suitable texture\n");
         EXPECT_EQ(show(packets(done.words())), show(c.written)) << c.srf;
@@ -206,8 +213,8 @@ TEST(TextureWords, TheFirstFaultInTheOrderOfTheFileEndsTheRun) {
     EXPECT_EQ(done.report, "\nNot suitable texture\n");
     EXPECT_EQ(show(packets(done.words())),
               show({0x34000001, 0x34000000, 0x34000000, 0, 0x01000101, 0x0202, 0, 0x00020001,
-                    0x34000002, 0x34000000, 0x34000000, 0, 0x01000101, 0x0202, 0x00020000, 0x00040003,
-                    0x34000003, 0x34000000, 0x34000000}));
+                    0x34000002, 0x34000000, 0x34000000, 0, 0x01000101, 0x0202, 0x00020000,
+                    0x00040003, 0x34000003, 0x34000000, 0x34000000}));
     // Of two faults in strips, the one in the first group: an unknown kind behind polygon 0.
     model.geo.replace(model.geo.find(";0 2 3 4"), 3, ";9 ");
     model.bnd = "3;1 1;2 0 2;2 4 3";
@@ -251,19 +258,22 @@ Conversion drawStrips(const std::string& polygons, const std::string& srf, const
 }
 
 TEST(Strips, TurnTheirPolygons) {
-    EXPECT_EQ(show(packets(drawStrips("0 10 11 12 0 7 0 0 0;0 13 11 12 0 8 0 0 0;0 12 14 13 0 9 0 0 0;",
-                                      "3;0 0 F C 1 0 0;1 0 F C 2 0 0;2 0 F C 3 0 0", "1;3 0 1 2")
-                               .words())),
-              show({3, 0x20000001, 0x000A0007, 0x000C000B, 0x20000002, 0x000D0008, 0x20000003, 0x000E0009}));
+    EXPECT_EQ(
+        show(packets(drawStrips("0 10 11 12 0 7 0 0 0;0 13 11 12 0 8 0 0 0;0 12 14 13 0 9 0 0 0;",
+                                "3;0 0 F C 1 0 0;1 0 F C 2 0 0;2 0 F C 3 0 0", "1;3 0 1 2")
+                         .words())),
+        show({3, 0x20000001, 0x000A0007, 0x000C000B, 0x20000002, 0x000D0008, 0x20000003,
+              0x000E0009}));
 
     // (12, 11, 13), (13, 12, 11) and (12, 14, 11) behind (10, 11, 12): the last corner is new.
-    for (const auto& [corners, order] : {std::pair{"12 11 13", "102"}, std::pair{"13 12 11", "210"},
-                                         std::pair{"12 14 11", "201"}, std::pair{"11 12 14", "012"},
-                                         std::pair{"20 21 22", "012"}, std::pair{"20 11 22", "102"}}) {
-        const Conversion done = drawStrips(
-            "0 10 11 12 0 0 0 0 0;0 " + std::string(corners) + " 0 5 6 7 0;",
-            "2;0 0 G H 0 0 0 0 0 0 0 0 0;1 0 G H 0 10 0 11 0 12 0 0 0 1 0 0 2 0 0 3 0 0", "1;2 0 1",
-            image(2, {0, 0}));
+    for (const auto& [corners, order] :
+         {std::pair{"12 11 13", "102"}, std::pair{"13 12 11", "210"}, std::pair{"12 14 11", "201"},
+          std::pair{"11 12 14", "012"}, std::pair{"20 21 22", "012"},
+          std::pair{"20 11 22", "102"}}) {
+        const Conversion done =
+            drawStrips("0 10 11 12 0 0 0 0 0;0 " + std::string(corners) + " 0 5 6 7 0;",
+                       "2;0 0 G H 0 0 0 0 0 0 0 0 0;1 0 G H 0 10 0 11 0 12 0 0 0 1 0 0 2 0 0 3 0 0",
+                       "1;2 0 1", image(2, {0, 0}));
         const Words words = packets(done.words());
         ASSERT_EQ(words.size(), 18U) << done.report;
         std::uint32_t vertices[3] = {};
@@ -279,29 +289,32 @@ TEST(Strips, TurnTheirPolygons) {
 
 TEST(Strips, StandByThemselvesInMeshOrder) {
     // A quadrangle is drawn as a triangle, and a flat polygon's normals are not turned.
-    EXPECT_EQ(show(packets(drawStrips("1 3 4 5 6 1 2 3 4;0 5 4 7 0 8 9 10 0;0 0 1 2 0 0 0 0 0;"
-                                      "1 2 1 4 3 11 12 13 14;0 0 1 2 0 5 0 0 0;0 0 1 2 0 6 0 0 0;",
-                                      "1;0-5 0 F G 1 0 0 2 0 0 3 0 0 4 0 0", "4;2 2 3;1 5;2 0 1;1 4")
-                               .words())),
-              show({2, 0x30000001, 0x30000002, 0x30000003, 0, 0x00020001,       // polygon 2
-                    0x30000002, 0x30000001, 0x30000003, 0x0004000B,             // polygon 3
-                    2, 0x30000001, 0x30000002, 0x30000003, 0x00030001, 0x00050004,  // polygon 0
-                    0x30000002, 0x30000001, 0x30000003, 0x00070008,             // polygon 1
-                    0x30000001, 0x30000002, 0x30000003, 0x00000005, 0x00020001,  // polygon 4
-                    0x30000001, 0x30000002, 0x30000003, 0x00000006, 0x00020001}));
+    EXPECT_EQ(
+        show(packets(drawStrips("1 3 4 5 6 1 2 3 4;0 5 4 7 0 8 9 10 0;0 0 1 2 0 0 0 0 0;"
+                                "1 2 1 4 3 11 12 13 14;0 0 1 2 0 5 0 0 0;0 0 1 2 0 6 0 0 0;",
+                                "1;0-5 0 F G 1 0 0 2 0 0 3 0 0 4 0 0", "4;2 2 3;1 5;2 0 1;1 4")
+                         .words())),
+        show({2,          0x30000001, 0x30000002, 0x30000003, 0,          0x00020001,  // polygon 2
+              0x30000002, 0x30000001, 0x30000003, 0x0004000B,                          // polygon 3
+              2,          0x30000001, 0x30000002, 0x30000003, 0x00030001, 0x00050004,  // polygon 0
+              0x30000002, 0x30000001, 0x30000003, 0x00070008,                          // polygon 1
+              0x30000001, 0x30000002, 0x30000003, 0x00000005, 0x00020001,              // polygon 4
+              0x30000001, 0x30000002, 0x30000003, 0x00000006, 0x00020001}));
 }
 
 TEST(Strips, TakeLinesAndSprites) {
-    EXPECT_EQ(show(packets(drawStrips("0 20 21 22 0 0 0 0 0;3 30 1 1 0 1 0 0 0;3 30 8 8 0 2 0 0 0;"
-                                      "3 30 16 16 0 3 0 0 0;2 30 31 32 0 4 0 0 0;3 30 1 8 0 5 0 0 0;",
-                                      "1;0-5 4 F C 0 0 0", "1;6 0 1 2 3 4 5")
-                               .words())),
-              show({6, 0x22000000, 0x00140000, 0x00160015, 0x6E000000, 0x00010001, 0x76000000,
-                    0x00080002, 0x7E000000, 0x00100003, 0x42000000, 0x00200004, 0x66000000, 0x00080005}));
+    EXPECT_EQ(
+        show(packets(drawStrips("0 20 21 22 0 0 0 0 0;3 30 1 1 0 1 0 0 0;3 30 8 8 0 2 0 0 0;"
+                                "3 30 16 16 0 3 0 0 0;2 30 31 32 0 4 0 0 0;3 30 1 8 0 5 0 0 0;",
+                                "1;0-5 4 F C 0 0 0", "1;6 0 1 2 3 4 5")
+                         .words())),
+        show({6, 0x22000000, 0x00140000, 0x00160015, 0x6E000000, 0x00010001, 0x76000000, 0x00080002,
+              0x7E000000, 0x00100003, 0x42000000, 0x00200004, 0x66000000, 0x00080005}));
 }
 
 TEST(Strips, AnUnknownPolygonKindEndsTheRunBehindItsPredecessor) {
-    const Conversion done = drawStrips("0 1 2 3 0 0 0 0 0;1a 2 3 4 0 0 0 0 0;", "1;0,1 0 F C 0 0 0", "1;2 0 1");
+    const Conversion done =
+        drawStrips("0 1 2 3 0 0 0 0 0;1a 2 3 4 0 0 0 0 0;", "1;0,1 0 F C 0 0 0", "1;2 0 1");
     EXPECT_EQ(done.report, "\nUnknown the GEOflag... (No.   1, flag:1a)\n");
     EXPECT_EQ(show(packets(done.words())), show({2, 0x20000000, 0x00010000, 0x00030002}));
 }

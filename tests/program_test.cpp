@@ -81,7 +81,8 @@ TEST_F(Program, NeverWritesOverAnInput) {
     fs::create_symlink("a.vxb", folder_ / "other.vxb");
     write("m.vxb", "untouched");
     const Files before = smallModel().files();
-    const auto refused = [&](const std::string& arguments, const std::string& name, const std::string& cause) {
+    const auto refused = [&](const std::string& arguments, const std::string& name,
+                             const std::string& cause) {
         EXPECT_EQ(run(arguments + " m.mqf"), notCorrect(name, 0, cause)) << arguments;
     };
     const std::string input = "the output is the same file as the input ";
@@ -91,7 +92,8 @@ TEST_F(Program, NeverWritesOverAnInput) {
     refused("-bin2cl ./0.pxl", "./0.pxl", input + "0.pxl");
     const std::string output = "the hex text is the same file as the output ";
     refused("-bin2cl m.vxb", "m.vxb", output + "m.vxb");
-    refused("-o a -bin2cl \"$PWD/sub/../a.vxb\"", (folder_ / "sub/../a.vxb").string(), output + "a.vxb");
+    refused("-o a -bin2cl \"$PWD/sub/../a.vxb\"", (folder_ / "sub/../a.vxb").string(),
+            output + "a.vxb");
     refused("-o a -bin2cl other.vxb", "other.vxb", output + "a.vxb");
     for (const auto& [file, text] : before) {
         EXPECT_EQ(read(file), text) << file;
@@ -117,7 +119,8 @@ TEST_F(Program, ReportsWhatTheMachineRefuses) {
     fs::remove(folder_ / "0.pxl");
     write("0.pxl", smallModel().images[0]);
     if (fs::exists("/dev/full")) {
-        EXPECT_EQ(run("-bin2cl /dev/full m.mqf"), "\nCan't write this file!\n\nFile Name:/dev/full\n");
+        EXPECT_EQ(run("-bin2cl /dev/full m.mqf"),
+                  "\nCan't write this file!\n\nFile Name:/dev/full\n");
         EXPECT_EQ(wordsOf(read("m.vxb")), convertFiles(smallModel()).words());
     }
 }

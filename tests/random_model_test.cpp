@@ -17,7 +17,8 @@ TEST(RandomModels, ReadBackWithoutAnError) {
         ASSERT_EQ(done.report, "") << "seed " << seed;
         const VxbFile file = readVxb(done.outputs.at("m.vxb"));
         for (const Finding& found : file.findings.kept()) {
-            EXPECT_NE(found.kind->severity, Severity::error) << "seed " << seed << ": " << found.line();
+            EXPECT_NE(found.kind->severity, Severity::error)
+                << "seed " << seed << ": " << found.line();
         }
         EXPECT_EQ(file.words, between(done.hex(), "/* ID */")) << "seed " << seed;
         for (const PacketGroup& group : file.packetGroups) {

@@ -117,19 +117,20 @@ TEST(Scan, RealNumbers) {
 }
 
 TEST(FixedPoint, TruncatesTowardZeroAndKeepsTheLowBits) {
-    const std::pair<double, std::uint32_t> cases[] = {{0.96, 0},
-                                                      {-0.96, 0},
-                                                      {1.5, 1},
-                                                      {-2.7, 0xFFFFFFFE},
-                                                      {40000.0, 40000},
-                                                      {4294967297.0, 1},
-                                                      {-4294967297.9, 0xFFFFFFFF},
-                                                      {std::ldexp(3.0, 63), 0},
-                                                      {std::ldexp(1.0, 70) + std::ldexp(1.0, 20), 0x100000},
-                                                      {-std::ldexp(0x10000100001p0, 24), 0xFF000000},
-                                                      {HUGE_VAL, 0},
-                                                      {-HUGE_VAL, 0},
-                                                      {std::nan(""), 0}};
+    const std::pair<double, std::uint32_t> cases[] = {
+        {0.96, 0},
+        {-0.96, 0},
+        {1.5, 1},
+        {-2.7, 0xFFFFFFFE},
+        {40000.0, 40000},
+        {4294967297.0, 1},
+        {-4294967297.9, 0xFFFFFFFF},
+        {std::ldexp(3.0, 63), 0},
+        {std::ldexp(1.0, 70) + std::ldexp(1.0, 20), 0x100000},
+        {-std::ldexp(0x10000100001p0, 24), 0xFF000000},
+        {HUGE_VAL, 0},
+        {-HUGE_VAL, 0},
+        {std::nan(""), 0}};
     for (const auto& [value, word] : cases) {
         EXPECT_EQ(truncated(value), word) << value;
     }

@@ -162,7 +162,7 @@ bool readPlainLine(LineReader& reader, MaterialTable& materials) {
         return false;
     }
     line.firstNumber = materials.numbers.size();
-    materials.numbers.append(numbers);
+    materials.numbers.appendAll(numbers);
     addLine(reader, line, list, materials);
     return true;
 }

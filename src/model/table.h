@@ -41,7 +41,7 @@ public:
     }
 
     /// Adds all these records at the end.
-    void append(std::span<const Record> records) {
+    void appendAll(std::span<const Record> records) {
         guarded(records_.size() + records.size(), !records_.empty(),
                 [&] { records_.insert(records_.end(), records.begin(), records.end()); });
     }

@@ -30,7 +30,8 @@ public:
     }
 
 private:
-    std::uint32_t below(std::uint32_t limit) { return random_() % limit; }
+    std::uint32_t random() { return static_cast<std::uint32_t>(random_()); }
+    std::uint32_t below(std::uint32_t limit) { return random() % limit; }
     bool chance(std::uint32_t percent) { return below(100) < percent; }
     std::string number(std::uint32_t limit) { return std::to_string(below(limit)); }
     std::string numbers(std::uint32_t count, std::uint32_t limit) {
@@ -45,7 +46,7 @@ private:
         const std::uint32_t width = 1 + below(4);
         Words words{x | y << 16U, 2 * width | 3U << 16U};
         for (std::uint32_t i = 0; i < 3 * width; ++i) {
-            words.push_back(random_());
+            words.push_back(random());
         }
         return words;
     }
@@ -87,8 +88,9 @@ private:
         sqx << blocks_.size() << ";";
         std::vector<std::string> names(coordinates_);
         for (const Block& block : blocks_) {
-            const std::string vertices = std::to_string(block.number) + " " + std::to_string(block.first) +
-                                         "-" + std::to_string(block.first + block.number - 1) + ";";
+            const std::string vertices = std::to_string(block.number) + " " +
+                                         std::to_string(block.first) + "-" +
+                                         std::to_string(block.first + block.number - 1) + ";";
             sqx << "b" << block.first << ' ' << vertices;
             for (const std::uint32_t c : block.coordinates) {
                 names[c] += " b" + std::to_string(block.first);
@@ -135,7 +137,9 @@ private:
         for (std::uint32_t unit = 0; unit < units; ++unit) {
             const std::uint32_t length = meshes && chance(60) ? 2 + below(4) : 1;
             std::vector<std::uint32_t> ends = chance(35) ? apart() : std::vector<std::uint32_t>{};
-            const Block* block = ends.empty() ? &blocks_[below(static_cast<std::uint32_t>(blocks_.size()))] : nullptr;
+            const Block* block = ends.empty()
+                                     ? &blocks_[below(static_cast<std::uint32_t>(blocks_.size()))]
+                                     : nullptr;
             const bool triangle = length > 1 || chance(50);
             materials += material(polygonNum, length);
             strips += std::to_string(length);
@@ -170,8 +174,8 @@ private:
         const bool textured = window || std::string("TDH").find(kind) != std::string::npos;
         const bool perVertex = std::string("GHN").find(kind) != std::string::npos;
         const bool unlit = chance(50);
-        const std::uint32_t flag = below(16) << 1U | (unlit ? 1 : 0) |
-                                   (unlit && !window && chance(40) ? 0x80U : 0);
+        const std::uint32_t flag =
+            below(16) << 1U | (unlit ? 1 : 0) | (unlit && !window && chance(40) ? 0x80U : 0);
         std::ostringstream line;
         line << first << '-' << first + count - 1 << ' ' << std::hex << flag << std::dec
              << (chance(50) ? " F " : " G ") << kind;
@@ -179,7 +183,11 @@ private:
             line << ' ' << below(static_cast<std::uint32_t>(model_.images.size()));
         }
         line << numbers(window ? 4 : 0, 256) << numbers(textured ? 8 : 0, 32)
-             << numbers(perVertex ? 12 : std::string("CDS").find(kind) != std::string::npos ? 3 : 0, 256) << ';';
+             << numbers(perVertex                                            ? 12
+                        : std::string("CDS").find(kind) != std::string::npos ? 3
+                                                                             : 0,
+                        256)
+             << ';';
         return line.str();
     }
 
@@ -200,8 +208,8 @@ private:
         const auto code = [&](std::uint32_t type) { return codes[(start + type) % codes.size()]; };
         const std::uint32_t steps = below(5);
         for (std::uint32_t i = 0; i < steps; ++i) {
-            text << 'l' << i << ";SEQ " << below(256) << ' ' << code(i % types) << ' ' << i % 2 << ";GOTO l"
-                 << below(6) << " 0x" << below(10) << " 0x3;";
+            text << 'l' << i << ";SEQ " << below(256) << ' ' << code(i % types) << ' ' << i % 2
+                 << ";GOTO l" << below(6) << " 0x" << below(10) << " 0x3;";
         }
         text << "END 0x" << below(10) << ';';
         for (std::uint32_t i = 0; i < types; ++i) {

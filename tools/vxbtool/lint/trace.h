@@ -16,9 +16,9 @@ namespace vxbtool::lint {
 struct TracedLine {
     std::size_t offset;  ///< in the file's text
     std::string_view text;
-    bool scanned = false;   ///< it was scanned by a form; what follows holds then
-    bool complete = false;  ///< all values of the form are there
-    std::string_view rest;  ///< what the scan left
+    bool scanned = false;        ///< it was scanned by a form; what follows holds then
+    bool complete = false;       ///< all values of the form are there
+    std::string_view rest = {};  ///< what the scan left
 };
 
 /// A token as a reader took it.
