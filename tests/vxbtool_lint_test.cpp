@@ -85,7 +85,7 @@ TEST_P(LintTest, ReportsAreThoseOfTheCases) {
 constexpr const char* subjects[] = {"sound",     "text",   "geometry", "materials",
                                     "hierarchy", "meshes", "motions"};
 INSTANTIATE_TEST_SUITE_P(Subjects, LintTest, testing::ValuesIn(subjects),
-                         [](const auto& info) { return std::string(info.param); });
+                         [](const auto& subject) { return std::string(subject.param); });
 
 TEST(LintCatalogue, EveryKindIsRaisedByACase) {
     std::string reports;

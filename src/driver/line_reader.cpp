@@ -19,7 +19,10 @@ LineReader::LineReader(Inputs& inputs, const std::string& fileName, std::string_
 
 LineReader::~LineReader() {
     if (readAny_) {
-        inputs_.lineBuffer = lineWithEnd();
+        inputs_.lineBuffer.assign(line_);
+        if (lineFeed_) {
+            inputs_.lineBuffer.push_back('\n');
+        }
     }
 }
 
@@ -45,7 +48,7 @@ void LineReader::requireLine(std::string_view what) {
 void LineReader::readRawLine() {
     // A line that fits ends within the window: no search ever runs through a long line twice.
     constexpr std::size_t lineEndSize = 2;
-    const std::string_view rest = text().substr(next_, lineSize + lineEndSize);
+    const std::string_view rest = text().substr(next_, longestLine + lineEndSize);
     const std::size_t feed = rest.find('\n');
     lineFeed_ = feed != std::string_view::npos;
     line_ = rest.substr(0, feed);
@@ -55,11 +58,11 @@ void LineReader::readRawLine() {
     }
 
     part_ = cut_;
-    cut_ = line_.size() + (lineFeed_ ? 1 : 0) > lineSize;
+    cut_ = line_.size() + (lineFeed_ ? 1 : 0) > longestLine;
     if (cut_) {
-        line_ = line_.substr(0, lineSize);
+        line_ = line_.substr(0, longestLine);
         lineFeed_ = false;
-        taken = lineSize;
+        taken = longestLine;
         part_ = true;
     }
     next_ += taken;

@@ -48,7 +48,7 @@ public:
     bool takeWholeLine(const char* feed) {
         const char* const start = text().data() + next_;
         const auto size = static_cast<std::size_t>(feed - start) + 1;
-        if (size > lineSize) {
+        if (size > longestLine) {
             return false;
         }
         line_ = {start, feed - (feed != start && feed[-1] == '\r' ? 1 : 0)};
@@ -74,9 +74,6 @@ public:
     [[nodiscard]] const std::string& fileName() const { return fileName_; }
 
 private:
-    /// The most characters that come back as one line, its line feed included.
-    static constexpr std::size_t lineSize = 255;
-
     void readRawLine();
     [[nodiscard]] bool isDataLine() const;
     void checkId(std::string_view id) const;
