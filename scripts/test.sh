@@ -69,7 +69,7 @@ export -f lint_one
 
 lint() {
     local units unit unlisted=0
-    mapfile -t units < <(source_files src tools | grep '\.cpp$')
+    mapfile -t units < <(source_files src | grep '\.cpp$')
     for unit in "${units[@]}"; do
         if ! grep -qF "/$unit\"" build/release/compile_commands.json; then
             echo "$unit is in no CMakeLists.txt"
@@ -81,16 +81,9 @@ lint() {
     return "$unlisted"
 }
 
-package_sets=(build test)
-options=()
-if [[ -f tools/CMakeLists.txt ]]; then
-    package_sets+=(tools)
-    options+=(-DMQF2VXB_BUILD_TOOLS=ON)
-fi
+stage "packages" scripts/install-packages.sh build test
 
-stage "packages" scripts/install-packages.sh "${package_sets[@]}"
-
-stage "release build, warnings as errors" build release -DMQF2VXB_WERROR=ON "${options[@]}"
+stage "release build, warnings as errors" build release -DMQF2VXB_WERROR=ON
 release_status=$status
 if ((release_status == 0)); then
     stage "release tests" run_tests release
@@ -98,7 +91,7 @@ else
     skip "release tests"
 fi
 
-stage "sanitizer build" build sanitize "${options[@]}"
+stage "sanitizer build" build sanitize
 if ((status == 0)); then
     stage "sanitizer tests" run_tests sanitize
 else

@@ -1,5 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
+
 #include "support/model_cases.h"
 
 namespace mqf2vxb::tests {
@@ -30,7 +33,33 @@ TEST_P(Cases, Convert) {
 INSTANTIATE_TEST_SUITE_P(Models, Cases,
                          testing::Values("images", "layout", "motions", "organisation", "reports",
                                          "reports_motions", "strips", "textures"),
-                         [](const auto& info) { return std::string(info.param); });
+                         [](const auto& subject) { return std::string(subject.param); });
+
+TEST(Model, HexTextHoldsTheSameWordsWithTheirComments) {
+    const Conversion done = convertFiles(smallModel(), withHex());
+    std::ifstream file(MQF2VXB_TEST_DATA "/small_model.hex");
+    const std::string expected{std::istreambuf_iterator<char>(file), {}};
+    EXPECT_EQ(done.hex(), expected);
+    EXPECT_EQ(show(done.words()), show(between(done.hex(), "/* ID */")));
+    EXPECT_EQ(show(done.words()), show(convertFiles(smallModel()).words()));
+}
+
+TEST(Model, FilesAreReadInTheirOrder) {
+    ModelFiles model = smallModel();
+    model.frm.replace(0, 5, "=g.sqx");
+    model.frm.erase(model.frm.find("1 4 0-3"));
+    model.sqx = "0";
+    model.bnd.clear();
+    EXPECT_EQ(convertFiles(model).opened,
+              (std::vector<std::string>{"m.mqf", "0.pxl", "1.pxl", "g.geo", "s.srf", "a.axs",
+                                        "f.frm", "g.sqx", "0.clp", "1.clp"}));
+    Files files = smallModel().files();
+    files["m.mqf"] =
+        "# x\n\n@MQF970401\nGEO=no.geo\n GEO=x\nGEO=\tg.geo x\nsrf=x\nSRF=s.srf\nSQD=gone\nXYZ\nNTEX=0\n"
+        "TEX[0]=x\nNTEX=2\nTEX[1]=1.pxl\n#\nTEX[0]=x\nNTEX=2\nTEX[1]=0.pxl\n\nTEX[0]=1.pxl\nNCLP=0";
+    EXPECT_EQ(convertFiles(files).opened,
+              (std::vector<std::string>{"m.mqf", "1.pxl", "0.pxl", "g.geo", "s.srf"}));
+}
 
 }  // namespace
 }  // namespace mqf2vxb::tests

@@ -74,9 +74,10 @@ TEST_F(Convert, TellsBadUsageFromBadInput) {
     }
     EXPECT_EQ(folder.read("m.vxb"), "");
 
-    folder.write("m.srf", folder.read("m.srf") + "9-3 0 F C 1 2 3\n");
-    const std::string report = notCorrect("m.srf", 6, "range 9-3 runs backwards");
-    expect("m.mqf", 1, "m.srf:6: range 9-3 runs backwards\n" + report);
+    folder.write("s.srf", "@SRF970401\n1\n9-3 0 F C 1 2 3\n");
+    expect("m.mqf", 1,
+           "s.srf:3: range 9-3 runs backwards\n" +
+               notCorrect("s.srf", 3, "range 9-3 runs backwards"));
 }
 
 TEST_F(Convert, ReplacesOutputsOnlyWhenAllAreWhole) {
@@ -109,12 +110,12 @@ TEST_F(Convert, RemovesTemporaryFilesOnASignal) {
 }
 
 TEST_F(Convert, RefusesToOverwriteAnInput) {
-    folder.run("cp m.mqf a.mqf; cp m.geo a.vxb; sed -i s/m.geo/a.vxb/ m.mqf");
+    folder.run("cp m.mqf a.mqf; cp g.geo a.vxb; sed -i s/g.geo/a.vxb/ m.mqf");
     const std::string cause = "this input is also an output";
     expect("-o a.vxb m.mqf", 1, "a.vxb: " + cause + "\n" + notCorrect("a.vxb", 0, cause));
     EXPECT_EQ(convert("m.mqf a.mqf").status, 1);  // the input is the other model's output
-    EXPECT_EQ(convert("--depfile m.srf m.mqf").status, 1);
-    EXPECT_EQ(folder.read("a.vxb"), folder.read("m.geo"));
+    EXPECT_EQ(convert("--depfile s.srf m.mqf").status, 1);
+    EXPECT_EQ(folder.read("a.vxb"), folder.read("g.geo"));
 }
 
 TEST_F(Convert, ListsTheInputsInADepfile) {
@@ -130,8 +131,8 @@ TEST_F(Convert, ListsTheInputsInADepfile) {
     EXPECT_EQ(folder.read("m.vxb"), wanted);
     const std::string depfile = folder.read("m.d");
     EXPECT_EQ(depfile.substr(0, depfile.find("\n\n")),
-              "m.vxb: \\\n  m.mqf \\\n  art/0.pxl \\\n  art/1.pxl \\\n  art/m.geo \\\n  "
-              "art/m.srf \\\n  art/m.bnd \\\n  art/m.axs \\\n  art/m.frm \\\n  art/0.clp \\\n  "
+              "m.vxb: \\\n  m.mqf \\\n  art/0.pxl \\\n  art/1.pxl \\\n  art/g.geo \\\n  "
+              "art/s.srf \\\n  art/b.bnd \\\n  art/a.axs \\\n  art/f.frm \\\n  art/0.clp \\\n  "
               "art/1.clp");
 }
 
@@ -158,7 +159,7 @@ TEST_F(Convert, ConvertsManyModelsSideBySide) {
 TEST_F(Convert, LintsWithoutChangingTheResult) {
     const TestFolder::Result result = convert("--lint m.mqf");
     EXPECT_EQ(result.status, 0);
-    EXPECT_NE(result.output.find("m.geo:"), std::string::npos) << result.output;
+    EXPECT_NE(result.output.find("s.srf:6:9: warning"), std::string::npos) << result.output;
     EXPECT_EQ(folder.read("m.vxb"), wanted);
 }
 

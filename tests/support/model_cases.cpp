@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <fstream>
+#include <optional>
 #include <regex>
 #include <sstream>
 
@@ -94,12 +95,12 @@ std::vector<ModelCase> readCases(const std::string& name) {
     std::vector<ModelCase> cases;
     Lines common;
     Lines lines;
-    std::string caseName;
+    std::optional<std::string> caseName;
     const auto finish = [&] {
-        if (caseName.empty()) {
-            common = lines;
+        if (caseName) {
+            cases.push_back(makeCase(*caseName, lines));
         } else {
-            cases.push_back(makeCase(caseName, lines));
+            common = lines;
         }
         lines = common;
     };
@@ -109,12 +110,13 @@ std::vector<ModelCase> readCases(const std::string& name) {
         }
         if (line[0] == '=') {
             finish();
-            caseName = line.substr(2);
+            caseName = line.substr(1);
         } else if (line[0] == ' ') {
             lines.back().second += expanded(line.substr(line.find_first_not_of(' ') - 1));
         } else {
-            const std::size_t colon = line.find(": ");
-            lines.emplace_back(line.substr(0, colon), expanded(line.substr(std::min(colon + 2, line.size()))));
+            const std::size_t colon = std::min(line.find(": "), line.size() - 1);
+            lines.emplace_back(line.substr(0, colon),
+                               expanded(line.substr(std::min(colon + 2, line.size()))));
         }
     }
     finish();
@@ -126,7 +128,8 @@ Words wordsAt(const Conversion& done, const std::string& place) {
     const auto slice = [&](std::size_t from, std::size_t to) {
         from = std::min(from, words.size());
         to = std::clamp(to, from, words.size());
-        return Words(words.begin() + static_cast<std::ptrdiff_t>(from), words.begin() + static_cast<std::ptrdiff_t>(to));
+        return Words(words.begin() + static_cast<std::ptrdiff_t>(from),
+                     words.begin() + static_cast<std::ptrdiff_t>(to));
     };
     if (place == "words") {
         return words;
@@ -153,7 +156,7 @@ std::string reportLine(const std::string& report) {
     std::string line = std::regex_replace(report, masks, "$1$2:?");
     std::replace(line.begin(), line.end(), '\n', ';');
     // Every report begins with an empty line.
-    return !line.empty() && line[0] == ';' ? line.substr(1) : line;
+    return line.empty() ? line : line[0] == ';' ? line.substr(1) : "(no empty line)" + line;
 }
 
 }  // namespace mqf2vxb::tests

@@ -17,7 +17,7 @@ struct ModelCase {
     std::vector<std::pair<std::string, Words>> words;
 };
 
-/// Reads the cases of a file of the folder data/cases. A case begins with "= name" and goes on
+/// Reads the cases of a file of the folder data/cases. A case begins with "=" and perhaps a name, and goes on
 /// with "key: value" lines; lines that begin with blanks belong to the value before, and those
 /// before the first case belong to every case. ";" is a line end, and "<3*text%;>" stands for
 /// three times the text with "%" counting from 0. The keys are

@@ -110,7 +110,7 @@ std::string zshCompletion(const CLI::App& app) {
             fmt::format("    '{}:{}'\n", command->get_name(), zshText(command->get_description()));
         cases += fmt::format("{})\n    _arguments", command->get_name());
         for (const CLI::Option* option : command->get_options()) {
-            const bool takesValue = option->get_type_size_max() > 0;
+            const bool takesValue = option->get_items_expected_max() > 0;
             for (const std::string& name : namesOf(*option)) {
                 cases +=
                     fmt::format(" \\\n        '{}[{}]{}'", name, zshText(option->get_description()),

@@ -85,10 +85,9 @@ std::string defaultOutput(const std::string& model, const std::string& folder) {
 
 /// Adds a job's output to the run; one that another job or option has already is bad usage.
 void claimOutput(const std::string& name, ConvertRun& run) {
-    const fs::path target = mqf2vxb::finalTarget(name);
     std::error_code error;
-    const bool shared = fs::exists(target, error) && !fs::is_regular_file(target, error);
-    if (!run.outputs.insert(target).second && !shared) {
+    const bool isDevice = fs::exists(name, error) && !fs::is_regular_file(name, error);
+    if (!run.outputs.insert(mqf2vxb::finalTarget(name)).second && !isDevice) {
         throw CLI::ValidationError(name, "several outputs would be this file");
     }
 }

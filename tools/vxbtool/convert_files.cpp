@@ -18,17 +18,17 @@ ConvertFiles::~ConvertFiles() {
 }
 
 std::unique_ptr<mqf2vxb::OutputFile> ConvertFiles::create(const std::string& name) {
-    const fs::path target = mqf2vxb::finalTarget(name);
     std::error_code error;
-    const fs::file_status status = fs::status(target, error);
+    const fs::file_status status = fs::status(name, error);
     if (fs::exists(status)) {
         if (!fs::is_regular_file(status)) {
             return disk_.create(name);
         }
-        if (::access(target.c_str(), W_OK) != 0) {
+        if (::access(name.c_str(), W_OK) != 0) {
             return nullptr;
         }
     }
+    const fs::path target = mqf2vxb::finalTarget(name);
     const std::string temporary = temporaryFiles_.reserve(target.parent_path());
     if (temporary.empty()) {
         return nullptr;

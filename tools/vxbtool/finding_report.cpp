@@ -47,6 +47,11 @@ std::string placeOf(const ReportedFinding& finding) {
     return place;
 }
 
+/// The word offset or line alone.
+std::int64_t shortPlace(const ReportedFinding& finding) {
+    return finding.offset ? *finding.offset : finding.line;
+}
+
 /// " (7 more, lines 3, 4, 5, 6, 7, ...)" behind a finding that stands for others too.
 std::string othersOf(const ReportedFinding& finding) {
     if (finding.occurrences == 1) {
@@ -152,10 +157,9 @@ void selectFindings(std::vector<ReportedFinding>& findings, const ReportOptions&
         }
         ReportedFinding& first = kept[place->second];
         first.occurrences += finding.occurrences;
-        const std::int64_t other = finding.offset ? *finding.offset : finding.line;
-        const std::int64_t latest = first.others.empty() ? first.line : first.others.back();
-        if (first.others.size() < shownOthers && other != latest && (finding.offset || other > 0)) {
-            first.others.push_back(other);
+        const std::int64_t latest = first.others.empty() ? shortPlace(first) : first.others.back();
+        if (first.others.size() < shownOthers && shortPlace(finding) != latest) {
+            first.others.push_back(shortPlace(finding));
         }
     }
     findings = std::move(kept);

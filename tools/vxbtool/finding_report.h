@@ -24,11 +24,11 @@ struct ReportedFinding {
     // Where in a text file, counted from 1; 0 is not known.
     std::int64_t line = 0;
     std::int64_t column = 0;
-    std::optional<std::uint32_t> offset = {};  ///< where in a VXB file, in words
+    std::optional<std::uint32_t> offset;  ///< where in a VXB file, in words
     /// Findings that this one stands for; the places of the first of the others follow.
     std::size_t occurrences = 1;
-    std::vector<std::int64_t> others = {};  ///< lines or word offsets
-    std::string source = {};                ///< the text of the line
+    std::vector<std::int64_t> others;  ///< lines or word offsets
+    std::string source;                ///< the text of the line
 };
 
 /// What was found in one file of the command line and in the files that it names.

@@ -12,20 +12,19 @@ namespace {
 /// Counts lines from the front to the back of one file.
 class LineCounter {
 public:
-    explicit LineCounter(std::string_view text) : text_(text) {}
+    explicit LineCounter(std::string_view text) : text_(text), end_(text.find('\n')) {}
 
     /// Fills in where `offset`, which is not before the latest one, stands.
     void place(std::size_t offset, ReportedFinding& finding) {
-        for (std::size_t feed = text_.find('\n', start_); feed < offset;
-             feed = text_.find('\n', start_)) {
-            start_ = feed + 1;
+        while (end_ < offset) {
+            start_ = end_ + 1;
+            end_ = text_.find('\n', start_);
             ++line_;
         }
         finding.line = line_;
         finding.column = static_cast<std::int64_t>(offset - start_) + 1;
         constexpr std::size_t longest = 255;  // what a reader takes as one line
-        const std::string_view source =
-            text_.substr(start_, std::min(text_.find('\n', start_) - start_, longest));
+        const std::string_view source = text_.substr(start_, std::min(end_ - start_, longest));
         if (offset - start_ <= source.size()) {
             finding.source = source.substr(0, source.find('\r'));
         }
@@ -34,6 +33,7 @@ public:
 private:
     std::string_view text_;
     std::size_t start_ = 0;  // of the current line
+    std::size_t end_;
     std::int64_t line_ = 1;
 };
 

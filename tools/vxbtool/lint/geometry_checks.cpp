@@ -167,7 +167,8 @@ private:
         case polygon_type::quadrangle:
             return onOneLine(corner(0), corner(1), corner(2)) &&
                    onOneLine(corner(1), corner(2), corner(3));
-        default: return onOneLine(corner(0), corner(1), corner(2));
+        case polygon_type::triangle: return onOneLine(corner(0), corner(1), corner(2));
+        default: return false;
         }
     }
 
