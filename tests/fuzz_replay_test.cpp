@@ -31,8 +31,7 @@ TEST_P(FuzzReplay, KeepsEveryPromise) {
     EXPECT_GT(inputs, 0U);
 }
 
-INSTANTIATE_TEST_SUITE_P(Targets, FuzzReplay,
-                         testing::ValuesIn(targets().begin(), targets().end()),
+INSTANTIATE_TEST_SUITE_P(Targets, FuzzReplay, testing::ValuesIn(targets().begin(), targets().end()),
                          [](const auto& info) { return std::string(info.param.name); });
 
 }  // namespace

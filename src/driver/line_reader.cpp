@@ -10,9 +10,7 @@ constexpr std::size_t tagSize = 4;
 }  // namespace
 
 LineReader::LineReader(Inputs& inputs, const std::string& fileName, std::string_view id)
-    : inputs_(inputs),
-      fileName_(fileName),
-      contents_(inputs.open(fileName)) {
+    : inputs_(inputs), fileName_(fileName), contents_(inputs.open(fileName)) {
     readLine();
     checkId(id);
 }

@@ -82,8 +82,7 @@ public:
                 continue;
             }
             for (const std::uint32_t material : model_.meshes[mesh_].materials) {
-                checkFillsStrip(*form,
-                                drawnPolygon(model_, model_.materials.records[material]));
+                checkFillsStrip(*form, drawnPolygon(model_, model_.materials.records[material]));
             }
         }
     }
