@@ -30,6 +30,9 @@ thread_local std::size_t allocationsLeft = std::numeric_limits<std::size_t>::max
     }
     throw std::bad_alloc();
 }
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return allocationsLeft-- == 0 ? nullptr : std::malloc(size != 0 ? size : 1);
+}
 [[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
 [[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 

@@ -27,6 +27,9 @@ std::vector<std::size_t> pivotsOfList(const Model& model, const PivotsOfCoordina
 }  // namespace
 
 void applyPivots(Model& model) {
+    if (model.pivots.empty()) {
+        return;
+    }
     PivotsOfCoordinate byCoordinate;
     for (std::size_t i = 0; i < model.pivots.size(); ++i) {
         byCoordinate[model.pivots[i].coord].push_back(i);
@@ -35,7 +38,7 @@ void applyPivots(Model& model) {
     // Vertices with equal lists have equal pivots, which are looked up once for all of them.
     std::vector<std::size_t> vertices(model.vertices.size());
     std::iota(vertices.begin(), vertices.end(), std::size_t{0});
-    std::stable_sort(vertices.begin(), vertices.end(), [&](std::size_t a, std::size_t b) {
+    std::sort(vertices.begin(), vertices.end(), [&](std::size_t a, std::size_t b) {
         return model.vertices[a].cno < model.vertices[b].cno;
     });
     CoordinateListId list = CoordinateListId::empty;
