@@ -18,9 +18,9 @@ inline constexpr std::size_t longestLine = 255;
 /// text file to the next.
 class Inputs {
 public:
-    explicit Inputs(FileSystem& files) : files_(files) { lineBuffer.reserve(longestLine); }
+    explicit Inputs(FileSystem& files) : Inputs(files, nullptr) {}
     /// The observer sees everything that is read; it outlives the inputs.
-    Inputs(FileSystem& files, InputObserver& observer) : Inputs(files) { observer_ = &observer; }
+    Inputs(FileSystem& files, InputObserver& observer) : Inputs(files, &observer) {}
 
     /// Reads a whole file; one that cannot be opened is reported.
     [[nodiscard]] FileContents open(const std::string& name);
@@ -35,8 +35,12 @@ public:
     std::string lineBuffer;
 
 private:
+    Inputs(FileSystem& files, InputObserver* observer) : files_(files), observer_(observer) {
+        lineBuffer.reserve(longestLine);
+    }
+
     FileSystem& files_;
-    InputObserver* observer_ = nullptr;
+    InputObserver* observer_;
     std::vector<std::string> names_;
 };
 
