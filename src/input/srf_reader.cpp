@@ -156,7 +156,7 @@ bool readPlainLine(LineReader& reader, MaterialTable& materials) {
         !plain.scan(Letter{line.kind}) || !plain.atBlankOrEnd()) {
         return false;
     }
-    std::array<std::int32_t, MaterialKind::mostNumbers> room;
+    std::array<std::int32_t, MaterialKind::mostNumbers> room{};
     const std::span<std::int32_t> numbers(room.data(), materialKind(line.kind).numbers());
     if (!plain.scan(numbers) || !plain.finish(reader)) {
         return false;
