@@ -139,7 +139,7 @@ void resolveKeyFrame(const MotionRecord& motion, const GroupsByType& groups,
     if (group == groups.end()) {
         return;
     }
-    if (repeated.count(step.type) != 0) {
+    if (repeated.contains(step.type)) {
         refuse(motion, formatText("two TYPE groups have the type 0x%08x of a SEQ line", step.type));
     }
     if (step.keyFrame >= group->second->packetTable.size()) {
