@@ -13,6 +13,9 @@
 #
 # Relative model names and BASE are of the current source directory, a relative OUTPUT_DIRECTORY is
 # of the current binary directory. The target property VXB_FILES lists the VXB files.
+#
+# The Makefile generators of CMake never forget an input: a file that a model names no longer still
+# leads to a conversion when it changes, and to one in each build when it is deleted.
 
 function(vxb_add_models target)
     cmake_parse_arguments(PARSE_ARGV 1 arg

@@ -335,7 +335,7 @@ private:
             }
             break;
         case Field::page:
-            // Bits 0 to 4 and 11 are the page's place, 5 and 6 the blending, 7 and 8 the depth.
+            // Bits 0 to 4 and 11 are the page's place, 5 and 6 flag bits, 7 and 8 the depth.
             if ((value & ~0x09FFU) != 0) {
                 r_.report(finding::wrongPage, offset, value);
             }

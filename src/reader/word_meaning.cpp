@@ -124,8 +124,8 @@ std::string fieldText(Field field, std::uint32_t value) {
     }
     case Field::page: {
         const TexturePage page = texturePage(value);
-        return "page at " + pair(page.x, page.y) + ", " + number(page.depth) + " bits, blending " +
-               number(page.blending);
+        return "page at " + pair(page.x, page.y) + ", " + number(page.depth) + " bits, flag bits " +
+               number(page.flagBits);
     }
     case Field::window: {
         const TextureWindow window = textureWindow(value);

@@ -34,7 +34,7 @@ struct TexturePage {
     std::uint32_t x;
     std::uint32_t y;
     std::uint32_t depth;     ///< bits of a pixel: 4, 8 or 16; 0 for the unused setting
-    std::uint32_t blending;  ///< 0 to 3
+    std::uint32_t flagBits;  ///< of the material, 0 to 3
 };
 TexturePage texturePage(std::uint32_t field);
 

@@ -56,7 +56,6 @@ expect_converted(YES NO)
 file(TOUCH "${source}/the art/crawler_wave2.clp")
 expect_converted(YES NO)
 file(WRITE "${source}/the art/crawler.mqf" "${model}")
-file(REMOVE "${source}/the art/crawler_wave2.clp")
 expect_converted(YES NO)
 expect_converted(NO NO)
 

@@ -56,7 +56,7 @@ inline constexpr Kind notFinite{"L013", Severity::warning,
 inline constexpr Kind vertexUnused{"L014", Severity::warning,
                                    "no polygon that is drawn uses vertex {vertex}"};
 inline constexpr Kind normalUnused{"L015", Severity::warning,
-                                   "no lit polygon that is drawn uses normal {normal}"};
+                                   "no polygon that is drawn uses normal {normal}"};
 inline constexpr Kind cornerTwice{"L016", Severity::warning,
                                   "polygon {polygon} has vertex {vertex} at two of its corners"};
 inline constexpr Kind noArea{"L017", Severity::warning,

@@ -7,7 +7,6 @@
 
 #include "output/fixed_point.h"
 #include "output/format.h"
-#include "packets/packet_forms.h"
 #include "vxbtool/lint/fixed_width.h"
 #include "vxbtool/lint/model_checks.h"
 
@@ -46,7 +45,6 @@ public:
         }
         for (const MaterialRecord& material : model_.materials.records) {
             const auto number = static_cast<std::size_t>(material.polygon);
-            markNormals(material);
             if (!polygonNamed_[number]) {
                 polygonNamed_[number] = true;
                 checkPolygon(material, linted_.polygons[number], number);
@@ -106,28 +104,16 @@ private:
         }
     }
 
-    /// Marks the normals that the packets of a lit polygon carry.
-    void markNormals(const MaterialRecord& material) {
-        const PacketForm* form = findPacketForm(material.type);
-        if (form == nullptr || !form->lit()) {
-            return;
-        }
-        const PolygonRecord& polygon = linted_.polygons[static_cast<std::size_t>(material.polygon)];
-        const bool smooth = (form->code & type_code::smooth) != 0;
-        const std::size_t corners = smooth ? vertexCount(polygon.type) : 1;
-        for (std::size_t k = 0; k < corners; ++k) {
-            const auto normal = static_cast<std::size_t>(polygon.normal[k]);
-            if (normal < normalUsed_.size()) {
-                normalUsed_[normal] = true;
-            }
-        }
-    }
-
     void checkPolygon(const MaterialRecord& material, const PolygonRecord& polygon,
                       std::size_t number) {
         const std::size_t corners = vertexCount(polygon.type);
         for (std::size_t k = 0; k < corners; ++k) {
             vertexUsed_[static_cast<std::size_t>(polygon.vertex[k])] = true;
+            // An unlit polygon may name any normal.
+            const auto normal = static_cast<std::size_t>(polygon.normal[k]);
+            if (normal < normalUsed_.size()) {
+                normalUsed_[normal] = true;
+            }
         }
         const auto* const end = polygon.vertex.begin() + corners;
         for (const auto* corner = polygon.vertex.begin(); corner != end; ++corner) {
