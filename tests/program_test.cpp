@@ -113,6 +113,9 @@ TEST_F(Program, ReportsWhatTheMachineRefuses) {
     EXPECT_EQ(run("-o dir m.mqf"), open + "dir.vxb\n");
     EXPECT_EQ(run("-bin2cl . m.mqf"), open + ".\n");
     EXPECT_EQ(read("m.vxb"), "");
+    fs::create_symlink("loop", folder_ / "loop.vxb");
+    fs::create_symlink("loop.vxb", folder_ / "loop");
+    EXPECT_EQ(run("-o loop -bin2cl loop m.mqf"), open + "loop.vxb\n");
     fs::remove(folder_ / "0.pxl");
     fs::create_directory(folder_ / "0.pxl");
     EXPECT_EQ(run("m.mqf"), open + "0.pxl\n");

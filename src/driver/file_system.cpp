@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <system_error>
 
+#include "driver/diagnostics.h"
+
 namespace mqf2vxb {
 namespace {
 
@@ -50,7 +52,9 @@ std::optional<FileContents> DiskFileSystem::read(const std::string& name) {
     constexpr std::size_t smallest = 4096;
     std::error_code error;
     const std::uintmax_t announced = fs::file_size(name, error);
-    std::size_t capacity = error ? smallest : static_cast<std::size_t>(announced) + 1;
+    std::size_t capacity =
+        error ? smallest
+              : static_cast<std::size_t>(std::min<std::uintmax_t>(announced, largestFile)) + 1;
     FileContents contents(capacity);
     std::size_t size = 0;
     while (true) {
@@ -59,7 +63,10 @@ std::optional<FileContents> DiskFileSystem::read(const std::string& name) {
         if (size < capacity) {
             break;
         }
-        capacity *= 2;
+        if (size > largestFile) {
+            notCorrectData({name}, "the file is larger than 2147483648 bytes");
+        }
+        capacity = std::min(2 * capacity, largestFile + 1);
         FileContents larger(capacity);
         std::copy_n(contents.data(), size, larger.data());
         contents = std::move(larger);
@@ -88,7 +95,8 @@ bool DiskFileSystem::same(const std::string& one, const std::string& other) cons
         return fs::equivalent(one, other, error);
     }
     // A name without a file yet can only be the same as another such name.
-    return oneExists == otherExists && finalTarget(one) == finalTarget(other);
+    const fs::path target = finalTarget(one);  // empty when its links run in a circle
+    return oneExists == otherExists && !target.empty() && target == finalTarget(other);
 }
 
 }  // namespace mqf2vxb
