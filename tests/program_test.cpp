@@ -121,6 +121,9 @@ TEST_F(Program, ReportsWhatTheMachineRefuses) {
     EXPECT_EQ(run("m.mqf"), open + "0.pxl\n");
     fs::remove(folder_ / "0.pxl");
     write("0.pxl", smallModel().images[0]);
+    fs::resize_file(folder_ / "g.geo", (std::uintmax_t{1} << 31U) + 1);
+    EXPECT_EQ(run("m.mqf"), notCorrect("g.geo", 0, "the file is larger than 2147483648 bytes"));
+    write("g.geo", smallModel().files().at("g.geo"));
     if (fs::exists("/dev/full")) {
         EXPECT_EQ(run("-bin2cl /dev/full m.mqf"),
                   "\nCan't write this file!\n\nFile Name:/dev/full\n");

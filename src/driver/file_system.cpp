@@ -29,6 +29,12 @@ private:
     FileHandle file_;
 };
 
+void checkFileSize(const std::string& name, std::uintmax_t size) {
+    if (size > largestFile) {
+        notCorrectData({name}, "the file is larger than 2147483648 bytes");
+    }
+}
+
 }  // namespace
 
 fs::path finalTarget(const std::string& name) {
@@ -52,9 +58,11 @@ std::optional<FileContents> DiskFileSystem::read(const std::string& name) {
     constexpr std::size_t smallest = 4096;
     std::error_code error;
     const std::uintmax_t announced = fs::file_size(name, error);
-    std::size_t capacity =
-        error ? smallest
-              : static_cast<std::size_t>(std::min<std::uintmax_t>(announced, largestFile)) + 1;
+    std::size_t capacity = smallest;
+    if (!error) {
+        checkFileSize(name, announced);
+        capacity = static_cast<std::size_t>(announced) + 1;
+    }
     FileContents contents(capacity);
     std::size_t size = 0;
     while (true) {
@@ -63,9 +71,7 @@ std::optional<FileContents> DiskFileSystem::read(const std::string& name) {
         if (size < capacity) {
             break;
         }
-        if (size > largestFile) {
-            notCorrectData({name}, "the file is larger than 2147483648 bytes");
-        }
+        checkFileSize(name, size);
         capacity = std::min(2 * capacity, largestFile + 1);
         FileContents larger(capacity);
         std::copy_n(contents.data(), size, larger.data());
