@@ -225,9 +225,10 @@ void checkScan(const std::string& text, Scan scan, const Expected<Number>& expec
 /// A text file; every word of its lines is scanned as a number of each kind, as the C library does
 /// it.
 void text(std::string_view input) {
-    tests::MemoryFileSystem files({{"text", std::string(input)}});
+    const std::string id = "@TXT970401";
+    tests::MemoryFileSystem files({{"text", id + "\n" + std::string(input)}});
     Inputs inputs(files);
-    LineReader reader(inputs, "text", "");
+    LineReader reader(inputs, "text", id);
     std::int64_t number = 0;
     do {
         std::string_view rest = reader.line();

@@ -44,6 +44,7 @@ TEST(LineReader, SplitsLinesBehind255Characters) {
     const std::string a255(255, 'a');
     EXPECT_THAT(dataLines(a254 + "\nb\n"), ElementsAre(a254, "b"));
     EXPECT_THAT(dataLines(a255 + "\nb\n"), ElementsAre(a255, "b"));
+    EXPECT_THAT(dataLines(a255 + "\r\n\nb"), ElementsAre(a255, "b"));
     EXPECT_THAT(dataLines(a255 + "#c\nb\n"), ElementsAre(a255, "b"));
     EXPECT_THAT(dataLines(a255 + a255 + "c\nb"), ElementsAre(a255, a255, "c", "b"));
     EXPECT_THAT(dataLines(a254 + "\r\nb\r\n"), ElementsAre(a254, "b"));

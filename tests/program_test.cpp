@@ -113,11 +113,17 @@ TEST_F(Program, ReportsWhatTheMachineRefuses) {
     EXPECT_EQ(run("-o dir m.mqf"), open + "dir.vxb\n");
     EXPECT_EQ(run("-bin2cl . m.mqf"), open + ".\n");
     EXPECT_EQ(read("m.vxb"), "");
+    fs::create_symlink("loop", folder_ / "loop.vxb");
+    fs::create_symlink("loop.vxb", folder_ / "loop");
+    EXPECT_EQ(run("-o loop -bin2cl loop m.mqf"), open + "loop.vxb\n");
     fs::remove(folder_ / "0.pxl");
     fs::create_directory(folder_ / "0.pxl");
     EXPECT_EQ(run("m.mqf"), open + "0.pxl\n");
     fs::remove(folder_ / "0.pxl");
     write("0.pxl", smallModel().images[0]);
+    fs::resize_file(folder_ / "g.geo", (std::uintmax_t{1} << 31U) + 1);
+    EXPECT_EQ(run("m.mqf"), notCorrect("g.geo", 0, "the file is larger than 2147483648 bytes"));
+    write("g.geo", smallModel().files().at("g.geo"));
     if (fs::exists("/dev/full")) {
         EXPECT_EQ(run("-bin2cl /dev/full m.mqf"),
                   "\nCan't write this file!\n\nFile Name:/dev/full\n");

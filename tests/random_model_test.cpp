@@ -2,8 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
+#include <regex>
 #include <set>
 
+#include "driver/convert.h"
+#include "driver/diagnostics.h"
+#include "model/model.h"
+#include "output/model_writer.h"
 #include "reader/vxb_reader.h"
 
 namespace mqf2vxb::tests {
@@ -26,6 +32,77 @@ TEST(RandomModels, ReadBackWithoutAnError) {
         }
     }
     EXPECT_EQ(codes.size(), 66U);
+}
+
+class Watcher final : public InputObserver {
+    void opened(const std::string& /*name*/, std::string_view /*contents*/) override {}
+    void line(std::string_view /*line*/) override {}
+    void scanned(bool /*complete*/, std::string_view /*rest*/) override {}
+    void token(TokenKind /*kind*/, const char* /*start*/, std::string_view /*text*/) override {}
+    void number(std::int32_t /*value*/, std::string_view /*rest*/) override {}
+    void unread(const char* /*rest*/) override {}
+};
+
+/// The file or the report that the inputs lead to.
+std::string result(MemoryFileSystem& files, Inputs inputs) {
+    try {
+        Model model;
+        readModel("m.mqf", inputs, model);
+        RunOptions options;
+        options.outputName = "m.vxb";
+        organiseModel(options, model);
+        writeModel(model, options, files);
+        return files.outputs.at("m.vxb");
+    } catch (const Report& report) {
+        return std::regex_replace(report.text(), std::regex("address *:0x[0-9a-f]*"), "address");
+    }
+}
+
+/// Where somebody watches, every line takes the general scan: the fast one must find the same.
+TEST(RandomModels, DamagedFilesReadAlikeOnTheFastWay) {
+    const std::vector<std::string> patches{"",
+                                           " ",
+                                           "\t",
+                                           "\r",
+                                           "\n",
+                                           "\r\n",
+                                           "\n# x\n",
+                                           "-",
+                                           "+",
+                                           ".",
+                                           "0",
+                                           "x",
+                                           "e5",
+                                           "1.5",
+                                           "0x1",
+                                           "1234567",
+                                           "8388609.5",
+                                           "16777217",
+                                           "-99999999",
+                                           ",",
+                                           "#",
+                                           "\v1",
+                                           "7 8",
+                                           " s1 ",
+                                           "ps1",
+                                           "TYPE ",
+                                           "END 0x1",
+                                           "0x7f 0x1 ",
+                                           std::string(1, 0)};
+    std::mt19937 random(1);
+    Watcher watcher;
+    for (std::uint32_t seed = 1; seed <= 1200; ++seed) {
+        Files damaged = randomModel(seed % 100).files();
+        for (auto& [name, text] : damaged) {
+            if (random() % 2 != 0 && text.size() > 12) {
+                text.replace(11 + random() % (text.size() - 11), random() % 3,
+                             patches[random() % patches.size()]);
+            }
+        }
+        MemoryFileSystem files(damaged);
+        const std::string fast = result(files, Inputs(files));
+        ASSERT_EQ(fast, result(files, Inputs(files, watcher))) << "seed " << seed;
+    }
 }
 
 }  // namespace

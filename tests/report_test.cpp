@@ -31,7 +31,7 @@ TEST(Reports, FaultsThatNoInputCauses) {
     Model model;
     model.description.fileName = "m.mqf";
     model.primitives.malprim.allocate(1);
-    model.primitives.malprim[0].maltype.resize(1);
+    model.primitives.malprim[0].maltype.allocate(1);
     model.primitives.malprim[0].maltype[0].type = 0x17;
     model.primitives.malprim[0].maltype[0].polyNum = 0x0C30C30C;
     model.primitives.malprimh.allocate(1);

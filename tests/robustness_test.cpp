@@ -137,16 +137,22 @@ TEST(Robustness, EveryAllocationThatFailsIsReported) {
         return "\nCan't " + verb + "!\n\n-- " + name + " " + verb +
                " --\nSize   :?\nNumber :?\nAddress:0x00000000\n";
     };
-    std::set<std::string> expected{"", "\nCan't malloc!\n", "\nCan't malloc(check2:malprimh)\n",
-                                   "\nCan't realloc(check2:malprimh)\n"};
+    std::set<std::string> expected{"",
+                                   "\nCan't malloc!\n",
+                                   "\nCan't malloc(check2:malprimh)\n",
+                                   "\nCan't realloc(check2:malprimh)\n",
+                                   "\nCan't malloc(check2:primh->maltype)\n",
+                                   "\nCan't malloc(check2:malsprimh.maltype)\n"};
     for (const char* const name :
          {"PXL", "CLP", "Vertex", "Normal", "Polygon", "Pivot", "Coordinate", "Mesh",
           "Animation Index", "Animation Sequence Header", "Material", "Primitive Body",
-          "Animation Sequence", "Animation Packet Type", "Animation Packet"}) {
+          "Animation Sequence", "Animation Packet Type", "Animation Packet",
+          "Coordinate's Object Name", "Primitive Body's Type"}) {
         expected.insert(table("malloc", name + std::string(" Data Base")));
     }
-    for (const char* const name : {"Material", "Primitive Body", "Animation Sequence",
-                                   "Animation Packet Type", "Animation Packet"}) {
+    for (const char* const name :
+         {"Material", "Primitive Body", "Animation Sequence", "Animation Packet Type",
+          "Animation Packet", "Primitive Body's Type", "Vertex's Coordinate Index"}) {
         expected.insert(table("realloc", name + std::string(" Data Base")));
     }
     EXPECT_EQ(reports, expected);

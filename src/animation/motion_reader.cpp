@@ -24,13 +24,17 @@ constexpr unsigned numberShift = 16;
 constexpr std::uint32_t largest7Bits = 0x7F;
 constexpr std::uint32_t largest8Bits = 0xFF;
 constexpr std::uint32_t largest16Bits = 0xFFFF;
+constexpr std::uint32_t largest32Bits = 0xFFFFFFFF;
 
 std::string_view firstWord(const LineReader& reader) {
     std::string_view rest = reader.line();
     return scanWord(rest);
 }
 
-void checkWidth(const LineReader& reader, std::uint32_t value, std::uint32_t largest) {
+void checkWidth(const LineReader& reader, std::int64_t value, std::uint32_t largest) {
+    if (value < 0) {
+        reader.refuseLine("negative number " + std::to_string(value));
+    }
     if (value > largest) {
         reader.refuseLine("number " + std::to_string(value) + " is above " +
                           std::to_string(largest));
@@ -135,7 +139,8 @@ bool readStep(const LineReader& reader, AnimationSequenceRecord& step) {
         auto before = [&](LineScanner& scanner) { return scanner.scan(number); };
         scanCodeLine(reader, before, code, keyFrame);
         step.type = keyFrameType(code, "seqcheck");
-        checkWidth(reader, static_cast<std::uint32_t>(number), largest8Bits);
+        checkWidth(reader, number, largest8Bits);
+        checkWidth(reader, keyFrame, largest32Bits);
         step.control = static_cast<std::uint32_t>(number) << numberShift;
         step.keyFrame = static_cast<std::uint32_t>(keyFrame);
     } else if (word == "GOTO") {
@@ -168,7 +173,7 @@ void readSequence(LineReader& reader, MotionRecord& motion) {
             step.label = std::exchange(label, {});
             motion.seqTable.append(std::move(step));
         } else {
-            label = firstWord(reader);
+            scanLine(reader, Word{label});
         }
         reader.requireLine("its first TYPE line");
     }

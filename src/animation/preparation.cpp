@@ -14,7 +14,6 @@ namespace mqf2vxb {
 namespace {
 
 constexpr std::uint32_t largest16Bits = 0xFFFF;
-constexpr std::size_t mostPacketTypes = 64;
 constexpr unsigned packetTypeShift = 24;
 constexpr unsigned highHalf = 16;
 
@@ -220,9 +219,6 @@ std::vector<PrimitiveTypeCode> prepareAnimation(Table<MotionRecord>& motions) {
     const KeyFrameOffsets offsets(motions);
     for (MotionRecord& motion : motions) {
         checkSizes(motion);
-        if (aptype.size() > mostPacketTypes) {
-            refuse(motion, "more than 64 key-frame types");
-        }
         resolveNames(motion, Labels(motion));
         resolveSteps(motion, offsets, typeIndex);
     }

@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <system_error>
 
+#include "driver/diagnostics.h"
+
 namespace mqf2vxb {
 namespace {
 
@@ -26,6 +28,12 @@ public:
 private:
     FileHandle file_;
 };
+
+void checkFileSize(const std::string& name, std::uintmax_t size) {
+    if (size > largestFile) {
+        notCorrectData({name}, "the file is larger than 2147483648 bytes");
+    }
+}
 
 }  // namespace
 
@@ -50,7 +58,11 @@ std::optional<FileContents> DiskFileSystem::read(const std::string& name) {
     constexpr std::size_t smallest = 4096;
     std::error_code error;
     const std::uintmax_t announced = fs::file_size(name, error);
-    std::size_t capacity = error ? smallest : static_cast<std::size_t>(announced) + 1;
+    std::size_t capacity = smallest;
+    if (!error) {
+        checkFileSize(name, announced);
+        capacity = static_cast<std::size_t>(announced) + 1;
+    }
     FileContents contents(capacity);
     std::size_t size = 0;
     while (true) {
@@ -59,7 +71,8 @@ std::optional<FileContents> DiskFileSystem::read(const std::string& name) {
         if (size < capacity) {
             break;
         }
-        capacity *= 2;
+        checkFileSize(name, size);
+        capacity = std::min(2 * capacity, largestFile + 1);
         FileContents larger(capacity);
         std::copy_n(contents.data(), size, larger.data());
         contents = std::move(larger);
@@ -88,7 +101,8 @@ bool DiskFileSystem::same(const std::string& one, const std::string& other) cons
         return fs::equivalent(one, other, error);
     }
     // A name without a file yet can only be the same as another such name.
-    return oneExists == otherExists && finalTarget(one) == finalTarget(other);
+    const fs::path target = finalTarget(one);  // empty when its links run in a circle
+    return oneExists == otherExists && !target.empty() && target == finalTarget(other);
 }
 
 }  // namespace mqf2vxb

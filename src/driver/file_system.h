@@ -10,6 +10,9 @@
 
 namespace mqf2vxb {
 
+/// The most bytes of an input file: a device or a pipe may never end.
+inline constexpr std::size_t largestFile = std::size_t{1} << 31U;
+
 /// A file being written. Destroying it closes it.
 class OutputFile {
 public:
@@ -32,7 +35,8 @@ public:
     FileSystem& operator=(const FileSystem&) = delete;
     virtual ~FileSystem() = default;
 
-    /// All bytes of a file; nothing when it cannot be opened and read.
+    /// All bytes of a file; nothing when it cannot be opened and read. One that does not fit
+    /// `largestFile` is refused.
     [[nodiscard]] virtual std::optional<FileContents> read(const std::string& name) = 0;
     /// Creates or empties a file; null when that cannot be done.
     [[nodiscard]] virtual std::unique_ptr<OutputFile> create(const std::string& name) = 0;

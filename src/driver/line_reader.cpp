@@ -55,13 +55,15 @@ void LineReader::readRawLine() {
         line_.remove_suffix(1);
     }
 
+    // A line that leaves no room but for its line feed comes back whole; the line feed follows as
+    // an empty line.
     part_ = cut_;
-    cut_ = line_.size() + (lineFeed_ ? 1 : 0) > longestLine;
-    if (cut_) {
+    cut_ = line_.size() > longestLine;
+    part_ = part_ || cut_;
+    if (line_.size() >= longestLine) {
         line_ = line_.substr(0, longestLine);
         lineFeed_ = false;
         taken = longestLine;
-        part_ = true;
     }
     next_ += taken;
     readAny_ = true;

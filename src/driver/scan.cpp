@@ -23,14 +23,48 @@ bool startsWithHexPrefix(std::string_view text) {
     return text.size() > 1 && text[0] == '0' && lower(text[1]) == 'x';
 }
 
-/// The decimal exponent of the number's first digit that is not 0, for a number known to have
-/// one; far beyond any float when it is large.
-long decimalExponent(std::string_view number) {
+/// The hexadecimal number that `text`, what follows a "0x", begins with; empty without a digit.
+std::string_view hexNumber(std::string_view text) {
+    std::size_t size = 0;
+    const auto takeDigits = [&](auto isOne) {
+        const std::size_t first = size;
+        while (size < text.size() && isOne(text[size])) {
+            ++size;
+        }
+        return size - first;
+    };
+    const auto isHexDigit = [](char c) { return hexDigit(c) >= 0; };
+    std::size_t digits = takeDigits(isHexDigit);
+    if (text.substr(size).starts_with('.')) {
+        ++size;
+        digits += takeDigits(isHexDigit);
+    }
+    if (digits == 0) {
+        return {};
+    }
+    const std::size_t mantissa = size;
+    if (size < text.size() && lower(text[size]) == 'p') {
+        ++size;
+        if (size < text.size() && (text[size] == '-' || text[size] == '+')) {
+            ++size;
+        }
+        if (takeDigits(isDigit) == 0) {
+            size = mantissa;
+        }
+    }
+    return text.substr(0, size);
+}
+
+/// The power of ten, or of two for a hexadecimal number, that the number's first digit other than
+/// 0 stands for; far beyond any float when it is large. The number has such a digit.
+long leadingExponent(std::string_view number, bool hex) {
+    constexpr long bitsOfHexDigit = 4;
     long exponent = 0;
     bool inFraction = false;
     bool found = false;
     std::size_t i = 0;
-    for (; i < number.size() && (isDigit(number[i]) || number[i] == '.'); ++i) {
+    const auto isOne = [&](char c) { return hex ? hexDigit(c) >= 0 : isDigit(c); };
+    for (; i < number.size() && (isOne(number[i]) || number[i] == '.'); ++i) {
         if (number[i] == '.') {
             inFraction = true;
             continue;
@@ -39,6 +73,7 @@ long decimalExponent(std::string_view number) {
         exponent -= !found && inFraction ? 1 : 0;
         found = found || number[i] != '0';
     }
+    exponent *= hex ? bitsOfHexDigit : 1;
     if (i + 1 < number.size()) {
         std::string_view digits = number.substr(i + 1);
         constexpr std::int32_t huge = std::numeric_limits<std::int32_t>::max();
@@ -95,31 +130,25 @@ Scanned scanReal(std::string_view& text, float& value) {
     if (number.starts_with('-') || number.starts_with('+')) {
         return Scanned::nothing;
     }
+    const std::string_view hexPart =
+        startsWithHexPrefix(number) ? hexNumber(number.substr(2)) : std::string_view();
+    const bool hex = !hexPart.empty();
+    const std::string_view source = hex ? hexPart : number;
     float magnitude = 0;
-    std::from_chars_result result{number.data(), std::errc::invalid_argument};
-    bool hex = startsWithHexPrefix(number);
-    if (hex) {
-        result = std::from_chars(number.data() + 2, number.data() + number.size(), magnitude,
-                                 std::chars_format::hex);
-        hex = result.ec != std::errc::invalid_argument;
-    }
-    if (!hex) {
-        result = std::from_chars(number.data(), number.data() + number.size(), magnitude);
-    }
+    const std::from_chars_result result =
+        std::from_chars(source.data(), source.data() + source.size(), magnitude,
+                        hex ? std::chars_format::hex : std::chars_format::general);
     if (result.ec == std::errc::invalid_argument) {
         return Scanned::nothing;
     }
     const std::string_view taken =
-        number.substr(0, static_cast<std::size_t>(result.ptr - number.data()));
+        source.substr(0, static_cast<std::size_t>(result.ptr - source.data()));
     if (result.ec == std::errc::result_out_of_range) {
-        // A hexadecimal number grows with its digits before "p" and with the exponent behind it.
-        const std::size_t power = taken.find_first_of("pP");
-        const bool large = hex ? power == std::string_view::npos || taken[power + 1] != '-'
-                               : decimalExponent(taken) > 0;
+        const bool large = leadingExponent(taken, hex) > 0;
         magnitude = large ? std::numeric_limits<float>::infinity() : 0.0F;
     }
     value = minus ? -magnitude : magnitude;
-    text = number.substr(taken.size());
+    text = {taken.data() + taken.size(), text.data() + text.size()};
     return Scanned::number;
 }
 

@@ -48,9 +48,9 @@ void readObjectNames(TokenReader& tokens, Table<CoordinateRecord>& coordinates) 
     std::int32_t index = 0;
     while (CoordinateRecord* coordinate = nextAssignment(tokens, coordinates, index)) {
         const std::int32_t number = tokens.wordCount(shortestItem, "object names");
-        coordinate->objectName.clear();
-        for (std::int32_t i = 0; i < number; ++i) {
-            coordinate->objectName.emplace_back(tokens.item());
+        coordinate->objectName.allocate(static_cast<std::size_t>(number));
+        for (std::string& name : coordinate->objectName) {
+            name = tokens.item();
         }
     }
 }

@@ -24,8 +24,10 @@ public:
 
     /// The one material of a polygon of a mesh.
     std::size_t take(std::size_t mesh, std::int32_t polygon) {
-        model_.polygons.checkArea(polygon);
         const auto p = static_cast<std::size_t>(polygon);
+        if (p >= named_.size()) {  // a negative number too
+            refuse(mesh, polygon, "no material");
+        }
         if (named_[p] != 1) {
             refuse(mesh, polygon, named_[p] == 0 ? "no material" : "two materials");
         }

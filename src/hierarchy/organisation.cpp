@@ -1,6 +1,8 @@
 #include "hierarchy/organisation.h"
 
+#include <algorithm>
 #include <string>
+#include <vector>
 
 namespace mqf2vxb {
 namespace {
@@ -72,9 +74,14 @@ void checkOneCoordinate(const Model& model, const MaterialRecord& material, std:
     if (model.coordinateLists.length(list) == 1) {
         return;
     }
+    constexpr std::size_t mostTold = 8;
+    const std::vector<std::int32_t> entries = model.coordinateLists.entries(list);
     std::string coordinates;
-    for (const std::int32_t coordinate : model.coordinateLists.entries(list)) {
-        coordinates += " " + std::to_string(coordinate);
+    for (std::size_t i = 0; i < std::min(entries.size(), mostTold); ++i) {
+        coordinates += " " + std::to_string(entries[i]);
+    }
+    if (entries.size() > mostTold) {
+        coordinates += " and more";
     }
     notCorrectData({model.description.frm.fileName},
                    "vertex " + std::to_string(vertex) + " of the shared polygon " +

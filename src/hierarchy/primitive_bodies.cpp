@@ -62,7 +62,7 @@ private:
                                   : bodyOfList_[static_cast<std::size_t>(list)];
         if (body == none) {
             body = static_cast<std::uint32_t>(primitives_.malprim.size());
-            primitives_.malprim.append({list, {}});
+            primitives_.malprim.append({list});
         }
         return body;
     }
@@ -82,9 +82,9 @@ private:
         const auto [place, isNew] =
             entryOfKey_.try_emplace(key, static_cast<std::uint32_t>(entries_.size()));
         if (isNew) {
-            std::vector<PrimitiveTypeEntry>& entries = primitives_.malprim[body].maltype;
+            Table<PrimitiveTypeEntry>& entries = primitives_.malprim[body].maltype;
             entries_.push_back({body, static_cast<std::uint32_t>(entries.size()), 0});
-            entries.push_back({0, type, 0});
+            entries.append({0, type, 0});
         }
         return place->second;
     }
@@ -139,7 +139,7 @@ public:
     CoordinatePrimitiveHeader& header(std::int32_t coordinate) {
         const auto [place, isNew] = headerOf_.try_emplace(coordinate, malprimh_.size());
         if (isNew) {
-            malprimh_.append({coordinate, 0, 0, {}});
+            malprimh_.append({coordinate});
         }
         return malprimh_[place->second];
     }
@@ -156,12 +156,11 @@ void buildPrimitiveHeaders(Primitives& primitives, const CoordinateLists& lists,
     for (std::size_t b = 0; b < independentCount; ++b) {
         const PrimitiveBody& body = primitives.malprim[b];
         for (const std::int32_t coordinate : lists.entries(body.cno)) {
-            auto& maltype = headers.header(coordinate).maltype;
-            maltype.insert(maltype.end(), body.maltype.begin(), body.maltype.end());
+            headers.header(coordinate).maltype.appendAll(body.maltype.records());
         }
     }
     if (sharedExists) {
-        primitives.malsprimh = primitives.malprim[independentCount].maltype;
+        primitives.malsprimh.appendAll(primitives.malprim[independentCount].maltype.records());
     }
 }
 

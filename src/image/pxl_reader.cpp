@@ -20,11 +20,11 @@ public:
 
     std::uint32_t word() { return take(1, "the file ends before its header is complete")[0]; }
 
-    ImageBlock block(const std::string& what) {
+    PxlBlock block(const std::string& what) {
         const auto length = static_cast<std::int32_t>(
             take(1, "the file ends before the length of its " + what + " block")[0]);
         // The length counts its own word, and a block has its two header words at least.
-        constexpr std::int32_t shortest = wordSize * (1 + ImageBlock::headerWords);
+        constexpr std::int32_t shortest = wordSize * (1 + PxlBlock::headerWords);
         if (length < shortest) {
             notCorrectData({name_}, "the " + what + " block is " + std::to_string(length) +
                                         " bytes long, shorter than its header");

@@ -1,5 +1,9 @@
 #include "model/coordinate_lists.h"
 
+#include <new>
+
+#include "driver/diagnostics.h"
+
 namespace mqf2vxb {
 namespace {
 
@@ -19,18 +23,28 @@ CoordinateLists::CoordinateLists()
 CoordinateListId CoordinateLists::append(CoordinateListId list, std::int32_t coordinate) {
     const std::uint64_t key = keyOf(list, coordinate);
     if (key != latestKey_) {
-        const auto [place, isNew] =
-            longer_.try_emplace(key, static_cast<CoordinateListId>(nodes_.size()));
-        if (isNew) {
-            const Node shorter = node(list);
-            nodes_.push_back({list, coordinate,
-                              list == CoordinateListId::empty ? coordinate : shorter.first,
-                              shorter.length + 1});
+        try {
+            latest_ = find(key, list, coordinate);
+        } catch (const std::bad_alloc&) {
+            tableAllocationFailed({"Vertex's Coordinate Index Data Base"}, sizeof(Node),
+                                  nodes_.size() + 1, true);
         }
         latestKey_ = key;
-        latest_ = place->second;
     }
     return latest_;
+}
+
+CoordinateListId CoordinateLists::find(std::uint64_t key, CoordinateListId list,
+                                       std::int32_t coordinate) {
+    const auto [place, isNew] =
+        longer_.try_emplace(key, static_cast<CoordinateListId>(nodes_.size()));
+    if (isNew) {
+        const Node shorter = node(list);
+        nodes_.push_back({list, coordinate,
+                          list == CoordinateListId::empty ? coordinate : shorter.first,
+                          shorter.length + 1});
+    }
+    return place->second;
 }
 
 std::vector<std::int32_t> CoordinateLists::entries(CoordinateListId list) const {

@@ -42,6 +42,7 @@ private:
     [[nodiscard]] const Node& node(CoordinateListId list) const {
         return nodes_[static_cast<std::size_t>(list)];
     }
+    CoordinateListId find(std::uint64_t key, CoordinateListId list, std::int32_t coordinate);
 
     std::vector<Node> nodes_;
     std::unordered_map<std::uint64_t, CoordinateListId> longer_;

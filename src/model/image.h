@@ -44,7 +44,7 @@ struct ImagePosition {
 
 /// The block of an image's pixels or of its colour lookup table: two header words, of which the
 /// first is the block's position, and the data.
-struct ImageBlock {
+struct PxlBlock {
     StoredWords words;
 
     [[nodiscard]] bool present() const { return !words.empty(); }
@@ -60,8 +60,8 @@ struct ImageRecord {
     std::string name;
     bool named = false;      ///< a line of the MQF file names this slot
     std::uint32_t mode = 0;  ///< pixel depth: 0 4-bit, 1 8-bit, 2 16-bit
-    ImageBlock clut;         ///< absent in an image without CLUT
-    ImageBlock pixel;
+    PxlBlock clut;           ///< absent in an image without CLUT
+    PxlBlock pixel;
     FileContents file;  ///< what the blocks are views into
 
     [[nodiscard]] bool hasClut() const { return type == type_code::imageWithClut; }

@@ -151,7 +151,7 @@ struct MaterialTable {
         return appearance(lines[material.line]);
     }
     [[nodiscard]] MaterialAppearance appearance(const MaterialLine& line) const {
-        return {line, numbers.data() + line.firstNumber};
+        return {line, numbers.records().data() + line.firstNumber};
     }
 };
 

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
 
 #include "model/coordinate_lists.h"
 #include "model/primitive_type.h"
@@ -20,7 +19,7 @@ struct PrimitiveTypeEntry {
 /// The primitives of one coordinate list, by code in the order of first appearance.
 struct PrimitiveBody {
     CoordinateListId cno = CoordinateListId::empty;  ///< `shared` in the shared body
-    std::vector<PrimitiveTypeEntry> maltype;
+    Table<PrimitiveTypeEntry> maltype{"Primitive Body's Type Data Base"};
 };
 
 /// What is drawn under one coordinate.
@@ -28,7 +27,8 @@ struct CoordinatePrimitiveHeader {
     std::int32_t coord = 0;
     std::uint32_t sharedVertexNum = 0;
     std::uint32_t sharedNormalNum = 0;
-    std::vector<PrimitiveTypeEntry> maltype;  ///< copies, of every body drawn under `coord`
+    /// Copies of those of every body drawn under `coord`.
+    Table<PrimitiveTypeEntry> maltype{"primh->maltype", "check2"};
 };
 
 /// Everything that organisation makes of the polygons.
@@ -37,7 +37,7 @@ struct Primitives {
     Table<PrimitiveBody> malprim{"Primitive Body Data Base"};
     Table<CoordinatePrimitiveHeader> malprimh{"malprimh", "check2"};
     /// The shared body's entries; empty without shared polygons.
-    std::vector<PrimitiveTypeEntry> malsprimh;
+    Table<PrimitiveTypeEntry> malsprimh{"malsprimh.maltype", "check2"};
     std::uint32_t SharedPolygonNum = 0;  ///< material entries whose polygon is shared
     std::uint32_t SharedVertexTotal = 0;
     std::uint32_t SharedNormalTotal = 0;

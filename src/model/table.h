@@ -70,7 +70,7 @@ public:
     [[nodiscard]] Record& operator[](std::size_t index) { return records_[index]; }
     [[nodiscard]] const Record& operator[](std::size_t index) const { return records_[index]; }
 
-    [[nodiscard]] const Record* data() const { return records_.data(); }
+    [[nodiscard]] std::span<const Record> records() const { return records_; }
     [[nodiscard]] std::size_t size() const { return records_.size(); }
     [[nodiscard]] bool empty() const { return records_.empty(); }
     [[nodiscard]] auto begin() { return records_.begin(); }

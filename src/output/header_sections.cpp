@@ -67,7 +67,7 @@ struct PacketTop {
 
 /// The type descriptions of a header. The first one carries bit 23 when the header opens the
 /// first object coordinate's block.
-void putTypes(const std::vector<PrimitiveTypeEntry>& entries, const PacketTop& top,
+void putTypes(const Table<PrimitiveTypeEntry>& entries, const PacketTop& top,
               bool opensFirstCoordinate, OutputWordStream& stream) {
     stream.putWord(static_cast<std::uint32_t>(entries.size()) | bit31, "/* Type Number */");
     PrimitiveTypeCode mark = opensFirstCoordinate ? type_code::first : 0;

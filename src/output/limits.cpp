@@ -21,7 +21,7 @@ void checkLimits(const Model& model) {
     }
     for (const PixelTypeEntry& entry : model.malimage.malpxltype) {
         const std::uint64_t size = 1 + imagetsize(entry.type, entry.images.size());
-        if (entry.images.size() > format::largestNumber || size > format::largestSize) {
+        if (size > format::largestSize) {
             notCorrectData({description.fileName},
                            formatText("%zu images of one type, in more words than the 65535 that "
                                       "the format holds",

@@ -148,7 +148,7 @@ private:
         notCorrectData({model_.description.bnd.fileName},
                        "polygon " + std::to_string(drawn.number) + " of mesh " +
                            std::to_string(mesh_) + " has " + what +
-                           ", unlike the mesh's first polygon");
+                           ", unlike the packets of its mesh");
     }
 
     const Model& model_;

@@ -21,7 +21,7 @@ struct Extent {
 
 /// What the second header word of a block says of its size. The converter only copies that word, so
 /// that it counts only when it agrees with the words of data.
-std::optional<Extent> extentOf(const ImageBlock& block) {
+std::optional<Extent> extentOf(const PxlBlock& block) {
     const std::uint32_t word = block.words[1];
     const Extent extent{word & 0xFFFFU, word >> 16U};
     const std::uint64_t columns = std::uint64_t{extent.width} * extent.height;
@@ -145,10 +145,10 @@ struct Span {
 struct PlacedBlock {
     std::size_t image;
     std::string_view part;
-    const ImageBlock* block;
+    const PxlBlock* block;
 };
 
-bool isSame(const ImageBlock& one, const ImageBlock& other) {
+bool isSame(const PxlBlock& one, const PxlBlock& other) {
     return one.words.bytes() == other.words.bytes();
 }
 
@@ -156,7 +156,7 @@ bool isSame(const ImageBlock& one, const ImageBlock& other) {
 void checkOverlap(const LintedModel& linted, Findings& findings) {
     std::vector<PlacedBlock> blocks;
     std::vector<Span> spans;
-    const auto place = [&](std::size_t image, std::string_view part, const ImageBlock& block) {
+    const auto place = [&](std::size_t image, std::string_view part, const PxlBlock& block) {
         const std::optional<Extent> extent =
             block.present() ? extentOf(block) : std::optional<Extent>{};
         if (!extent) {
