@@ -100,9 +100,11 @@ bool DiskFileSystem::same(const std::string& one, const std::string& other) cons
     if (oneExists && otherExists) {
         return fs::equivalent(one, other, error);
     }
-    // A name without a file yet can only be the same as another such name.
+    if (oneExists != otherExists) {
+        return false;
+    }
     const fs::path target = finalTarget(one);  // empty when its links run in a circle
-    return oneExists == otherExists && !target.empty() && target == finalTarget(other);
+    return !target.empty() && target == finalTarget(other);
 }
 
 }  // namespace mqf2vxb

@@ -63,14 +63,17 @@ BlockWriter::~BlockWriter() {
 }
 
 void BlockWriter::put(std::string_view bytes) {
+    // Copying what is as large as an image costs more than the writes that it saves.
+    constexpr std::size_t large = std::size_t{1} << 15U;
+    if (bytes.size() >= large) {
+        flush();
+        if (!file_->write(bytes)) {
+            cannotWrite(name_);
+        }
+        return;
+    }
     if (bytes.size() > blockSize - used_) {
         flush();
-        if (bytes.size() >= blockSize) {
-            if (!file_->write(bytes)) {
-                cannotWrite(name_);
-            }
-            return;
-        }
     }
     // Unlike memcpy, this takes an empty view, whose data may be null.
     used_ += bytes.copy(block_.get() + used_, bytes.size());
