@@ -1,7 +1,9 @@
 #include "driver/output_word_stream.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
+#include <charconv>
 #include <utility>
 
 #include "driver/diagnostics.h"
@@ -9,7 +11,38 @@
 namespace mqf2vxb {
 namespace {
 
-constexpr std::size_t blockSize = std::size_t{1} << 18U;
+/// The two hex digits of each byte: half the steps of writing digit by digit.
+constexpr auto hexPairs = [] {
+    constexpr std::string_view digits = "0123456789abcdef";
+    std::array<std::array<char, 2>, 256> pairs{};
+    for (std::size_t byte = 0; byte < pairs.size(); ++byte) {
+        pairs[byte] = {digits[byte / 16], digits[byte % 16]};
+    }
+    return pairs;
+}();
+
+constexpr std::size_t hexWordLength = 12;
+constexpr std::size_t mostDigits = 11;  // of a 32-bit number and its sign
+
+/// Writes what a line of hex text starts with, and returns the end.
+char* putHexWord(char* place, std::uint32_t word) {
+    const auto putPair = [place](std::size_t i, std::uint32_t byte) {
+        std::copy_n(hexPairs[byte].data(), 2, place + i);
+    };
+    place[0] = '0';
+    place[1] = 'x';
+    putPair(2, word >> 24U);
+    putPair(4, word >> 16U & 0xFFU);
+    putPair(6, word >> 8U & 0xFFU);
+    putPair(8, word & 0xFFU);
+    place[10] = ',';
+    place[11] = '\t';
+    return place + hexWordLength;
+}
+
+constexpr std::size_t longestHexLine(std::string_view comment) {
+    return hexWordLength + comment.size() + mostDigits + 1;
+}
 
 }  // namespace
 
@@ -88,7 +121,9 @@ OutputWordStream::OutputWordStream(FileSystem& files, const std::string& vxbName
 void OutputWordStream::putWords(std::span<const std::uint32_t> words, std::string_view comment,
                                 std::int32_t argument) {
     vxb_.putWords(words);
-    if (hex_) {
+    if (hex_ && comment.empty()) {
+        putHexLines(words);
+    } else if (hex_) {
         for (const std::uint32_t word : words) {
             putHexLine(word, comment, argument);
         }
@@ -98,32 +133,41 @@ void OutputWordStream::putWords(std::span<const std::uint32_t> words, std::strin
 
 void OutputWordStream::putStored(StoredWords words, std::string_view firstComment) {
     vxb_.put(words.bytes());
-    if (hex_) {
-        for (std::size_t i = 0; i < words.size(); ++i) {
-            putHexLine(words[i], i == 0 ? firstComment : std::string_view{}, -1);
-        }
+    if (hex_ && !words.empty()) {
+        putHexLine(words[0], firstComment, -1);
+        putHexLines(words.from(1));
     }
     position_ += words.size();
 }
 
+/// Lines without comment, as many at a time as a block holds.
+template <class Words>
+void OutputWordStream::putHexLines(const Words& words) {
+    constexpr std::size_t most = BlockWriter::blockSize / (hexWordLength + 1);
+    std::size_t i = 0;
+    while (i < words.size()) {
+        const std::size_t end = std::min(words.size(), i + most);
+        char* place = hex_->room((end - i) * (hexWordLength + 1));
+        for (; i < end; ++i) {
+            place = putHexWord(place, words[i]);
+            *place++ = '\n';
+        }
+        hex_->add(place);
+    }
+}
+
 void OutputWordStream::putHexLine(std::uint32_t word, std::string_view comment,
                                   std::int32_t argument) {
-    constexpr std::string_view digits = "0123456789abcdef";
-    std::array<char, 12> start{'0', 'x', '0', '0', '0', '0', '0', '0', '0', '0', ',', '\t'};
-    for (std::size_t i = 9; i >= 2; --i) {
-        start[i] = digits[word & 0xFU];
-        word >>= 4U;
-    }
-    hex_->put({start.data(), start.size()});
+    char* place = putHexWord(hex_->room(longestHexLine(comment)), word);
     const std::size_t number = argument == -1 ? std::string_view::npos : comment.find("%d");
-    if (number == std::string_view::npos) {
-        hex_->put(comment);
-    } else {
-        hex_->put(comment.substr(0, number));
-        hex_->put(std::to_string(argument));
-        hex_->put(comment.substr(number + 2));
+    if (number != std::string_view::npos) {
+        place += comment.copy(place, number);
+        place = std::to_chars(place, place + mostDigits, argument).ptr;
+        comment.remove_prefix(number + 2);
     }
-    hex_->put("\n");
+    place += comment.copy(place, comment.size());
+    *place++ = '\n';
+    hex_->add(place);
 }
 
 void OutputWordStream::checkPosition(std::uint64_t offset, std::string_view section) const {

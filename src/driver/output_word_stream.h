@@ -24,8 +24,20 @@ public:
     void put(std::string_view bytes);
     void putWord(std::uint32_t word);
     void putWords(std::span<const std::uint32_t> words);
+    /// Where the next bytes go, with room for `size`, at most a block. They count once they are
+    /// added.
+    char* room(std::size_t size) {
+        if (blockSize - used_ < size) {
+            flush();
+        }
+        return block_.get() + used_;
+    }
+    /// Adds the bytes that were written from where room() said up to `end`.
+    void add(const char* end) { used_ = static_cast<std::size_t>(end - block_.get()); }
     /// Writes what is left and closes the file; bytes that could not be written are reported.
     void close();
+
+    static constexpr std::size_t blockSize = std::size_t{1} << 18U;
 
 private:
     void flush();
@@ -44,7 +56,8 @@ public:
     OutputWordStream(FileSystem& files, const std::string& vxbName, const std::string* hexName);
 
     /// Puts words that share a comment. A "%d" in the comment stands for `argument`, unless that
-    /// is -1. The comment has no line feed; an empty one leaves the word alone on its line.
+    /// is -1. The comment has no line feed and is short; an empty one leaves the word alone on its
+    /// line.
     void putWords(std::span<const std::uint32_t> words, std::string_view comment = {},
                   std::int32_t argument = -1);
     void putWord(std::uint32_t word, std::string_view comment = {}, std::int32_t argument = -1) {
@@ -62,6 +75,8 @@ public:
     void closeHex();
 
 private:
+    template <class Words>
+    void putHexLines(const Words& words);
     void putHexLine(std::uint32_t word, std::string_view comment, std::int32_t argument);
 
     BlockWriter vxb_;

@@ -23,11 +23,10 @@ public:
     [[nodiscard]] bool empty() const { return bytes_.empty(); }
     [[nodiscard]] std::string_view bytes() const { return bytes_; }
     [[nodiscard]] std::uint32_t operator[](std::size_t index) const {
-        std::uint32_t word = 0;
-        for (std::size_t i = 4; i > 0; --i) {
-            word = word << 8U | static_cast<unsigned char>(bytes_[4 * index + i - 1]);
-        }
-        return word;
+        const auto byte = [start = bytes_.data() + 4 * index](std::size_t i) {
+            return std::uint32_t{static_cast<unsigned char>(start[i])};
+        };
+        return byte(0) | byte(1) << 8U | byte(2) << 16U | byte(3) << 24U;
     }
     [[nodiscard]] StoredWords from(std::size_t index) const {
         return StoredWords(bytes_.substr(4 * index));
