@@ -147,7 +147,7 @@ TEST(Robustness, EveryAllocationThatFailsIsReported) {
          {"PXL", "CLP", "Vertex", "Normal", "Polygon", "Pivot", "Coordinate", "Mesh",
           "Animation Index", "Animation Sequence Header", "Material", "Primitive Body",
           "Animation Sequence", "Animation Packet Type", "Animation Packet",
-          "Coordinate's Object Name", "Primitive Body's Type"}) {
+          "Coordinate's Object Name", "Primitive Body's Type", "Mesh's Polygon Index"}) {
         expected.insert(table("malloc", name + std::string(" Data Base")));
     }
     for (const char* const name :

@@ -46,7 +46,7 @@ void readModel(const std::string& mqfName, Inputs& inputs, Model& model) {
         readMaterials(inputs, description.srf.fileName, model.materials);
     }
     if (description.bnd.given) {
-        readMeshFile(inputs, description.bnd.fileName, model.meshes);
+        readMeshFile(inputs, description.bnd.fileName, model.meshes, model.meshPolygons);
     }
     if (description.axs.given) {
         readPivots(inputs, description.axs.fileName, model.pivots);

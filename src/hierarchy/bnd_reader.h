@@ -9,6 +9,7 @@
 namespace mqf2vxb {
 
 /// Reads the polygon numbers of every mesh. They are not checked here.
-void readMeshFile(Inputs& inputs, const std::string& fileName, Table<MeshRecord>& meshes);
+void readMeshFile(Inputs& inputs, const std::string& fileName, Table<MeshRecord>& meshes,
+                  Table<MeshPolygon>& meshPolygons);
 
 }  // namespace mqf2vxb

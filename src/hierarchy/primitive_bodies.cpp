@@ -195,7 +195,7 @@ void buildMeshPrimitiveBodies(Model& model) {
     buildBodies(model, model.meshes);
     // A mesh of one polygon is written as that polygon.
     for (const MeshRecord& mesh : model.meshes) {
-        model.materials.records[mesh.materials.front()].group = mesh.group;
+        model.materials.records[model.polygonsOf(mesh).front().material].group = mesh.group;
     }
 }
 

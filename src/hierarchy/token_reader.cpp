@@ -1,17 +1,37 @@
 #include "hierarchy/token_reader.h"
 
+#include <array>
+
 #include "driver/scan.h"
 
 namespace mqf2vxb {
 namespace {
 
-constexpr std::string_view wordSeparators = " \t\n";
-constexpr std::string_view itemSeparators = " \t\n,";
-constexpr std::string_view rangeStops = " \t\n,-";
+using Kinds = std::uint8_t;
+constexpr Kinds none = 0;
+constexpr Kinds lineFeed = 1;
+constexpr Kinds blank = 2;
+constexpr Kinds comma = 4;
+constexpr Kinds dash = 8;
+/// Characters that need a look at what follows: they may start a comment or a line end, or stand
+/// behind the text.
+constexpr Kinds special = 16;
 
-bool contains(std::string_view characters, int c) {
-    return characters.find(static_cast<char>(c)) != std::string_view::npos;
-}
+constexpr Kinds wordSeparators = lineFeed | blank;
+constexpr Kinds itemSeparators = wordSeparators | comma;
+constexpr Kinds rangeStops = itemSeparators | dash;
+
+constexpr std::array<Kinds, 256> kindTable = [] {
+    std::array<Kinds, 256> kinds{};
+    kinds['\n'] = lineFeed;
+    kinds[' '] = kinds['\t'] = blank;
+    kinds[','] = comma;
+    kinds['-'] = dash;
+    kinds['#'] = kinds['\r'] = kinds['\0'] = special;
+    return kinds;
+}();
+
+bool isOne(char c, Kinds kinds) { return (kindTable[static_cast<unsigned char>(c)] & kinds) != 0; }
 
 }  // namespace
 
@@ -42,26 +62,50 @@ void TokenReader::skipPast(char wanted) {
     }
 }
 
-/// Reads into the token up to one of `stops`, which is returned, or the end of the file.
-int TokenReader::readToken(std::string_view skipped, std::string_view stops) {
-    token_.clear();
+/// Reads the token up to one of `stops`, which is returned, or the end of the file.
+int TokenReader::readToken(Kinds skipped, Kinds stops) {
+    if (readPlainToken(skipped, stops)) {
+        return static_cast<unsigned char>(rest_.data()[-1]);
+    }
+    gathered_.clear();
     int c = readChar();
-    while (c != endOfFile && contains(skipped, c)) {
+    while (c != endOfFile && isOne(static_cast<char>(c), skipped)) {
         c = readChar();
     }
     tokenStart_ = rest_.data() - (c == endOfFile ? 0 : 1);
-    while (c != endOfFile && !contains(stops, c)) {
-        if (token_.size() == longestName) {
+    while (c != endOfFile && !isOne(static_cast<char>(c), stops)) {
+        if (gathered_.size() == longestName) {
             refuse("text longer than 255 characters");
         }
-        token_.push_back(static_cast<char>(c));
+        gathered_.push_back(static_cast<char>(c));
         c = readChar();
     }
+    token_ = gathered_;
     return c;
 }
 
+/// Reads the token and its stop where they stand in one piece, as nearly all do: several times as
+/// fast as going by characters. False without having read anything when they do not.
+bool TokenReader::readPlainToken(Kinds skipped, Kinds stops) {
+    const char* at = rest_.data();
+    while (isOne(*at, skipped)) {
+        ++at;
+    }
+    const char* const start = at;
+    while (!isOne(*at, stops | special)) {
+        ++at;
+    }
+    token_ = {start, at};
+    tokenStart_ = start;
+    if (isOne(*at, special) || token_.size() > longestName) {
+        return false;
+    }
+    rest_.remove_prefix(static_cast<std::size_t>(at + 1 - rest_.data()));
+    return true;
+}
+
 /// A token whose first character the file has to hold; the end of the file may end it.
-int TokenReader::readWholeToken(std::string_view skipped, std::string_view stops) {
+int TokenReader::readWholeToken(Kinds skipped, Kinds stops) {
     const int stop = readToken(skipped, stops);
     if (stop == endOfFile && token_.empty()) {
         lines_.refuseFile("the file ends before it is complete");
@@ -69,9 +113,7 @@ int TokenReader::readWholeToken(std::string_view skipped, std::string_view stops
     return stop;
 }
 
-std::string_view TokenReader::text() const {
-    return std::string_view(token_).substr(0, token_.find('\0'));
-}
+std::string_view TokenReader::text() const { return token_.substr(0, token_.find('\0')); }
 
 /// The token read last, which an observer hears of.
 std::string_view TokenReader::taken(TokenKind kind) const {
@@ -82,7 +124,7 @@ std::string_view TokenReader::taken(TokenKind kind) const {
 }
 
 std::string_view TokenReader::restOfLine() {
-    readWholeToken({}, "\n");
+    readWholeToken(none, lineFeed);
     return taken(TokenKind::restOfLine);
 }
 
@@ -136,22 +178,21 @@ std::int32_t TokenReader::number(std::string_view token) const {
     return value;
 }
 
-std::int32_t TokenReader::restOfLineCount(std::size_t recordSize, const std::string& what) {
+std::int32_t TokenReader::restOfLineCount(std::size_t recordSize, std::string_view what) {
     return checkCount(number(restOfLine()), recordSize, what);
 }
 
-std::int32_t TokenReader::wordCount(std::size_t recordSize, const std::string& what) {
+std::int32_t TokenReader::wordCount(std::size_t recordSize, std::string_view what) {
     return checkCount(number(word()), recordSize, what);
 }
 
 std::int32_t TokenReader::checkCount(std::int32_t count, std::size_t recordSize,
-                                     const std::string& what) const {
+                                     std::string_view what) const {
     if (count < 0) {
-        refuse("negative number of " + what);
+        refuse("negative number of " + std::string(what));
     }
-    // The last record may end with the file instead of a separator.
-    if (static_cast<std::size_t>(count) > (rest_.size() + 1) / recordSize) {
-        refuse("more " + what + " announced than the file can hold");
+    if (static_cast<std::size_t>(count) > mostRecords(recordSize)) {
+        refuse("more " + std::string(what) + " announced than the file can hold");
     }
     return count;
 }

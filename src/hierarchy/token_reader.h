@@ -26,6 +26,11 @@ public:
     static constexpr int endOfFile = -1;
     /// The next character behind comments, or endOfFile.
     int readChar();
+    /// The most records of at least `recordSize` characters that the rest of the file can hold.
+    [[nodiscard]] std::size_t mostRecords(std::size_t recordSize) const {
+        // The last record may end with the file instead of a separator.
+        return (rest_.size() + 1) / recordSize;
+    }
     /// Skips everything up to and including the next `wanted`.
     void skipPast(char wanted);
 
@@ -51,9 +56,9 @@ public:
     std::int16_t wordNumber16() { return static_cast<std::int16_t>(wordNumber()); }
     /// The rest of the line as a count: refused when it is negative, or larger than the rest of
     /// the file can hold when each of `what` takes at least `recordSize` characters.
-    std::int32_t restOfLineCount(std::size_t recordSize, const std::string& what);
+    std::int32_t restOfLineCount(std::size_t recordSize, std::string_view what);
     /// A word as a count, checked the same way.
-    std::int32_t wordCount(std::size_t recordSize, const std::string& what);
+    std::int32_t wordCount(std::size_t recordSize, std::string_view what);
 
     /// Nothing more is read.
     void finish() const;
@@ -62,17 +67,21 @@ public:
     [[noreturn]] void refuse(const std::string& cause) const;
 
 private:
-    int readToken(std::string_view skipped, std::string_view stops);
-    int readWholeToken(std::string_view skipped, std::string_view stops);
+    using Kinds = std::uint8_t;  // kinds of characters, as bits
+
+    int readToken(Kinds skipped, Kinds stops);
+    bool readPlainToken(Kinds skipped, Kinds stops);
+    int readWholeToken(Kinds skipped, Kinds stops);
     [[nodiscard]] std::string_view text() const;
     [[nodiscard]] std::string_view taken(TokenKind kind) const;
     [[nodiscard]] std::int32_t checkCount(std::int32_t count, std::size_t recordSize,
-                                          const std::string& what) const;
+                                          std::string_view what) const;
 
     const LineReader& lines_;
     std::string_view rest_;
-    std::string token_;
+    std::string_view token_;
     const char* tokenStart_ = nullptr;
+    std::string gathered_;  // a token that is not in one piece in the file
 };
 
 /// The most vertices that the assignment lines or groups of one file may name: a few characters

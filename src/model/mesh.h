@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
 
 #include "model/coordinate_lists.h"
 #include "model/primitive_type.h"
@@ -12,9 +11,15 @@ namespace mqf2vxb {
 struct MeshRecord {
     PrimitiveTypeCode type = 0;
     CoordinateListId cno = CoordinateListId::empty;
-    std::vector<std::int32_t> poly;        ///< polygon numbers in strip order
-    std::vector<std::uint32_t> materials;  ///< the material of each polygon of `poly`
-    std::uint32_t group = 0;               ///< packet group that it is written in
+    std::uint32_t firstPolygon = 0;  ///< index into Model::meshPolygons
+    std::uint32_t polyNum = 0;
+    std::uint32_t group = 0;  ///< packet group that it is written in
+};
+
+/// A polygon of a mesh.
+struct MeshPolygon {
+    std::int32_t number = 0;     ///< index into the Polygon Data Base
+    std::uint32_t material = 0;  ///< index into the Material Data Base
 };
 
 }  // namespace mqf2vxb

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <span>
 #include <string>
 #include <vector>
 
@@ -27,6 +28,8 @@ struct Model {
     Table<PolygonRecord> polygons{"Polygon Data Base"};
     MaterialTable materials;
     Table<MeshRecord> meshes{"Mesh Data Base"};
+    /// The polygons of all meshes, mesh after mesh: a mesh has too few for a table of its own.
+    Table<MeshPolygon> meshPolygons{"Mesh's Polygon Index Data Base"};
     Table<PivotRecord> pivots{"Pivot Data Base"};
     Table<CoordinateRecord> coordinates{"Coordinate Data Base"};
     std::string GroupFileName;  ///< as the FRM file gives it
@@ -37,6 +40,11 @@ struct Model {
     Primitives primitives;
     ImageTypes malimage;
     std::vector<PrimitiveTypeCode> aptype;  ///< the Animation Packet Type Table
+
+    /// The polygons of a mesh in strip order.
+    [[nodiscard]] std::span<const MeshPolygon> polygonsOf(const MeshRecord& mesh) const {
+        return meshPolygons.records().subspan(mesh.firstPolygon, mesh.polyNum);
+    }
 };
 
 }  // namespace mqf2vxb

@@ -22,7 +22,7 @@ std::vector<std::uint64_t> primtsize(const Model& model) {
         if (form->strip()) {
             constexpr std::uint64_t countWord = 1;
             sizes[mesh.group] +=
-                countWord + form->size() + (mesh.poly.size() - 1) * form->furtherSize();
+                countWord + form->size() + std::uint64_t{mesh.polyNum - 1} * form->furtherSize();
         }
     }
     return sizes;

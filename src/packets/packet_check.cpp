@@ -81,8 +81,9 @@ public:
             if (form == nullptr || !form->strip()) {
                 continue;
             }
-            for (const std::uint32_t material : model_.meshes[mesh_].materials) {
-                checkFillsStrip(*form, drawnPolygon(model_, model_.materials.records[material]));
+            for (const MeshPolygon& polygon : model_.polygonsOf(model_.meshes[mesh_])) {
+                checkFillsStrip(*form,
+                                drawnPolygon(model_, model_.materials.records[polygon.material]));
             }
         }
     }

@@ -37,8 +37,8 @@ void walkDrawn(const Model& model, Visitor& visitor) {
         visitor.strip(*form, i);
         StripVertices vertices;
         std::size_t k = 0;
-        for (const std::uint32_t material : mesh.materials) {
-            DrawnPolygon drawn = drawnPolygon(model, model.materials.records[material]);
+        for (const MeshPolygon& polygon : model.polygonsOf(mesh)) {
+            DrawnPolygon drawn = drawnPolygon(model, model.materials.records[polygon.material]);
             vertices.follow(drawn, k);
             visitor.stripPolygon(*form, drawn, k++);
         }

@@ -48,7 +48,7 @@ public:
 
     void strip(const PacketForm& /*form*/, std::size_t mesh) {
         stripNext_ = &next_[model_.meshes[mesh].group];
-        words_[(*stripNext_)++] = static_cast<std::uint32_t>(model_.meshes[mesh].poly.size());
+        words_[(*stripNext_)++] = model_.meshes[mesh].polyNum;
     }
 
     void stripPolygon(const PacketForm& form, const DrawnPolygon& drawn, std::size_t k) {

@@ -19,7 +19,7 @@ public:
         std::size_t token = 1;
         for (const MeshRecord& mesh : linted.model.meshes) {
             firstToken_.push_back(token + 1);
-            token += 1 + mesh.poly.size();
+            token += 1 + mesh.polyNum;
         }
     }
 
@@ -42,8 +42,8 @@ public:
         }
         const MeshRecord& mesh = linted_.model.meshes[mesh_];
         const MaterialTable& materials = linted_.model.materials;
-        const MaterialAppearance first =
-            materials.appearance(materials.records[mesh.materials.front()]);
+        const MaterialAppearance first = materials.appearance(
+            materials.records[linted_.model.polygonsOf(mesh).front().material]);
         const MaterialAppearance& look = drawn.appearance;
         if (look.flag != first.flag || look.shading != first.shading || look.kind != first.kind) {
             findings_.add(kind::stripMixed, place, polygon);
