@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <random>
-#include <regex>
 #include <set>
 
 #include "driver/convert.h"
@@ -54,7 +53,7 @@ std::string result(MemoryFileSystem& files, Inputs inputs) {
         writeModel(model, options, files);
         return files.outputs.at("m.vxb");
     } catch (const Report& report) {
-        return std::regex_replace(report.text(), std::regex("address *:0x[0-9a-f]*"), "address");
+        return report.text().substr(0, report.text().find("Top address"));
     }
 }
 
