@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <memory>
 #include <string_view>
@@ -10,6 +11,10 @@ namespace mqf2vxb {
 /// The bytes of one file, read in one gulp. Views into it stay good when it is moved.
 class FileContents {
 public:
+    /// So many NUL characters follow the text: a scan may look ahead that far, and one that no NUL
+    /// passes has to look for no end.
+    static constexpr std::size_t padding = 8;
+
     FileContents() = default;
     /// Room for `size` bytes, to be filled through data().
     explicit FileContents(std::size_t size)
@@ -18,16 +23,15 @@ public:
     }
 
     [[nodiscard]] char* data() { return bytes_.get(); }
-    [[nodiscard]] std::string_view text() const { return {bytes_.get(), size_}; }
+    [[nodiscard]] std::string_view text() const {
+        static constexpr std::array<char, padding> nothing{};
+        return {bytes_ ? bytes_.get() : nothing.data(), size_};
+    }
     /// Keeps the first `size` bytes.
     void shrink(std::size_t size) {
         size_ = size;
         std::fill_n(bytes_.get() + size, padding, '\0');
     }
-
-    /// So many NUL characters follow the text: a scan may look ahead that far, and one that no NUL
-    /// passes has to look for no end.
-    static constexpr std::size_t padding = 8;
 
 private:
     std::unique_ptr<char[]> bytes_;
