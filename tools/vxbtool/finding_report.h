@@ -25,9 +25,9 @@ struct ReportedFinding {
     std::int64_t line = 0;
     std::int64_t column = 0;
     std::optional<std::uint32_t> offset = {};  ///< where in a VXB file, in words
-    std::size_t occurrences = 1;       ///< findings that this one stands for, itself counted
-    std::vector<std::int64_t> others;  ///< lines or word offsets of the first of the others
-    std::string source;                ///< the text of the line
+    std::size_t occurrences = 1;            ///< findings that this one stands for, itself counted
+    std::vector<std::int64_t> others = {};  ///< lines or word offsets of the first of the others
+    std::string source = {};                ///< the text of the line
 };
 
 /// What was found in one file of the command line and in the files that it names.
