@@ -134,12 +134,18 @@ void addReportOptions(CLI::App& command, ReportOptions& options, std::vector<std
     command.add_flag("--json", options.json, "Report as JSON");
     command.add_flag("--werror", options.werror, "Warnings fail too");
     command.add_flag("--all", options.all, "Report equal findings one by one");
+    const auto checkCode = [codes = std::move(codes)](const std::string& code) {
+        const bool known = std::find(codes.begin(), codes.end(), code) != codes.end();
+        return known ? ""
+                     : fmt::format("{} is none of the codes {} to {}", code, codes.front(),
+                                   codes.back());
+    };
     command.add_option("-W", options.off, "Do not report findings of this code; may be repeated")
-        ->type_name("CODE")
+        ->option_text("CODE")
         ->expected(1)
         ->allow_extra_args(false)
         ->take_all()
-        ->check(CLI::IsMember(std::move(codes)).description(""));
+        ->check(checkCode);
 }
 
 void selectFindings(std::vector<ReportedFinding>& findings, const ReportOptions& options) {

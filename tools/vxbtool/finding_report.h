@@ -46,7 +46,7 @@ struct ReportOptions {
     std::vector<std::string> off;  ///< codes that are not reported
 };
 
-/// Adds the options. `codes` are those that "-W" takes.
+/// Adds the options. `codes`, at least one and in their order, are those that "-W" takes.
 void addReportOptions(CLI::App& command, ReportOptions& options, std::vector<std::string> codes);
 
 /// Leaves out what `options` turns off and, unless they ask for all, folds equal findings into the
