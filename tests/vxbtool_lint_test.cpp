@@ -1,6 +1,4 @@
-#include <charconv>
 #include <fstream>
-#include <map>
 #include <set>
 #include <sstream>
 #include <string>
@@ -10,7 +8,6 @@
 #include <nlohmann/json.hpp>
 
 #include "support/memory_files.h"
-#include "vxbtool/finding_catalogue.h"
 #include "vxbtool/finding_report.h"
 #include "vxbtool/lint/catalogue.h"
 #include "vxbtool/lint/lint.h"
@@ -99,14 +96,6 @@ TEST(LintCatalogue, EveryKindIsRaisedByACase) {
         EXPECT_TRUE(codes.insert(kind->code).second) << kind->code;
         EXPECT_THAT(reports, testing::HasSubstr("[" + std::string(kind->code) + "]"));
     }
-}
-
-TEST(LintCatalogue, IsTheOneInTheDocuments) {
-    std::ifstream stream(MQF2VXB_DOCUMENTS "/findings.md");
-    std::stringstream text;
-    text << stream.rdbuf();
-    EXPECT_EQ(text.str(), catalogueDocument())
-        << "update it by: vxbtool finding-catalogue > docs/findings.md";
 }
 
 /// The case of equal findings: vertices 4 to 12, on lines 7 to 15, are not used.

@@ -37,7 +37,7 @@ void ConvertConsole::ended(std::size_t index, ConvertOutcome outcome) {
                fmt::format("[{}/{}] {:.{}}", endedCount_, jobs_.size(), jobs_[index].model,
                            longestShown);
     }
-    print(std::move(text));
+    print(text);
 }
 
 bool ConvertConsole::finish() {
@@ -53,11 +53,11 @@ bool ConvertConsole::finish() {
     if (failures != 0 && jobs_.size() > 1) {
         text += fmt::format("\n{} of {} models failed:\n{}", failures, jobs_.size(), failed);
     }
-    print(std::move(text));
+    print(text);
     return failures == 0;
 }
 
-void ConvertConsole::print(std::string text) const {
+void ConvertConsole::print(const std::string& text) {
     // In one piece, so that programs that run side by side do not mix their lines.
     std::fwrite(text.data(), 1, text.size(), stderr);
     std::fflush(stderr);

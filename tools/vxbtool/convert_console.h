@@ -22,7 +22,7 @@ public:
     bool finish();
 
 private:
-    void print(std::string text) const;
+    static void print(const std::string& text);
 
     std::span<const ConvertJob> jobs_;
     bool showProgress_;

@@ -24,7 +24,7 @@ namespace {
 /// An output that is a hard link to an input is no danger: it is replaced, not written into.
 void checkNoInputIsOutput(const ConvertFiles& files, const ConvertRun& run) {
     for (const std::string& input : files.opened()) {
-        if (run.outputs.count(mqf2vxb::finalTarget(input)) != 0) {
+        if (run.outputs.contains(mqf2vxb::finalTarget(input))) {
             mqf2vxb::notCorrectData({input}, "this input is also an output");
         }
     }

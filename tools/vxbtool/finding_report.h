@@ -24,11 +24,10 @@ struct ReportedFinding {
     // Where in a text file, counted from 1; 0 is not known.
     std::int64_t line = 0;
     std::int64_t column = 0;
-    std::optional<std::uint32_t> offset;  ///< where in a VXB file, in words
-    /// Findings that this one stands for; the places of the first of the others follow.
-    std::size_t occurrences = 1;
-    std::vector<std::int64_t> others;  ///< lines or word offsets
-    std::string source;                ///< the text of the line
+    std::optional<std::uint32_t> offset = {};  ///< where in a VXB file, in words
+    std::size_t occurrences = 1;            ///< findings that this one stands for, itself counted
+    std::vector<std::int64_t> others = {};  ///< lines or word offsets of the first of the others
+    std::string source = {};                ///< the text of the line
 };
 
 /// What was found in one file of the command line and in the files that it names.
@@ -47,7 +46,7 @@ struct ReportOptions {
     std::vector<std::string> off;  ///< codes that are not reported
 };
 
-/// Adds the options. `codes` are those that "-W" takes.
+/// Adds the options. `codes`, at least one and in their order, are those that "-W" takes.
 void addReportOptions(CLI::App& command, ReportOptions& options, std::vector<std::string> codes);
 
 /// Leaves out what `options` turns off and, unless they ask for all, folds equal findings into the

@@ -84,13 +84,14 @@ FileReport lintFile(const std::string& model, float scale, const std::string& ba
 void addLint(CLI::App& app, Session& session) {
     CLI::App* command = app.add_subcommand("lint", "Find what converts and is surely not meant");
     const auto arguments = std::make_shared<LintArguments>();
-    command->add_option("MODEL", arguments->models, "Model descriptions to look at")
-        ->type_name("")
+    command->add_option("MODEL", arguments->models, "The model files (.mqf)")
+        ->option_text("...")
         ->required();
     command->add_option("--scale", arguments->scale, "Factor on every vertex coordinate")
-        ->type_name("F");
-    command->add_option("--base", arguments->base, "Open relative names in the model from DIR")
-        ->type_name("DIR");
+        ->option_text("F");
+    command
+        ->add_option("--base", arguments->base, "Open relative names in the model from this folder")
+        ->option_text("DIR");
     addReportOptions(*command, arguments->report, lintCodes());
     command->footer(examples);
     command->callback([arguments, &session] { session.status = runLint(*arguments); });

@@ -55,8 +55,7 @@ std::int32_t firstNamed(const TracedToken& range, IsNamed isNamed) {
 class HierarchyCheck {
 public:
     HierarchyCheck(const LintedModel& linted, Findings& findings)
-        : linted_(linted),
-          model_(linted.model),
+        : model_(linted.model),
           source_(linted.source),
           findings_(findings),
           vertexNamed_(model_.vertices.size()) {}
@@ -77,7 +76,7 @@ public:
         }
         for (std::size_t i = 0; i < model_.pivots.size(); ++i) {
             const std::int32_t coordinate = model_.pivots[i].coord;
-            if (coordinatesWithVertices_.count(coordinate) == 0) {
+            if (!coordinatesWithVertices_.contains(coordinate)) {
                 findings_.add(kind::pivotUnused, source_.pivot(i),
                               fmt::arg("coordinate", coordinate));
             }
@@ -203,14 +202,14 @@ private:
         for (const auto& [coordinate, assignment] : latest) {
             for (const TracedToken* object : assignment->items) {
                 carried.insert(object->text);
-                if (groupNames.count(object->text) == 0) {
+                if (!groupNames.contains(object->text)) {
                     findings_.add(kind::objectUnknown, placeOf(*source_.frm, *object),
                                   fmt::arg("name", object->text));
                 }
             }
         }
         for (const NamedList& group : groups) {
-            if (carried.count(group.name->text) == 0) {
+            if (!carried.contains(group.name->text)) {
                 findings_.add(kind::groupUnused, placeOf(*source_.sqx, *group.name),
                               fmt::arg("name", group.name->text));
             }
@@ -229,7 +228,6 @@ private:
         return placeOf(*source_.frm, source_.coordinate(coordinate, value));
     }
 
-    const LintedModel& linted_;
     const Model& model_;
     const SourceMap& source_;
     Findings& findings_;

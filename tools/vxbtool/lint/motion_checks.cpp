@@ -75,7 +75,7 @@ private:
 
     /// A name that is missing on its line is another finding.
     void checkName(const std::string& name, std::size_t position) {
-        if (!name.empty() && labels_.count(name) == 0) {
+        if (!name.empty() && !labels_.contains(name)) {
             findings_.add(kind::nameUnknown, word(position), fmt::arg("name", name));
         }
     }
@@ -107,7 +107,7 @@ private:
 
     void checkStep(const AnimationSequenceRecord& step, const TracedLine* label) {
         using Kind = AnimationSequenceRecord::Kind;
-        if (label != nullptr && named_.count(step.label) == 0) {
+        if (label != nullptr && !named_.contains(step.label)) {
             findings_.add(kind::labelUnused, wordPlace(file_, *label, 0),
                           fmt::arg("label", step.label));
         }
@@ -126,7 +126,7 @@ private:
                 types_.insert(group.type);
             }
         }
-        return types_.count(type) != 0;
+        return types_.contains(type);
     }
 
     void checkKeyFrames(const AnimationPacketTypeRecord& group) {
