@@ -25,11 +25,7 @@ VxbFile readWords(const Words& words) { return readVxb(bytesOf(words)); }
 TEST(Reader, FindsNoErrorInConvertedFiles) {
     EXPECT_EQ(
         show(readWords(smallWords())),
-        "word 203: warning VXB042: the animated coordinate has no step to start with (65535)\n"
-        "word 244: warning VXB050: an image's pixels has 2 words of data; its width and height "
-        "make 128\n"
-        "word 247: warning VXB050: an image's lookup table has 1 words of data; its width and "
-        "height make 8\n");
+        "word 203: warning VXB042: the animated coordinate has no step to start with (65535)\n");
     const auto without = [](auto&&... parts) {
         ModelFiles model = smallModel();
         ((model.*parts = {}), ...);
@@ -146,7 +142,6 @@ const std::vector<Damage> damages{
     {47, {{"step 4", 0, 0x0100000E}}},
     {48, {{"step 1", 0, 0x0106000C}}},
     {49, {{"pixels offset", 1, 9}}},
-    {50, {{"pixels size", 1, 0x00020002}}},
 };
 
 /// The words by their names, in the order of the file.
@@ -187,7 +182,9 @@ TEST(Reader, NamesTheFaultOfADamagedFile) {
     plain.push_back(0);
     expectMore(finding::oddBlock, readWords(plain), soundFile);
     for (const FindingKind* kind : findingKinds()) {
-        EXPECT_TRUE(seen.contains(kind->number) || kind == &finding::tooLong) << kind->code();
+        EXPECT_TRUE(seen.contains(kind->number) || kind == &finding::tooLong ||
+                    kind == &finding::unreadable)
+            << kind->code();
     }
 }
 

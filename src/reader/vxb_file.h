@@ -220,6 +220,12 @@ struct ImageBlock {
     std::uint32_t height = 0;
     std::uint32_t offset = 0;  ///< of the data, in the file
     std::uint32_t words = 0;
+
+    /// The format gives the word of width and height no meaning. They are the block's size only
+    /// when they make as many words as there are.
+    [[nodiscard]] bool sized() const {
+        return words != 0 && (std::uint64_t{width} * height + 1) / 2 == words;
+    }
 };
 
 struct Image {
@@ -228,7 +234,7 @@ struct Image {
     std::optional<ImageBlock> clut;
 
     /// Bits of a pixel: 16 without a lookup table, else as many as the table's colours need; 0
-    /// when its width tells neither 4 nor 8.
+    /// when their number tells neither 4 nor 8.
     [[nodiscard]] unsigned depth() const;
 };
 

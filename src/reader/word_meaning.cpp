@@ -77,18 +77,24 @@ bool isNumbered(Part part) {
     return std::find(numbered.begin(), numbered.end(), part) != numbered.end();
 }
 
-constexpr std::array<std::string_view, globalHeaderNum> globalHeaderNames{"independent", "shared",
-                                                                          "animation", "image"};
+}  // namespace
 
 std::string regionName(const Region& region) {
     const std::string name = partName(region.part);
     if (region.part == Part::globalHeader) {
-        return std::string(globalHeaderNames[region.index]) + " " + name;
+        return std::string(globalHeaderName(static_cast<GlobalHeaderKind>(region.index))) + " " +
+               name;
     }
     return isNumbered(region.part) ? name + " " + number(region.index) : name;
 }
 
-std::string typeText(PrimitiveTypeCode type) {
+std::string_view globalHeaderName(GlobalHeaderKind kind) {
+    constexpr std::array<std::string_view, globalHeaderNum> names{"independent", "shared",
+                                                                  "animation", "image"};
+    return names[static_cast<std::size_t>(kind)];
+}
+
+std::string formName(PrimitiveTypeCode type) {
     constexpr std::array<std::string_view, 5> families{"lit", "unlit", "window", "unlit window",
                                                        "double"};
     constexpr std::array<std::string_view, 3> shapes{"triangles", "quadrangles", "strips"};
@@ -102,6 +108,8 @@ std::string typeText(PrimitiveTypeCode type) {
     text += form->textured ? "textured " : "";
     return text + std::string(shapes[static_cast<std::size_t>(form->shape)]);
 }
+
+namespace {
 
 std::string fieldText(Field field, std::uint32_t value) {
     switch (field) {
@@ -144,7 +152,7 @@ std::string join(const std::string& a, const std::string& b, std::string_view se
 }
 
 /// Describes the words of one region. Each function gives the words of one part in their order;
-/// words that are left over at the region's end have no name.
+/// words that are left over at the region's end, which only a damaged file has, have no name.
 class Describer {
 public:
     Describer(const VxbFile& file, const Region& region, const WordVisitor& visit)
@@ -153,7 +161,7 @@ public:
     void describe() {
         describePart();
         while (next_ < region_.end()) {
-            word("", "");
+            word("", region_.part == Part::unknown ? "" : "not decoded");
         }
     }
 
@@ -164,8 +172,7 @@ private:
 
     void word(std::string_view name, const std::string& meaning) {
         if (next_ < region_.end()) {
-            visit_(
-                {next_, file_.words[next_], sectionOf(region_.part), std::string(name), meaning});
+            visit_({next_, file_.words[next_], std::string(name), meaning});
             ++next_;
         }
     }
@@ -289,7 +296,7 @@ private:
         for (std::uint32_t i = 0; i < header.descriptionNum; ++i) {
             const TypeDescription& description = file_.descriptions[header.firstDescription + i];
             const bool strips = type_code::isStrip(description.type);
-            word("Type", typeText(value()) + firstMark(value()));
+            word("Type", formName(value()) + firstMark(value()));
             word("Polygon Number, Size", numberAndSize(value(), strips ? "strips" : "polygons"));
             word("Primitive Index", description.group ? "packet group " + number(*description.group)
                                                       : "no packet group");
@@ -433,15 +440,20 @@ private:
     }
 
     void imageEntry() {
-        imageBlock("pixels");
-        if (next_ < region_.end()) {
-            imageBlock("lookup table");
+        if (region_.index >= file_.images.size()) {
+            return;  // the file ends inside the entry
+        }
+        const Image& image = file_.images[region_.index];
+        imageBlock("pixels", image.pixels);
+        if (image.clut) {
+            imageBlock("lookup table", *image.clut);
         }
     }
 
-    void imageBlock(const std::string& name) {
+    void imageBlock(const std::string& name, const ImageBlock& block) {
         word(name + " position", pair(value() & 0xFFFFU, value() >> 16U));
-        word(name + " size", number(value() & 0xFFFFU) + " x " + number(value() >> 16U));
+        word(name + " size",
+             block.sized() ? number(block.width) + " x " + number(block.height) : "no size");
         word(name + " offset", number(value()));
     }
 
