@@ -61,15 +61,16 @@ TEST_F(Convert, NamesTheOutput) {
     }
     EXPECT_TRUE(fs::is_symlink(folder.path() / "link"));
     EXPECT_EQ(convert("-o /dev/stdout m.mqf").output, wanted);
+    folder.run("exec >file; echo before; '" VXBTOOL_PROGRAM "' convert -o /dev/stdout m.mqf");
+    EXPECT_EQ(folder.read("file"), "before\n" + wanted);
 }
 
 TEST_F(Convert, TellsBadUsageFromBadInput) {
     for (const char* const arguments :
          {"", "--bogus m.mqf", "-o a --out-dir b m.mqf", "-j 0 m.mqf", "--scale 1x m.mqf",
           "--scale nan m.mqf", "-o a m.mqf d.mqf", "--depfile a m.mqf d.mqf",
-          "--out-dir m.mqf "
-          "m.mqf",
-          "m.mqf m.mqf", "m.mqf x/../m.mqf", "--hex m.vxb m.mqf", "--hex ./a --depfile a m.mqf"}) {
+          "--out-dir m.mqf m.mqf", "-o '' m.mqf", "m.mqf m.mqf", "m.mqf x/../m.mqf",
+          "--hex m.vxb m.mqf", "--hex ./a --depfile a m.mqf"}) {
         EXPECT_EQ(convert(arguments).status, 2) << arguments;
     }
     EXPECT_EQ(folder.read("m.vxb"), "");
@@ -113,9 +114,9 @@ TEST_F(Convert, RefusesToOverwriteAnInput) {
     folder.run("cp m.mqf a.mqf; cp g.geo a.vxb; sed -i s/g.geo/a.vxb/ m.mqf");
     const std::string cause = "this input is also an output";
     expect("-o a.vxb m.mqf", 1, "a.vxb: " + cause + "\n" + notCorrect("a.vxb", 0, cause));
-    EXPECT_EQ(convert("m.mqf a.mqf").status, 1);  // the input is the other model's output
-    EXPECT_EQ(convert("--depfile s.srf m.mqf").status, 1);
     EXPECT_EQ(folder.read("a.vxb"), folder.read("g.geo"));
+    EXPECT_EQ(convert("--depfile s.srf m.mqf").status, 1);
+    EXPECT_EQ(convert("m.mqf a.mqf").status, 1);  // the input is the other model's output
 }
 
 TEST_F(Convert, ListsTheInputsInADepfile) {

@@ -181,7 +181,9 @@ void addConvert(CLI::App& app, Session& session) {
     const auto arguments = std::make_shared<ConvertArguments>();
     const auto option = [command](const char* name, auto& value, const char* valueName,
                                   const char* description) {
-        return command->add_option(name, value, description)->option_text(valueName);
+        return command->add_option(name, value, description)
+            ->option_text(valueName)
+            ->check([](const std::string& text) { return text.empty() ? "is empty" : ""; });
     };
     option("MODEL", arguments->models, "...", "The model files (.mqf)")->required();
     CLI::Option* output =

@@ -20,7 +20,7 @@ public:
     /// Removes what was not committed.
     ~ConvertFiles() override;
 
-    /// A device or a pipe is written directly. A file that may not be written is not replaced.
+    /// A device, a pipe and what is open already, such as "/dev/stdout", are written directly. A file that may not be written is not replaced.
     [[nodiscard]] std::unique_ptr<mqf2vxb::OutputFile> create(const std::string& name) override;
     /// Puts the outputs in their places, the one created last first; one that cannot be put there
     /// is reported.

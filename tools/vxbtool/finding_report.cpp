@@ -17,7 +17,7 @@ namespace {
 using mqf2vxb::Severity;
 using Json = nlohmann::ordered_json;
 
-/// How many of the other places of a folded finding are shown.
+/// How many other places of a folded finding are shown.
 constexpr std::size_t shownOthers = 5;
 
 std::string_view nameOf(Severity severity) {
@@ -57,23 +57,22 @@ std::string othersOf(const ReportedFinding& finding) {
     if (finding.occurrences == 1) {
         return {};
     }
-    const std::size_t others = finding.occurrences - 1;
-    std::string text = fmt::format(" ({} more", others);
-    if (!finding.others.empty()) {
-        const bool one = finding.others.size() == 1 && others == 1;
-        text += fmt::format(", {}{} {}{}", finding.offset ? "word" : "line", one ? "" : "s",
-                            fmt::join(finding.others, ", "),
-                            finding.others.size() < others ? ", ..." : "");
-    }
-    return text + ")";
+    const bool cut = finding.others.size() > shownOthers;
+    const std::span shown(finding.others.data(), cut ? shownOthers : finding.others.size());
+    return fmt::format(" ({} more, {}{} {}{})", finding.occurrences - 1,
+                       finding.offset ? "word" : "line", shown.size() == 1 ? "" : "s",
+                       fmt::join(shown, ", "), cut ? ", ..." : "");
 }
 
-/// The line and a caret below the finding's column. Tabs are kept, so that both lines have them;
+/// The line and, when it is known, a caret below the finding's column. Tabs are kept, so that both lines have them;
 /// of a character of several bytes only the first takes a place.
 std::string sourceOf(const ReportedFinding& finding) {
     const std::string source = printable(finding.source);
-    const auto column = static_cast<std::size_t>(std::max<std::int64_t>(finding.column, 1));
+    if (finding.column == 0) {
+        return "  " + source + "\n";
+    }
     std::string caret;
+    const auto column = static_cast<std::size_t>(finding.column);
     for (const char c : std::string_view(source).substr(0, column - 1)) {
         constexpr unsigned continuationMask = 0xC0;
         constexpr unsigned continuation = 0x80;
@@ -157,9 +156,10 @@ void selectFindings(std::vector<ReportedFinding>& findings, const ReportOptions&
         }
         ReportedFinding& first = kept[place->second];
         first.occurrences += finding.occurrences;
-        const std::int64_t latest = first.others.empty() ? shortPlace(first) : first.others.back();
-        if (first.others.size() < shownOthers && shortPlace(finding) != latest) {
-            first.others.push_back(shortPlace(finding));
+        const std::int64_t at = shortPlace(finding);
+        if (first.others.size() <= shownOthers &&
+            (first.others.empty() || at != first.others.back())) {
+            first.others.push_back(at);
         }
     }
     findings = std::move(kept);

@@ -24,10 +24,9 @@ struct ReportedFinding {
     // Where in a text file, counted from 1; 0 is not known.
     std::int64_t line = 0;
     std::int64_t column = 0;
-    std::optional<std::uint32_t> offset;  ///< where in a VXB file, in words
-    /// Findings that this one stands for; the places of the first of the others follow.
-    std::size_t occurrences = 1;
-    std::vector<std::int64_t> others;  ///< lines or word offsets
+    std::optional<std::uint32_t> offset = {};  ///< where in a VXB file, in words
+    std::size_t occurrences = 1;       ///< findings that this one stands for, itself counted
+    std::vector<std::int64_t> others;  ///< lines or word offsets of the first of the others
     std::string source;                ///< the text of the line
 };
 

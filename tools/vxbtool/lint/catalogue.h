@@ -90,7 +90,7 @@ inline constexpr Kind windowOutside{
     "the texture window reaches to {right}, {bottom}, outside image {image} of {width} x {height}"};
 inline constexpr Kind windowCut{
     "L027", Severity::warning,
-    "{value} of the texture window is no multiple of 8: its low three bits are lost"};
+    "{value} of the texture window is no multiple of 8 texels in its page: packets cannot tell it"};
 inline constexpr Kind imageOverlap{
     "L028", Severity::warning,
     "the {part} of image {image} overlaps the {otherPart} of image {other} in image memory"};
@@ -103,7 +103,7 @@ inline constexpr Kind vertexUnnamed{
     "no coordinate line and no group names vertex {vertex}: it lies in coordinate 0"};
 inline constexpr Kind vertexAgain{"L031", Severity::warning,
                                   "vertex {vertex} is named again under coordinate {coordinate}: "
-                                  "its polygons are drawn there twice"};
+                                  "polygons that begin with it are drawn there twice"};
 inline constexpr Kind vertexRegrouped{
     "L032", Severity::warning, "vertex {vertex} is in an earlier group too; this one holds alone"};
 inline constexpr Kind coordinateUnused{"L033", Severity::warning,
@@ -111,8 +111,9 @@ inline constexpr Kind coordinateUnused{"L033", Severity::warning,
                                        "moves it"};
 inline constexpr Kind coordinateLoop{"L034", Severity::warning,
                                      "coordinate {coordinate} is its own ancestor"};
-inline constexpr Kind valueCut{"L035", Severity::warning,
-                               "{value} does not fit 16 bits and is written as {written}"};
+inline constexpr Kind valueCut{
+    "L035", Severity::warning,
+    "{value} does not fit 16 bits with a sign and is written as {written}"};
 inline constexpr Kind objectsReplaced{
     "L036", Severity::warning,
     "a later line of coordinate {coordinate} replaces the object names of this one"};

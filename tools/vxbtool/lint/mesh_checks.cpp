@@ -10,6 +10,15 @@ namespace {
 
 using namespace mqf2vxb;
 
+/// Whether the two would by themselves have packets of one form, drawn alike.
+bool sameForm(const MaterialAppearance& a, const MaterialAppearance& b) {
+    constexpr std::uint32_t formFlags = material_flag::unlit | material_flag::bit02 |
+                                        material_flag::bit04 | material_flag::doubleImage;
+    return (a.flag & formFlags) == (b.flag & formFlags) && a.textured() == b.textured() &&
+           a.windowed() == b.windowed() && a.colourPerVertex() == b.colourPerVertex() &&
+           (a.unlit() || (a.shading == 'G') == (b.shading == 'G'));
+}
+
 /// Walks the strips as the writer does.
 class StripCheck {
 public:
@@ -44,8 +53,7 @@ public:
         const MaterialTable& materials = linted_.model.materials;
         const MaterialAppearance first =
             materials.appearance(materials.records[mesh.materials.front()]);
-        const MaterialAppearance& look = drawn.appearance;
-        if (look.flag != first.flag || look.shading != first.shading || look.kind != first.kind) {
+        if (!sameForm(first, drawn.appearance)) {
             findings_.add(kind::stripMixed, place, polygon);
         }
         remember(drawn, k);

@@ -57,10 +57,15 @@ void checkToken(const TracedFile& file, const TracedToken& token, Findings& find
     // A number at the end of a line may be followed by words; any other token is one word.
     const bool digits = token.rest.size() < token.text.size();
     if (digits && !rest.empty() && mqf2vxb::isSpace(token.rest.front())) {
-        findings.add(kind::leftOver, {&file, token.offset}, fmt::arg("text", rest));
+        // A comment that took the next line along is no part of the token.
+        const std::string_view there = std::string_view(file.text).substr(token.offset);
+        const bool asInFile = there.starts_with(token.text.substr(0, token.text.rfind(rest)));
+        const std::size_t before = asInFile ? token.text.rfind(rest) : 0;
+        findings.add(kind::leftOver, {&file, token.offset + before}, fmt::arg("text", rest));
     } else {
+        const std::string value = token.last == token.value ? "" : "-" + std::to_string(token.last);
         findings.add(kind::notANumber, {&file, token.offset}, fmt::arg("text", text),
-                     fmt::arg("value", token.value));
+                     fmt::arg("value", std::to_string(token.value) + value));
     }
 }
 

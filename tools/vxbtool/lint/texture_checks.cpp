@@ -31,11 +31,16 @@ std::optional<Extent> extentOf(const ImageBlock& block) {
     return extent;
 }
 
+/// Texels of a column of 16 bits, as a shift.
+std::uint32_t texelShift(const ImageRecord& image) {
+    return 2U - static_cast<std::uint32_t>(image.mode);
+}
+
 /// The size of an image in texels.
 std::optional<Extent> texelsOf(const ImageRecord& image) {
     std::optional<Extent> extent = extentOf(image.pixel);
     if (extent) {
-        extent->width <<= 2 - image.mode;
+        extent->width <<= texelShift(image);
     }
     return extent;
 }
@@ -50,10 +55,11 @@ constexpr std::size_t wordsBeforeNumbers = 4;
 class LineCheck {
 public:
     LineCheck(const LintedModel& linted, std::size_t line, const MaterialAppearance& appearance,
-              const Extent& texels, Findings& findings)
+              const ImageRecord& image, const Extent& texels, Findings& findings)
         : linted_(linted),
           line_(line),
           appearance_(appearance),
+          image_(image),
           texels_(texels),
           findings_(findings) {}
 
@@ -71,18 +77,23 @@ public:
     }
 
     void checkWindow() const {
-        const std::array<std::int32_t, MaterialKind::windowNumbers> window{
+        const std::array<std::int64_t, MaterialKind::windowNumbers> window{
             appearance_.windowWidth(), appearance_.windowHeight(), appearance_.windowX(),
             appearance_.windowY()};
+        // The packets tell where the window lies from the start of the image's page, which is a
+        // multiple of 8 in both directions.
+        const ImagePosition position = image_.pixel.position();
+        const std::array<std::int64_t, MaterialKind::windowNumbers> start{
+            0, 0, std::int64_t{position.x} << texelShift(image_), position.y};
         for (std::size_t i = 0; i < window.size(); ++i) {
-            constexpr std::int32_t step = 8;
-            if (window[i] % step != 0) {
+            constexpr std::int64_t step = 8;
+            if ((start[i] + window[i]) % step != 0) {
                 add(kind::windowCut, MaterialKind::windowStart + i, fmt::arg("value", window[i]));
             }
         }
         const auto [width, height, x, y] = window;
-        const std::int64_t right = std::int64_t{x} + width;
-        const std::int64_t bottom = std::int64_t{y} + height;
+        const std::int64_t right = x + width;
+        const std::int64_t bottom = y + height;
         if (x < 0 || y < 0 || right > texels_.width || bottom > texels_.height) {
             add(kind::windowOutside, MaterialKind::windowStart, fmt::arg("right", right),
                 fmt::arg("bottom", bottom));
@@ -100,6 +111,7 @@ private:
     const LintedModel& linted_;
     std::size_t line_;
     const MaterialAppearance& appearance_;
+    const ImageRecord& image_;
     const Extent& texels_;
     Findings& findings_;
 };
@@ -120,11 +132,12 @@ void checkLines(const LintedModel& linted, Findings& findings) {
         if (!appearance.textured() || texture >= model.images.size()) {
             continue;
         }
-        const std::optional<Extent> texels = texelsOf(model.images[texture]);
+        const ImageRecord& image = model.images[texture];
+        const std::optional<Extent> texels = texelsOf(image);
         if (!texels) {
             continue;
         }
-        const LineCheck check(linted, i, appearance, *texels, findings);
+        const LineCheck check(linted, i, appearance, image, *texels, findings);
         if (appearance.windowed()) {
             check.checkWindow();
         } else {
