@@ -4,6 +4,7 @@
 #include <array>
 
 #include "output/format.h"
+#include "reader/key_frame_decoder.h"
 #include "reader/packet_decoder.h"
 #include "reader/reading.h"
 
@@ -383,21 +384,20 @@ private:
 
     void controlWords() {
         for (std::uint32_t i = 0; next_ < region_.end(); ++i) {
-            const std::uint32_t low = value() & 0xFFFFU;
+            const ControlWord control = controlWord(value());
             std::string meaning = "unknown";
-            switch (controlKind(value())) {
+            switch (control.kind) {
             case ControlKind::keyFrame:
-                meaning = "key frame at " + number(low) + ", packet type index " +
-                          number(value() >> 24U & 0x3FU) + ", number " +
-                          number(value() >> 16U & 0xFFU);
+                meaning = "key frame at " + number(control.target) + ", packet type index " +
+                          number(control.typeIndex) + ", number " + number(control.frameNumber);
                 break;
             case ControlKind::jump:
-                meaning = "go to step " + number(low) + ", numbers " +
-                          hexadecimal(value() >> 23U & 0x7FU) + " and " +
-                          hexadecimal(value() >> 16U & 0x7FU);
+                meaning = "go to step " + number(control.target) + ", numbers " +
+                          hexadecimal(control.firstNumber) + " and " +
+                          hexadecimal(control.secondNumber);
                 break;
             case ControlKind::end:
-                meaning = "end, number " + hexadecimal(value() >> 16U & 0x7FU);
+                meaning = "end, number " + hexadecimal(control.secondNumber);
                 break;
             case ControlKind::unknown: break;
             }
@@ -407,36 +407,15 @@ private:
 
     /// Names the frames that control words use. Words of frames that none uses have no name.
     void keyFrames() {
-        const std::vector<KeyFrame>& frames = file_.animation.keyFrames;
-        auto frame = frames.begin();
-        while (next_ < region_.end()) {
-            const std::uint32_t place = next_ - region_.offset;
-            while (frame != frames.end() && frame->offset < place) {
-                ++frame;
+        forEachKeyFrame(file_, region_, [&](const KeyFramePiece& piece) {
+            const std::string name =
+                piece.used ? "key frame at " + number(piece.offset - region_.offset) : "";
+            for (std::uint32_t i = 0; i < piece.words; ++i) {
+                const bool wide = piece.form != nullptr && i < piece.form->wideValues;
+                word(i == 0 ? name : "", wide ? std::to_string(static_cast<std::int32_t>(value()))
+                                              : signedHalves(value()));
             }
-            if (frame == frames.end() || frame->offset > place) {
-                word("", signedHalves(value()));
-                continue;
-            }
-            // The type index 0 may mean frames of one word, unless the next frame is as far away
-            // as the listed type's words.
-            const KeyFrameForm* form = keyFrameForm(file_.animation, frame->typeIndex);
-            const auto behind = std::find_if(
-                frame, frames.end(), [&](const KeyFrame& other) { return other.offset > place; });
-            const std::uint32_t words =
-                (behind != frames.end() ? behind->offset : region_.words) - place;
-            const bool certain =
-                form != nullptr && (frame->typeIndex > 0 || words == form->words());
-            keyFrame("key frame at " + number(place), certain ? form : nullptr);
-        }
-    }
-
-    void keyFrame(const std::string& name, const KeyFrameForm* form) {
-        for (std::size_t i = 0; i < (form != nullptr ? form->words() : 1); ++i) {
-            const bool wide = form != nullptr && i < form->wideValues;
-            word(i == 0 ? name : "",
-                 wide ? std::to_string(static_cast<std::int32_t>(value())) : signedHalves(value()));
-        }
+        });
     }
 
     void imageEntry() {
