@@ -113,8 +113,8 @@ inline constexpr FindingKind oddBlock{35, Severity::error,
                                       "{word} have an odd number of words: {found}"};
 inline constexpr FindingKind wrongOffset{36, Severity::error,
                                          "{word} is {found}; it has to be {expected}"};
-inline constexpr FindingKind normalsUnowned{
-    37, Severity::warning, "{found} shared normals before these belong to no primitive header"};
+inline constexpr FindingKind normalsUnowned{37, Severity::warning,
+                                            "{found} shared normals belong to no primitive header"};
 
 inline constexpr FindingKind parentMisses{
     38, Severity::error, "{word} leads to word {found:o}, where no coordinate begins"};

@@ -128,8 +128,10 @@ void placeImages(Reading& r, std::uint32_t pixelTop, std::uint32_t pixelEnd) {
             clutWords.push_back(image.offset + blockWords + 2);
         }
     }
-    placeBlocks(r, pixels, pixelWords, pixelTop, pixelEnd - pixelTop, "an image's pixels");
-    placeBlocks(r, cluts, clutWords, pixelEnd, r.end() - pixelEnd, "an image's lookup table");
+    placeBlocks(r, pixels, pixelWords, pixelTop, pixelEnd - pixelTop,
+                "the offset of an image's pixels");
+    placeBlocks(r, cluts, clutWords, pixelEnd, r.end() - pixelEnd,
+                "the offset of an image's lookup table");
 }
 
 }  // namespace

@@ -107,7 +107,8 @@ std::string formName(PrimitiveTypeCode type) {
     text += families[static_cast<std::size_t>(form->family)];
     text += (form->code & type_code::smooth) != 0 ? " smooth " : " flat ";
     text += form->textured ? "textured " : "";
-    return text + std::string(shapes[static_cast<std::size_t>(form->shape)]);
+    text += shapes[static_cast<std::size_t>(form->shape)];
+    return text + ((form->code & type_code::colourPerCorner) != 0 ? " with corner colours" : "");
 }
 
 namespace {

@@ -38,7 +38,7 @@ private:
 void writeWord(const WordMeaning& word, TextOutput& output) {
     output.format("{:>8}  {:08x}", word.offset, word.value);
     if (!word.meaning.empty()) {
-        output.format("  {:<28} {}\n", word.name, word.meaning);
+        output.format("  {:<28}  {}\n", word.name, word.meaning);
     } else {
         output.format("{}{}\n", word.name.empty() ? "" : "  ", word.name);
     }
@@ -53,7 +53,7 @@ void writeDump(const VxbFile& file, const WantedSections& wanted, TextOutput& ou
         output.format("# {}: {}", sectionName(sectionOf(region.part)), regionName(region));
         if (region.part == Part::packetGroup) {
             const PacketGroup& group = file.packetGroups[region.index];
-            output.format(", {} {}", group.polygons, formName(group.code));
+            output.format(", {}, {}", counted(group.polygons, "polygon"), formName(group.code));
         }
         output.put("\n");
         describeRegion(file, region, [&](const WordMeaning& word) {

@@ -1,5 +1,9 @@
 // One screen for people about a VXB file.
 
+#include <algorithm>
+#include <utility>
+#include <vector>
+
 #include "reader/word_meaning.h"
 #include "vxbtool/finding_report.h"
 #include "vxbtool/info.h"
@@ -10,8 +14,9 @@ namespace {
 
 using namespace mqf2vxb;
 
-/// How many rows of a list are shown.
-constexpr std::size_t shownRows = 24;
+/// How many rows are shown of the coordinates, and of any other list.
+constexpr std::size_t shownCoordinates = 20;
+constexpr std::size_t shownRows = 12;
 
 std::string soundness(const VxbFile& file) {
     const std::size_t errors = file.findings.count(Severity::error);
@@ -44,19 +49,31 @@ std::string runsOf(const std::map<std::uint32_t, std::size_t>& byNumber) {
 
 /// Writes a heading and the first rows of a list by `row(element)`; nothing for an empty list.
 template <class List, class Row>
-void writeList(TextOutput& output, std::string_view heading, const List& list, Row&& row) {
+void writeList(TextOutput& output, std::string_view heading, const List& list, std::size_t shown,
+               Row&& row) {
     if (list.empty()) {
         return;
     }
     output.format("\n{}\n", heading);
     std::size_t rows = 0;
     for (const auto& element : list) {
-        if (rows++ == shownRows) {
-            output.format("  ... and {} more\n", list.size() - shownRows);
+        if (rows++ == shown) {
+            output.format("  ... and {} more\n", list.size() - shown);
             break;
         }
         row(element);
     }
+}
+
+using Form = std::pair<PrimitiveTypeCode, FormSummary>;
+
+/// The forms by their polygons, the most first.
+std::vector<Form> largestForms(const FileSummary& summary) {
+    std::vector<Form> forms(summary.forms.begin(), summary.forms.end());
+    std::stable_sort(forms.begin(), forms.end(), [](const Form& a, const Form& b) {
+        return a.second.polygons > b.second.polygons;
+    });
+    return forms;
 }
 
 void writeSections(const VxbFile& file, const FileSummary& summary, TextOutput& output) {
@@ -106,33 +123,35 @@ std::string imageText(const Image& image) {
 
 void writeInfo(const std::string& name, const VxbFile& file, TextOutput& output) {
     const FileSummary summary = summarise(file);
-    output.format("{}: {} words, {}\n", printable(name), file.words.size(), soundness(file));
+    output.format("{}: {} words of four bytes, {}\n", printable(name), file.words.size(),
+                  soundness(file));
     writeSections(file, summary, output);
     writeList(output, fmt::format("Coordinates: {}", file.coordinates.size()), summary.tree,
-              [&](const TreeRow& row) {
+              shownCoordinates, [&](const TreeRow& row) {
                   const std::size_t polygons = summary.polygonsByCoordinate[row.coordinate];
                   output.format("  {:{}}{}{}\n", "", 2 * row.depth, row.coordinate,
                                 polygons > 0 ? ": " + counted(polygons, "polygon") : "");
               });
-    writeList(output, fmt::format("Polygons: {}", summary.polygons), summary.forms,
-              [&](const auto& entry) {
+    writeList(output, fmt::format("Polygons: {}", summary.polygons), largestForms(summary),
+              shownRows, [&](const Form& entry) {
                   const auto& [code, form] = entry;
-                  output.format("  {:08x} {:<38}{:>9}", code, formName(code), form.polygons);
+                  output.format("  {:08x}  {:<44}{:>9}", code, formName(code), form.polygons);
                   if (form.strips > 0) {
                       output.format(" in {}", counted(form.strips, "strip"));
                   }
                   if (!form.byCoordinate.empty()) {
-                      output.format(", coordinates {}", runsOf(form.byCoordinate));
+                      output.format(", coordinate{} {}", form.byCoordinate.size() == 1 ? "" : "s",
+                                    runsOf(form.byCoordinate));
                   }
                   output.put("\n");
               });
     writePoints(file, summary, output);
     std::size_t number = 0;
-    writeList(output, fmt::format("Images: {}", file.images.size()), file.images,
+    writeList(output, fmt::format("Images: {}", file.images.size()), file.images, shownRows,
               [&](const Image& image) { output.format("  {}: {}\n", number++, imageText(image)); });
     number = 0;
     writeList(output, fmt::format("Motions: {}", summary.motions.size()), summary.motions,
-              [&](const MotionSummary& motion) {
+              shownRows, [&](const MotionSummary& motion) {
                   output.format(
                       "  {}: {}, {}, {}\n", number++, counted(motion.coordinates, "coordinate"),
                       counted(motion.steps, "step"), counted(motion.keyFrames, "key frame"));

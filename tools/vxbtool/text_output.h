@@ -1,7 +1,7 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdio>
-#include <iterator>
 #include <string_view>
 #include <utility>
 
@@ -20,7 +20,7 @@ public:
     }
     template <class... Values>
     void format(fmt::format_string<Values...> form, Values&&... values) {
-        fmt::format_to(std::back_inserter(buffer_), form, std::forward<Values>(values)...);
+        fmt::format_to(fmt::appender(buffer_), form, std::forward<Values>(values)...);
         flushLarge();
     }
     /// Writes what is left; to be called at the end.
