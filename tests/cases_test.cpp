@@ -3,6 +3,7 @@
 #include <fstream>
 #include <iterator>
 
+#include "reader/vxb_reader.h"
 #include "support/model_cases.h"
 
 namespace mqf2vxb::tests {
@@ -20,6 +21,11 @@ TEST_P(Cases, Convert) {
         EXPECT_EQ(reportLine(done.report), c.report) << c.name;
         for (const auto& [place, words] : c.words) {
             EXPECT_EQ(show(wordsAt(done, place)), show(words)) << c.name << ", " << place;
+        }
+        if (done.report.empty()) {
+            const VxbFile file = readVxb(bytesOf(done.words()));
+            EXPECT_EQ(file.findings.count(Severity::error), 0U)
+                << c.name << ": " << file.findings.kept()[0].line();
         }
         std::string created;
         for (const auto& [name, text] : done.outputs) {

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <set>
+#include <fstream>
+#include <map>
+#include <sstream>
 
 #include "reader/vxb_reader.h"
 #include "reader/word_meaning.h"
@@ -25,11 +27,7 @@ VxbFile readWords(const Words& words) { return readVxb(bytesOf(words)); }
 TEST(Reader, FindsNoErrorInConvertedFiles) {
     EXPECT_EQ(
         show(readWords(smallWords())),
-        "word 203: warning VXB042: the animated coordinate has no step to start with (65535)\n"
-        "word 244: warning VXB050: an image's pixels has 2 words of data; its width and height "
-        "make 128\n"
-        "word 247: warning VXB050: an image's lookup table has 1 words of data; its width and "
-        "height make 8\n");
+        "word 203: warning VXB042: the animated coordinate has no step to start with (65535)\n");
     const auto without = [](auto&&... parts) {
         ModelFiles model = smallModel();
         ((model.*parts = {}), ...);
@@ -58,97 +56,6 @@ TEST(Reader, FindsNoErrorInConvertedFiles) {
     }
 }
 
-/// The word with a name, counted among the words of that name.
-struct Place {
-    const char* name;
-    std::size_t nth;
-    std::uint32_t value;
-};
-
-/// Words of the small model and what is found when they are changed.
-struct Damage {
-    int code;
-    std::vector<Place> places;
-};
-
-const std::vector<Damage> damages{
-    {4, {{"ID", 0, 0x51}}},
-    {5, {{"Flag", 0, 1}}},
-    {5, {{"m22", 1, 0x10001}}},
-    {5, {{"calculated vertex 1", 0, 7}}},
-    {5, {{"shared normal 0 z", 0, 0x11000}}},
-    {5, {{"T2", 0, 0x10504}}},
-    {6, {{"Independent Vertex Top", 0, 159}}},
-    {7, {{"Pre Primitive Top", 0, 0x800000BB}}},
-    {8, {{"Type", 0, 0x8}}},
-    {8, {{"Animation Type", 0, 0x03000000}}},
-    {9, {{"Type", 1, 0x840051}}},
-    {10, {{"Primitive Index", 1, 100}}},
-    {11, {{"Primitive Global Header Top", 0, 71}}},
-    {11, {{"Independent Primitive Top", 0, 0x80000087}}},
-    {11, {{"Control Top", 0, 0x800000DB}}},
-    {11, {{"Shared Vertex Top", 0, 0x800000A8}}},
-    {11, {{"Calculated Shared Normal Top", 0, 0x80000000}}},
-    {12, {{"Matrix Top", 0, 0x80001000}}},
-    {12, {{"Clut Top", 0, 0}}},
-    {13, {{"Type", 6, 0x02000000}}},
-    {14, {{"Next Primitive Pointer", 1, 91}}},
-    {14, {{"Next Primitive Pointer", 0, 91}}},
-    {15, {{"Next Primitive Pointer", 1, 111}}},
-    {16, {{"Coordinate1 Primitive Top", 0, 92}}},
-    {16, {{"Coordinate1 Primitive Top", 0, 100}}},
-    {17, {{"Coordinate2 Primitive Top", 0, 91}}},
-    {18, {{"Coordinate0 Primitive Top", 0, 128}}},
-    {19, {{"Coordinate1 Primitive Top", 0, 0}}},
-    {20, {{"Block Number", 0, 6}}},
-    {20, {{"Coordinate Number", 0, 4}}},
-    {20, {{"Primitive Global Header Number", 0, 3}}},
-    {20, {{"Type Number", 0, 0x80000003}}},
-    {20, {{"Polygon Number, Size", 1, 0x80020002}}},
-    {20, {{"Shared Vertex Number", 0, 2}}},
-    {20, {{"Shared Vertex Number", 1, 1}}},
-    {20, {{"Animation Packet Type Number", 0, 0x80000001}}},
-    {20, {{"Image Number, Size", 0, 0x80020007}}},
-    {21, {{"Index Number, Size", 0, 0x80020010}}},
-    {21, {{"Independent Primitive Global Header Size", 0, 3}}},
-    {22, {{"Image Primitive Global Header Size", 0, 9}, {"Clut Top", 0, 7}}},
-    {23, {{"Type", 0, 0x00800020}}},
-    {23, {{"Type", 0, 0x01800008}}},
-    {24, {{"Animation Packet Type 1", 0, 0x03000011}}},
-    {25, {{"Primitive Index", 1, 0}}},
-    {26, {{"Type", 0, 0x00800009}}},
-    {27, {{"Primitive Index", 1, 100}}},
-    {36, {{"Primitive Index", 2, 100}}},
-    {28, {{"polygons of a strip", 0, 7}}},
-    {28, {{"polygons of a strip", 0, 0}}},
-    {29, {{"V1, V2", 0, 0x00020007}}},
-    {29, {{"N1, V1", 0, 0x00030001}}},
-    {30, {{"N0, V0", 0, 2}}},
-    {31, {{"T1, PAGE", 0, 0x1000E01F}}},
-    {32, {{"Type", 1, 0x40251}}},
-    {33, {{"C0", 0, 0x220080FF}}},
-    {33, {{"C2", 0, 0x22090807}}},
-    {34, {{"Type", 1, 0x40150}}},
-    {36, {{"Shared Vertex Offset(dst)", 1, 5}}},
-    {36, {{"Primitive Index", 1, 4}}},
-    {37, {{"Shared Normal Number", 1, 1}}},
-    {38, {{"parent", 1, 11}}},
-    {39, {{"parent", 1, 50}}},
-    {40, {{"Coordinate Pointer Offset, Coordinate Offset", 0, 0x04000016}}},
-    {41, {{"Coordinate Pointer Offset, Coordinate Offset", 0, 0x0400003D}}},
-    {42, {{"start step", 0, 0xFFFF0000}}},
-    {43, {{"start step", 0, 0x00090000}}},
-    {43, {{"step 2", 0, 0x80820005}}},
-    {44, {{"step 3", 0, 0x40000000}}},
-    {44, {{"step 3", 0, 0xC0830001}}},
-    {45, {{"step 4", 0, 0x0200000D}}},
-    {46, {{"step 4", 0, 0x01000010}}},
-    {47, {{"step 4", 0, 0x0100000E}}},
-    {48, {{"step 1", 0, 0x0106000C}}},
-    {49, {{"pixels offset", 1, 9}}},
-    {50, {{"pixels size", 1, 0x00020002}}},
-};
-
 /// The words by their names, in the order of the file.
 std::map<std::string, Words> offsetsByName(const VxbFile& file) {
     std::map<std::string, Words> offsets;
@@ -157,37 +64,52 @@ std::map<std::string, Words> offsetsByName(const VxbFile& file) {
     return offsets;
 }
 
+/// The small model's file damaged as a case of data/inspect/damage.txt says, and what is reported.
+struct Damage {
+    std::string title;
+    Words words;
+    std::string report;
+};
+
+std::vector<Damage> readDamages(const Words& sound) {
+    std::ifstream file(MQF2VXB_TEST_DATA "/inspect/damage.txt");
+    std::map<std::string, Words> offsets = offsetsByName(readWords(sound));
+    std::vector<Damage> damages;
+    for (std::string line; std::getline(file, line);) {
+        if (line.starts_with("= ")) {
+            damages.push_back({line, sound, ""});
+            std::istringstream changes(line.substr(2));
+            std::string name;
+            for (std::size_t value = 0, nth = 0; changes >> std::hex >> value >> nth;) {
+                std::getline(changes >> std::ws, name, ';');
+                damages.back().words.at(offsets[name].at(nth)) = static_cast<std::uint32_t>(value);
+            }
+        } else if (!line.starts_with("#")) {
+            damages.back().report += line + "\n";
+        }
+    }
+    return damages;
+}
+
 TEST(Reader, NamesTheFaultOfADamagedFile) {
     const Words sound = smallWords();
-    const VxbFile soundFile = readWords(sound);
-    std::map<std::string, Words> offsets = offsetsByName(soundFile);
-    std::set<int> seen;
-    const auto expectMore = [&](const FindingKind& kind, const VxbFile& file, const VxbFile& than) {
-        EXPECT_GT(file.findings.count(kind), than.findings.count(kind)) << kind.code() << "\n"
-                                                                        << show(file);
-        seen.insert(kind.number);
-    };
-    for (const Damage& damage : damages) {
-        Words words = sound;
-        for (const Place& place : damage.places) {
-            SCOPED_TRACE(place.name);
-            ASSERT_LT(place.nth, offsets[place.name].size());
-            words[offsets[place.name][place.nth]] = place.value;
-        }
-        SCOPED_TRACE(damage.places.front().name);
-        const FindingKind& kind = *findingKinds()[static_cast<std::size_t>(damage.code) - 1];
-        expectMore(kind, readWords(words), soundFile);
+    std::string reports =
+        show(readVxb(bytesOf(sound) + "x")) + show(readVxb(bytesOf(sound).substr(0, 40)));
+    for (const Damage& damage : readDamages(sound)) {
+        const std::string report = show(readWords(damage.words));
+        EXPECT_EQ(report, damage.report) << damage.title;
+        reports += report;
     }
-    expectMore(finding::unevenLength, readVxb(bytesOf(sound) + "x"), soundFile);
-    expectMore(finding::endsInside, readVxb(bytesOf(sound).substr(0, 40)), soundFile);
     ModelFiles triangle;
     triangle.geo = "3 1 1;0 0 0;1 0 0;0 1 0;0 0 1;0 0 1 2 9 0 0 0 0";
     triangle.srf = "1;0 0 F C 1 2 3";
     Words plain = convertFiles(triangle).words();
     plain.push_back(0);
-    expectMore(finding::oddBlock, readWords(plain), soundFile);
+    reports += show(readWords(plain));
     for (const FindingKind* kind : findingKinds()) {
-        EXPECT_TRUE(seen.contains(kind->number) || kind == &finding::tooLong) << kind->code();
+        EXPECT_TRUE(reports.find(kind->code()) != std::string::npos || kind == &finding::tooLong ||
+                    kind == &finding::unreadable)
+            << kind->code();
     }
 }
 

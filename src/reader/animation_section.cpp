@@ -201,8 +201,8 @@ void checkAnimatedCoordinates(Reading& r) {
 
 void readKeyFrameControl(Reading& r, std::uint32_t offset) {
     Animation& animation = r.file.animation;
-    const std::uint32_t word = r.at(offset);
-    const KeyFrame frame{word & 0xFFFFU, word >> 24U & 0x3FU};
+    const ControlWord control = controlWord(r.at(offset));
+    const KeyFrame frame{control.target, control.typeIndex};
     const auto types = static_cast<std::uint32_t>(animation.types.size());
     if (frame.typeIndex >= std::max(types, 1U)) {
         r.report(finding::keyFrameTypeOutside, offset, frame.typeIndex, types);
@@ -223,9 +223,10 @@ void readKeyFrameControl(Reading& r, std::uint32_t offset) {
 
 void readControl(Reading& r, std::uint32_t offset) {
     const std::uint32_t word = r.at(offset);
-    switch (controlKind(word)) {
+    const ControlWord control = controlWord(word);
+    switch (control.kind) {
     case ControlKind::keyFrame: readKeyFrameControl(r, offset); break;
-    case ControlKind::jump: checkStep(r, offset, word & 0xFFFFU, "a jump"); break;
+    case ControlKind::jump: checkStep(r, offset, control.target, "a jump"); break;
     case ControlKind::end:
         // Behind the kind stand six zero bits, a set one, seven of the author's and zeros.
         if ((word & 0x3F80FFFFU) != type_code::first) {

@@ -59,7 +59,7 @@ constexpr std::array<const FindingKind*, findingKindNum> kinds{
     &finding::keyFramePastEnd,
     &finding::keyFramesOverlap,
     &finding::imageOffset,
-    &finding::imageSize,
+    &finding::unreadable,
 };
 
 constexpr bool numbersAscend() {

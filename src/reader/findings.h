@@ -113,13 +113,15 @@ inline constexpr FindingKind oddBlock{35, Severity::error,
                                       "{word} have an odd number of words: {found}"};
 inline constexpr FindingKind wrongOffset{36, Severity::error,
                                          "{word} is {found}; it has to be {expected}"};
-inline constexpr FindingKind normalsUnowned{
-    37, Severity::warning, "{found} shared normals before these belong to no primitive header"};
+inline constexpr FindingKind normalsUnowned{37, Severity::warning,
+                                            "{found} shared normals belong to no primitive header"};
 
 inline constexpr FindingKind parentMisses{
     38, Severity::error, "{word} leads to word {found:o}, where no coordinate begins"};
 inline constexpr FindingKind parentLoops{
-    39, Severity::warning, "{word} leads to word {found:o}: the coordinate is its own ancestor"};
+    39, Severity::warning,
+    "{word} leads to word {found:o}: the coordinate is its own ancestor, so that no walk from it "
+    "ends at a root"};
 
 inline constexpr FindingKind animatedMisses{40, Severity::error,
                                             "{word} {found:x} is no coordinate's"};
@@ -144,9 +146,8 @@ inline constexpr FindingKind keyFramesOverlap{
 
 inline constexpr FindingKind imageOffset{
     49, Severity::error, "{word} is {found}; it has to be from {expected} to the end of the data"};
-inline constexpr FindingKind imageSize{
-    50, Severity::warning,
-    "{word} has {found} words of data; its width and height make {expected}"};
+/// Raised by who reads files, not by the reader of their bytes; {word} is the cause.
+inline constexpr FindingKind unreadable{50, Severity::error, "the file cannot be read: {word}"};
 
 }  // namespace finding
 

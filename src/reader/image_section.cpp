@@ -112,11 +112,6 @@ void placeBlocks(Reading& r, const std::vector<ImageBlock*>& blocks,
         const std::uint32_t end = i + 1 < blocks.size() ? blocks[i + 1]->offset : words;
         block.words = end - block.offset;
         block.offset += top;
-        const std::uint64_t halves = std::uint64_t{block.width} * block.height;
-        if ((halves + 1) / 2 != block.words) {
-            r.report(finding::imageSize, offsetWords[i] - 1, block.words,
-                     static_cast<std::uint32_t>((halves + 1) / 2), name);
-        }
     }
 }
 
@@ -133,8 +128,10 @@ void placeImages(Reading& r, std::uint32_t pixelTop, std::uint32_t pixelEnd) {
             clutWords.push_back(image.offset + blockWords + 2);
         }
     }
-    placeBlocks(r, pixels, pixelWords, pixelTop, pixelEnd - pixelTop, "an image's pixels");
-    placeBlocks(r, cluts, clutWords, pixelEnd, r.end() - pixelEnd, "an image's lookup table");
+    placeBlocks(r, pixels, pixelWords, pixelTop, pixelEnd - pixelTop,
+                "the offset of an image's pixels");
+    placeBlocks(r, cluts, clutWords, pixelEnd, r.end() - pixelEnd,
+                "the offset of an image's lookup table");
 }
 
 }  // namespace

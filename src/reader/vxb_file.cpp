@@ -52,7 +52,8 @@ unsigned Image::depth() const {
     if (!clut) {
         return 16;
     }
-    return clut->width == 16 ? 4 : clut->width == 256 ? 8 : 0;
+    const std::uint32_t colours = clut->sized() ? clut->width : 2 * clut->words;
+    return colours == 16 ? 4 : colours == 256 ? 8 : 0;
 }
 
 Point VxbFile::point(const PointBlock& block, std::uint32_t index) const {

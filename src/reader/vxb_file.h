@@ -201,8 +201,23 @@ struct Motion {
 /// What a control word does, by its bits 30 and 31.
 enum class ControlKind : std::uint8_t { keyFrame, unknown, jump, end };
 
-constexpr ControlKind controlKind(std::uint32_t word) {
-    return static_cast<ControlKind>(word >> 30U);
+/// A control word's fields; those that its kind does not have count for nothing.
+struct ControlWord {
+    ControlKind kind;
+    std::uint32_t target;        ///< the step of a jump, or a key frame's offset in words
+    std::uint32_t typeIndex;     ///< of a key frame
+    std::uint32_t frameNumber;   ///< of a key frame
+    std::uint32_t firstNumber;   ///< of a jump
+    std::uint32_t secondNumber;  ///< of a jump, and the number of an end
+};
+
+constexpr ControlWord controlWord(std::uint32_t word) {
+    return {static_cast<ControlKind>(word >> 30U),
+            word & 0xFFFFU,
+            word >> 24U & 0x3FU,
+            word >> 16U & 0xFFU,
+            word >> 23U & 0x7FU,
+            word >> 16U & 0x7FU};
 }
 
 /// A place among the key frames that a control word names. The packet type index 0 also stands for
@@ -220,6 +235,12 @@ struct ImageBlock {
     std::uint32_t height = 0;
     std::uint32_t offset = 0;  ///< of the data, in the file
     std::uint32_t words = 0;
+
+    /// The format gives the word of width and height no meaning. They are the block's size only
+    /// when they make as many words as there are.
+    [[nodiscard]] bool sized() const {
+        return words != 0 && (std::uint64_t{width} * height + 1) / 2 == words;
+    }
 };
 
 struct Image {
@@ -228,7 +249,7 @@ struct Image {
     std::optional<ImageBlock> clut;
 
     /// Bits of a pixel: 16 without a lookup table, else as many as the table's colours need; 0
-    /// when its width tells neither 4 nor 8.
+    /// when their number tells neither 4 nor 8.
     [[nodiscard]] unsigned depth() const;
 };
 

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "output/format.h"
+#include "reader/key_frame_decoder.h"
 #include "reader/packet_decoder.h"
 #include "reader/reading.h"
 
@@ -77,18 +78,24 @@ bool isNumbered(Part part) {
     return std::find(numbered.begin(), numbered.end(), part) != numbered.end();
 }
 
-constexpr std::array<std::string_view, globalHeaderNum> globalHeaderNames{"independent", "shared",
-                                                                          "animation", "image"};
+}  // namespace
 
 std::string regionName(const Region& region) {
     const std::string name = partName(region.part);
     if (region.part == Part::globalHeader) {
-        return std::string(globalHeaderNames[region.index]) + " " + name;
+        return std::string(globalHeaderName(static_cast<GlobalHeaderKind>(region.index))) + " " +
+               name;
     }
     return isNumbered(region.part) ? name + " " + number(region.index) : name;
 }
 
-std::string typeText(PrimitiveTypeCode type) {
+std::string_view globalHeaderName(GlobalHeaderKind kind) {
+    constexpr std::array<std::string_view, globalHeaderNum> names{"independent", "shared",
+                                                                  "animation", "image"};
+    return names[static_cast<std::size_t>(kind)];
+}
+
+std::string formName(PrimitiveTypeCode type) {
     constexpr std::array<std::string_view, 5> families{"lit", "unlit", "window", "unlit window",
                                                        "double"};
     constexpr std::array<std::string_view, 3> shapes{"triangles", "quadrangles", "strips"};
@@ -100,8 +107,11 @@ std::string typeText(PrimitiveTypeCode type) {
     text += families[static_cast<std::size_t>(form->family)];
     text += (form->code & type_code::smooth) != 0 ? " smooth " : " flat ";
     text += form->textured ? "textured " : "";
-    return text + std::string(shapes[static_cast<std::size_t>(form->shape)]);
+    text += shapes[static_cast<std::size_t>(form->shape)];
+    return text + ((form->code & type_code::colourPerCorner) != 0 ? " with corner colours" : "");
 }
+
+namespace {
 
 std::string fieldText(Field field, std::uint32_t value) {
     switch (field) {
@@ -144,7 +154,7 @@ std::string join(const std::string& a, const std::string& b, std::string_view se
 }
 
 /// Describes the words of one region. Each function gives the words of one part in their order;
-/// words that are left over at the region's end have no name.
+/// words that are left over at the region's end, which only a damaged file has, have no name.
 class Describer {
 public:
     Describer(const VxbFile& file, const Region& region, const WordVisitor& visit)
@@ -153,7 +163,7 @@ public:
     void describe() {
         describePart();
         while (next_ < region_.end()) {
-            word("", "");
+            word("", region_.part == Part::unknown ? "" : "not decoded");
         }
     }
 
@@ -164,8 +174,7 @@ private:
 
     void word(std::string_view name, const std::string& meaning) {
         if (next_ < region_.end()) {
-            visit_(
-                {next_, file_.words[next_], sectionOf(region_.part), std::string(name), meaning});
+            visit_({next_, file_.words[next_], std::string(name), meaning});
             ++next_;
         }
     }
@@ -289,7 +298,7 @@ private:
         for (std::uint32_t i = 0; i < header.descriptionNum; ++i) {
             const TypeDescription& description = file_.descriptions[header.firstDescription + i];
             const bool strips = type_code::isStrip(description.type);
-            word("Type", typeText(value()) + firstMark(value()));
+            word("Type", formName(value()) + firstMark(value()));
             word("Polygon Number, Size", numberAndSize(value(), strips ? "strips" : "polygons"));
             word("Primitive Index", description.group ? "packet group " + number(*description.group)
                                                       : "no packet group");
@@ -376,21 +385,20 @@ private:
 
     void controlWords() {
         for (std::uint32_t i = 0; next_ < region_.end(); ++i) {
-            const std::uint32_t low = value() & 0xFFFFU;
+            const ControlWord control = controlWord(value());
             std::string meaning = "unknown";
-            switch (controlKind(value())) {
+            switch (control.kind) {
             case ControlKind::keyFrame:
-                meaning = "key frame at " + number(low) + ", packet type index " +
-                          number(value() >> 24U & 0x3FU) + ", number " +
-                          number(value() >> 16U & 0xFFU);
+                meaning = "key frame at " + number(control.target) + ", packet type index " +
+                          number(control.typeIndex) + ", number " + number(control.frameNumber);
                 break;
             case ControlKind::jump:
-                meaning = "go to step " + number(low) + ", numbers " +
-                          hexadecimal(value() >> 23U & 0x7FU) + " and " +
-                          hexadecimal(value() >> 16U & 0x7FU);
+                meaning = "go to step " + number(control.target) + ", numbers " +
+                          hexadecimal(control.firstNumber) + " and " +
+                          hexadecimal(control.secondNumber);
                 break;
             case ControlKind::end:
-                meaning = "end, number " + hexadecimal(value() >> 16U & 0x7FU);
+                meaning = "end, number " + hexadecimal(control.secondNumber);
                 break;
             case ControlKind::unknown: break;
             }
@@ -400,48 +408,32 @@ private:
 
     /// Names the frames that control words use. Words of frames that none uses have no name.
     void keyFrames() {
-        const std::vector<KeyFrame>& frames = file_.animation.keyFrames;
-        auto frame = frames.begin();
-        while (next_ < region_.end()) {
-            const std::uint32_t place = next_ - region_.offset;
-            while (frame != frames.end() && frame->offset < place) {
-                ++frame;
+        forEachKeyFrame(file_, region_, [&](const KeyFramePiece& piece) {
+            const std::string name =
+                piece.used ? "key frame at " + number(piece.offset - region_.offset) : "";
+            for (std::uint32_t i = 0; i < piece.words; ++i) {
+                const bool wide = piece.form != nullptr && i < piece.form->wideValues;
+                word(i == 0 ? name : "", wide ? std::to_string(static_cast<std::int32_t>(value()))
+                                              : signedHalves(value()));
             }
-            if (frame == frames.end() || frame->offset > place) {
-                word("", signedHalves(value()));
-                continue;
-            }
-            // The type index 0 may mean frames of one word, unless the next frame is as far away
-            // as the listed type's words.
-            const KeyFrameForm* form = keyFrameForm(file_.animation, frame->typeIndex);
-            const auto behind = std::find_if(
-                frame, frames.end(), [&](const KeyFrame& other) { return other.offset > place; });
-            const std::uint32_t words =
-                (behind != frames.end() ? behind->offset : region_.words) - place;
-            const bool certain =
-                form != nullptr && (frame->typeIndex > 0 || words == form->words());
-            keyFrame("key frame at " + number(place), certain ? form : nullptr);
-        }
-    }
-
-    void keyFrame(const std::string& name, const KeyFrameForm* form) {
-        for (std::size_t i = 0; i < (form != nullptr ? form->words() : 1); ++i) {
-            const bool wide = form != nullptr && i < form->wideValues;
-            word(i == 0 ? name : "",
-                 wide ? std::to_string(static_cast<std::int32_t>(value())) : signedHalves(value()));
-        }
+        });
     }
 
     void imageEntry() {
-        imageBlock("pixels");
-        if (next_ < region_.end()) {
-            imageBlock("lookup table");
+        if (region_.index >= file_.images.size()) {
+            return;  // the file ends inside the entry
+        }
+        const Image& image = file_.images[region_.index];
+        imageBlock("pixels", image.pixels);
+        if (image.clut) {
+            imageBlock("lookup table", *image.clut);
         }
     }
 
-    void imageBlock(const std::string& name) {
+    void imageBlock(const std::string& name, const ImageBlock& block) {
         word(name + " position", pair(value() & 0xFFFFU, value() >> 16U));
-        word(name + " size", number(value() & 0xFFFFU) + " x " + number(value() >> 16U));
+        word(name + " size",
+             block.sized() ? number(block.width) + " x " + number(block.height) : "no size");
         word(name + " offset", number(value()));
     }
 

@@ -12,8 +12,7 @@ namespace mqf2vxb {
 struct WordMeaning {
     std::uint32_t offset;
     std::uint32_t value;
-    Section section;
-    std::string name;     ///< for instance "Control Top" or "V1, V2"
+    std::string name;     ///< for instance "Control Top" or "V1, V2"; may be empty
     std::string meaning;  ///< the decoded value; empty when there is nothing to add
 };
 
@@ -24,6 +23,16 @@ void describeRegion(const VxbFile& file, const Region& region, const WordVisitor
 
 /// Calls `visit` for every word of the file, in order.
 void describeWords(const VxbFile& file, const WordVisitor& visit);
+
+/// What a region is, for instance "coordinate 3".
+std::string regionName(const Region& region);
+
+/// "independent", "shared", "animation" or "image".
+std::string_view globalHeaderName(GlobalHeaderKind kind);
+
+/// What a type code of polygons draws, for instance "shared lit smooth triangles"; "unknown type"
+/// for a code without a form.
+std::string formName(PrimitiveTypeCode type);
 
 /// What stands at an offset, for instance "coordinate 3" or "packet group 2"; with the distance
 /// when the offset leads behind its first word.

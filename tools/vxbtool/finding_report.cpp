@@ -24,20 +24,10 @@ std::string_view nameOf(Severity severity) {
     return severity == Severity::error ? "error" : "warning";
 }
 
-/// Control characters of a file must not reach the terminal.
-std::string printable(std::string_view text) {
-    std::string result(text);
-    std::replace_if(
-        result.begin(), result.end(),
-        [](char c) { return (static_cast<unsigned char>(c) < ' ' && c != '\t') || c == '\x7F'; },
-        '?');
-    return result;
-}
-
 std::string placeOf(const ReportedFinding& finding) {
     std::string place = finding.file;
     if (finding.offset) {
-        return fmt::format("{}: word {}", finding.file, *finding.offset);
+        return fmt::format("{}: word {} ({})", finding.file, *finding.offset, finding.place);
     }
     for (const std::int64_t number : {finding.line, finding.column}) {
         if (number > 0) {
@@ -56,6 +46,9 @@ std::int64_t shortPlace(const ReportedFinding& finding) {
 std::string othersOf(const ReportedFinding& finding) {
     if (finding.occurrences == 1) {
         return {};
+    }
+    if (finding.others.empty()) {
+        return fmt::format(" ({} more)", finding.occurrences - 1);
     }
     const bool cut = finding.others.size() > shownOthers;
     const std::span shown(finding.others.data(), cut ? shownOthers : finding.others.size());
@@ -85,10 +78,6 @@ std::string sourceOf(const ReportedFinding& finding) {
     return "  " + source + "\n  " + caret + "^\n";
 }
 
-std::string counted(std::size_t number, std::string_view what) {
-    return fmt::format("{} {}{}", number, what, number == 1 ? "" : "s");
-}
-
 std::size_t countAll(std::span<const FileReport> files, Severity severity) {
     std::size_t number = 0;
     for (const FileReport& file : files) {
@@ -109,6 +98,13 @@ Json jsonOf(const ReportedFinding& finding) {
               {"file", finding.file}};
     if (finding.offset) {
         json["offset"] = *finding.offset;
+        json["place"] = finding.place;
+    }
+    if (finding.found) {
+        json["found"] = *finding.found;
+    }
+    if (finding.expected) {
+        json["expected"] = *finding.expected;
     }
     if (finding.line > 0) {
         json["line"] = finding.line;
@@ -121,6 +117,19 @@ Json jsonOf(const ReportedFinding& finding) {
 }
 
 }  // namespace
+
+std::string printable(std::string_view text) {
+    std::string result(text);
+    std::replace_if(
+        result.begin(), result.end(),
+        [](char c) { return (static_cast<unsigned char>(c) < ' ' && c != '\t') || c == '\x7F'; },
+        '?');
+    return result;
+}
+
+std::string counted(std::size_t number, std::string_view what) {
+    return fmt::format("{} {}{}", number, what, number == 1 ? "" : "s");
+}
 
 std::size_t FileReport::count(Severity severity) const {
     std::size_t number = 0;

@@ -25,6 +25,9 @@ struct ReportedFinding {
     std::int64_t line = 0;
     std::int64_t column = 0;
     std::optional<std::uint32_t> offset = {};  ///< where in a VXB file, in words
+    std::string place = {};                    ///< what stands there, for instance "coordinate 3"
+    /// The value to blame and the right one, as far as the kind of finding has them.
+    std::optional<std::uint32_t> found = {}, expected = {};
     std::size_t occurrences = 1;            ///< findings that this one stands for, itself counted
     std::vector<std::int64_t> others = {};  ///< lines or word offsets of the first of the others
     std::string source = {};                ///< the text of the line
@@ -52,6 +55,11 @@ void addReportOptions(CLI::App& command, ReportOptions& options, std::vector<std
 /// Leaves out what `options` turns off and, unless they ask for all, folds equal findings into the
 /// first of them. Findings are equal when they have one code and lie in one file.
 void selectFindings(std::vector<ReportedFinding>& findings, const ReportOptions& options);
+
+/// Text for people: the control characters in it must not reach the terminal.
+std::string printable(std::string_view text);
+/// "1 error", "2 errors".
+std::string counted(std::size_t number, std::string_view what);
 
 /// The report for people, every line ended; `sourceLines` adds the line and a caret below it.
 /// Empty when nothing was found.

@@ -14,9 +14,12 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
+#include "vxbtool/check.h"
 #include "vxbtool/completion.h"
 #include "vxbtool/convert.h"
+#include "vxbtool/dump.h"
 #include "vxbtool/finding_catalogue.h"
+#include "vxbtool/info.h"
 #include "vxbtool/lint.h"
 #include "vxbtool/packet_form_tables.h"
 #include "vxbtool/session.h"
@@ -28,6 +31,9 @@ constexpr const char* examples = R"(Examples:
   vxbtool convert car.mqf                 write car.vxb
   vxbtool convert --out-dir out *.mqf     convert many models, side by side
   vxbtool lint car.mqf                    what is surely not meant in the model?
+  vxbtool check car.vxb                   is the file sound?
+  vxbtool info car.vxb                    what does it hold?
+  vxbtool dump car.vxb                    what does each word say?
 
 "vxbtool COMMAND --help" tells more about one command, "man vxbtool" about all.
 Exit status: 0 all went well, 1 bad input, 2 bad usage.)";
@@ -50,6 +56,9 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
 
     addConvert(app, session);
     addLint(app, session);
+    addCheck(app, session);
+    addInfo(app, session);
+    addDump(app, session);
     addCompletion(app, session);
     addFindingCatalogue(app, session);
     addPacketFormTables(app, session);

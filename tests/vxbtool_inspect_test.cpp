@@ -1,0 +1,100 @@
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <numeric>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+
+#include "support/memory_files.h"
+#include "support/test_folder.h"
+
+namespace vxbtool {
+namespace {
+
+using mqf2vxb::tests::TestFolder;
+using nlohmann::json;
+
+/// Runs a command line of this program in a folder.
+TestFolder::Result runIn(const TestFolder& folder, const std::string& command) {
+    const auto programs = std::filesystem::path(VXBTOOL_PROGRAM).parent_path().string();
+    return folder.run("PATH='" + programs + "':$PATH; " + command);
+}
+
+/// A line of data/inspect/session.txt with "$" is a command, the lines behind it are what it prints,
+/// the last of them "[N]" when it ends with another status than 0.
+TEST(Inspect, PrintsWhatTheSessionHolds) {
+    std::ifstream session(MQF2VXB_TEST_DATA "/inspect/session.txt");
+    const TestFolder folder;
+    folder.write("small.vxb", bytesOf(convertFiles(mqf2vxb::tests::smallModel()).words()));
+    std::string command, expected, actual;
+    for (std::string line; std::getline(session, line);) {
+        if (!line.starts_with("$ ")) {
+            expected += line + "\n";
+            continue;
+        }
+        EXPECT_EQ(actual, expected) << command;
+        command = line.substr(2);
+        const TestFolder::Result result = runIn(folder, command);
+        const std::string status = "[" + std::to_string(result.status) + "]\n";
+        actual = result.output + (result.status != 0 ? status : "");
+        expected.clear();
+    }
+    EXPECT_EQ(actual, expected) << command;
+    EXPECT_NE(command, "");
+}
+
+/// What a command prints as JSON about a file of the folder.
+json jsonOf(const TestFolder& folder, const std::string& command) {
+    const TestFolder::Result result = runIn(folder, command + " --json model.vxb");
+    EXPECT_EQ(result.status, 0) << result.output.substr(0, 1000);
+    return json::parse(result.output);
+}
+
+std::size_t sum(const json& objects, const char* member) {
+    return std::accumulate(objects.begin(), objects.end(), std::size_t{0},
+                           [&](std::size_t total, const json& object) {
+                               return total + object[member].get<std::size_t>();
+                           });
+}
+
+TEST(Inspect, CommandsAgreeOnTheSample) {
+    for (const std::string model : {"crawler", "crawler_groups", "crawler_strips"}) {
+        const TestFolder folder;
+        const auto made = folder.run("cd " MQF2VXB_EXAMPLES " && " VXBTOOL_PROGRAM " convert -o " +
+                                     (folder.path() / "model.vxb").string() + " " + model + ".mqf");
+        ASSERT_EQ(made.status, 0) << made.output;
+        EXPECT_TRUE(jsonOf(folder, "vxbtool check")["passed"]) << model;
+        const json info = jsonOf(folder, "vxbtool info")["files"][0];
+        const json dump = jsonOf(folder, "vxbtool dump");
+        EXPECT_EQ(info["words"], folder.read("model.vxb").size() / 4);
+        EXPECT_EQ(dump["words"], info["words"]);
+        EXPECT_EQ(sum(info["sections"], "words"), info["words"]);
+        EXPECT_EQ(sum(dump["parts"], "words"), info["words"]);
+        EXPECT_EQ(sum(info["polygons"]["forms"], "polygons"), info["polygons"]["number"]);
+        std::size_t polygons = 0, points = 0, coordinates = 0, images = 0;
+        for (const json& part : dump["parts"]) {
+            polygons += part.value("polygons", json::array()).size();
+            points += part.value("points", json::array()).size();
+            coordinates += part.contains("matrix") ? 1 : 0;
+            images += part.contains("image") ? 1 : 0;
+            EXPECT_FALSE(part.contains("notDecoded")) << model << ": " << part["part"];
+        }
+        EXPECT_EQ(polygons, info["polygons"]["number"]);
+        EXPECT_EQ(coordinates, info["coordinates"].size());
+        EXPECT_EQ(images, info["images"].size());
+        // The calculated points are twins of the shared ones.
+        const auto number = [&](const char* which) {
+            return info[which]["independent"].get<std::size_t>() +
+                   2 * info[which]["shared"].get<std::size_t>();
+        };
+        EXPECT_EQ(points, number("vertices") + number("normals"));
+        const auto text = runIn(folder, "vxbtool dump model.vxb | grep -c '^ *[0-9]'");
+        EXPECT_EQ(text.output, std::to_string(info["words"].get<std::size_t>()) + "\n");
+    }
+}
+
+}  // namespace
+}  // namespace vxbtool

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "reader/vxb_file.h"
+#include "vxbtool/json_output.h"
+#include "vxbtool/session.h"
+#include "vxbtool/text_output.h"
+
+namespace vxbtool {
+
+/// Writes one screen for people about a file.
+void writeInfo(const std::string& name, const mqf2vxb::VxbFile& file, TextOutput& output);
+/// Writes an object of "files" as docs/json-schema.md describes it.
+void writeInfo(const std::string& name, const mqf2vxb::VxbFile& file, JsonOutput& output);
+
+/// Adds "vxbtool info".
+void addInfo(CLI::App& app, Session& session);
+
+}  // namespace vxbtool
