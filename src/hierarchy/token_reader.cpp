@@ -65,7 +65,7 @@ void TokenReader::skipPast(char wanted) {
 /// Reads the token up to one of `stops`, which is returned, or the end of the file.
 int TokenReader::readToken(Kinds skipped, Kinds stops) {
     if (readPlainToken(skipped, stops)) {
-        return static_cast<unsigned char>(rest_.data()[-1]);
+        return static_cast<unsigned char>(*(rest_.data() - 1));
     }
     gathered_.clear();
     int c = readChar();
