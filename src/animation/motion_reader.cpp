@@ -1,5 +1,6 @@
 #include "animation/motion_reader.h"
 
+#include <algorithm>
 #include <span>
 #include <string>
 #include <string_view>
@@ -8,7 +9,7 @@
 #include "animation/key_frame_forms.h"
 #include "driver/diagnostics.h"
 #include "driver/line_reader.h"
-#include "driver/scan.h"
+#include "driver/plain_line.h"
 
 namespace mqf2vxb {
 namespace {
@@ -49,17 +50,46 @@ struct CodeText {
     std::int32_t t = 0;
 };
 
-/// Scans the words of a line that come before its code text, the code text and what follows it.
-template <class Before, class... After>
-void scanCodeLine(const LineReader& reader, Before& before, CodeText& code, After&... after) {
-    std::string keyword;
-    LineScanner scanner(reader);
-    scanner.scan(Word{keyword}) && before(scanner) && scanner.scan(Letter{code.letter}) &&
-        scanner.scan(Literal{"s"}) && scanner.scan(code.s) && scanner.scan(Literal{"r"}) &&
-        scanner.scan(code.r) && scanner.scan(Literal{"t"}) && scanner.scan(code.t) &&
-        (scanner.scan(after) && ...);
-    scanner.finish();
-}
+/// The next data line, whose first word says what fields it has.
+class WordLine {
+public:
+    /// `what` names the line when the file ends before it.
+    WordLine(LineReader& reader, std::string_view what)
+        : reader_(reader), what_(what), plain_(reader) {
+        if (!plain_ || !plain_.scan(WordView{word_}) || word_.starts_with('#')) {
+            take();
+            word_ = firstWord(reader_);
+        }
+    }
+
+    [[nodiscard]] std::string_view word() const { return word_; }
+
+    /// Makes the line the reader's current one, unless it is that already.
+    void take() {
+        if (!taken_) {
+            reader_.requireLine(what_);
+            taken_ = true;
+        }
+    }
+
+    /// Takes the line and scans the fields behind its word as scanLine does.
+    template <class... Field>
+    void scan(Field&&... field) {
+        if (!taken_ && (plain_.scan(field) && ...) && plain_.finish(reader_)) {
+            taken_ = true;
+            return;
+        }
+        take();
+        scanLine(reader_, WordView{word_}, field...);
+    }
+
+private:
+    LineReader& reader_;
+    std::string_view what_;
+    PlainLine plain_;
+    std::string_view word_;
+    bool taken_ = false;
+};
 
 PrimitiveTypeCode keyFrameType(const CodeText& code, std::string_view location) {
     constexpr PrimitiveTypeCode letterM = 0x1000;
@@ -82,21 +112,19 @@ void readTarget(LineReader& reader, MotionRecord& motion) {
 
 AnimationSequenceHeaderRecord readSequenceHeader(LineReader& reader) {
     using Kind = AnimationSequenceHeaderRecord::Kind;
-    reader.requireLine("its sequence headers");
+    WordLine line(reader, "its sequence headers");
     AnimationSequenceHeaderRecord header;
-    const std::string_view word = firstWord(reader);
-    std::string keyword;
-    if (word == "START") {
+    if (line.word() == "START") {
         std::uint32_t number = 0;
         header.headerKind = Kind::start;
-        scanLine(reader, Word{keyword}, Word{header.name}, HexNumber{number});
+        line.scan(WordView{header.name}, HexNumber{number});
         checkWidth(reader, number, largest16Bits);
         header.value = number << numberShift;
-    } else if (word == "KEY2") {
+    } else if (line.word() == "KEY2") {
         header.headerKind = Kind::key2;
-        scanLine(reader, Word{keyword}, Word{header.name}, Word{header.name2});
+        line.scan(WordView{header.name}, WordView{header.name2});
     } else {
-        nameMismatch("seqhcheck", word);
+        nameMismatch("seqhcheck", line.word());
     }
     return header;
 }
@@ -108,9 +136,8 @@ void readIndexTable(LineReader& reader, MotionRecord& motion) {
     reader.checkCount(indexNum, shortestLine, "coordinates");
     motion.indexTable.allocate(static_cast<std::size_t>(indexNum));
     for (AnimationIndexRecord& index : motion.indexTable) {
-        reader.requireLine("its coordinates");
         std::int32_t seqHeaderNum = 0;
-        scanLine(reader, index.coord, seqHeaderNum, Word{index.name});
+        requireFields(reader, "its coordinates", index.coord, seqHeaderNum, WordView{index.name});
         if (index.coord < 0) {
             reader.refuseLine("negative coordinate " + std::to_string(index.coord));
         }
@@ -126,38 +153,37 @@ void readIndexTable(LineReader& reader, MotionRecord& motion) {
     }
 }
 
-/// Reads the current line as a step of the sequence; false when it is a label.
-bool readStep(const LineReader& reader, AnimationSequenceRecord& step) {
+/// Reads a line of the sequence as a step; false when it is a label.
+bool readStep(const LineReader& reader, WordLine& line, AnimationSequenceRecord& step) {
     using Kind = AnimationSequenceRecord::Kind;
-    const std::string_view word = firstWord(reader);
-    std::string keyword;
-    if (word == "SEQ") {
+    if (line.word() == "SEQ") {
         step.kind = Kind::seq;
         std::int32_t number = 0;
         std::int32_t keyFrame = 0;
         CodeText code;
-        auto before = [&](LineScanner& scanner) { return scanner.scan(number); };
-        scanCodeLine(reader, before, code, keyFrame);
+        line.scan(number, Letter{code.letter}, Literal{"s"}, code.s, Literal{"r"}, code.r,
+                  Literal{"t"}, code.t, keyFrame);
         step.type = keyFrameType(code, "seqcheck");
         checkWidth(reader, number, largest8Bits);
         checkWidth(reader, keyFrame, largest32Bits);
         step.control = static_cast<std::uint32_t>(number) << numberShift;
         step.keyFrame = static_cast<std::uint32_t>(keyFrame);
-    } else if (word == "GOTO") {
+    } else if (line.word() == "GOTO") {
         step.kind = Kind::goTo;
         std::uint32_t first = 0;
         std::uint32_t second = 0;
-        scanLine(reader, Word{keyword}, Word{step.target}, HexNumber{first}, HexNumber{second});
+        line.scan(WordView{step.target}, HexNumber{first}, HexNumber{second});
         checkWidth(reader, first, largest7Bits);
         checkWidth(reader, second, largest7Bits);
         step.control = gotoKind | first << firstNumberShift | second << numberShift;
-    } else if (word == "END") {
+    } else if (line.word() == "END") {
         step.kind = Kind::end;
         std::uint32_t number = 0;
-        scanLine(reader, Word{keyword}, HexNumber{number});
+        line.scan(HexNumber{number});
         checkWidth(reader, number, largest7Bits);
         step.control = endKind | number << numberShift;
     } else {
+        line.scan();
         return false;
     }
     return true;
@@ -165,48 +191,69 @@ bool readStep(const LineReader& reader, AnimationSequenceRecord& step) {
 
 /// Reads the steps and their labels, up to the first TYPE line, which is the current one then.
 void readSequence(LineReader& reader, MotionRecord& motion) {
-    std::string label;
-    reader.requireLine("its first TYPE line");
-    while (firstWord(reader) != "TYPE") {
-        AnimationSequenceRecord step;
-        if (readStep(reader, step)) {
-            step.label = std::exchange(label, {});
-            motion.seqTable.append(std::move(step));
-        } else {
-            scanLine(reader, Word{label});
+    std::string_view label;
+    while (true) {
+        WordLine line(reader, "its first TYPE line");
+        if (line.word() == "TYPE") {
+            line.take();
+            return;
         }
-        reader.requireLine("its first TYPE line");
+        AnimationSequenceRecord step;
+        if (readStep(reader, line, step)) {
+            step.label = std::exchange(label, {});
+            motion.seqTable.append(step);
+        } else {
+            label = line.word();
+        }
     }
 }
 
-AnimationPacketRecord readKeyFrame(const LineReader& reader, PrimitiveTypeCode type) {
-    const KeyFrameForm* form = findKeyFrameForm(type);
-    if (form == nullptr) {
-        typeMismatch("aptcheck", type);
-    }
-    AnimationPacketRecord packet;
+AnimationPacketTypeRecord readGroup(const LineReader& reader) {
+    std::string_view keyword;
+    CodeText code;
+    scanLine(reader, WordView{keyword}, Letter{code.letter}, Literal{"s"}, code.s, Literal{"r"},
+             code.r, Literal{"t"}, code.t);
+    AnimationPacketTypeRecord group;
+    group.type = keyFrameType(code, "aptcheck");
+    return group;
+}
+
+void scanKeyFrame(const LineReader& reader, std::span<float> values) {
     LineScanner scanner(reader);
-    for (float& value : std::span(packet.values).first(form->values())) {
+    for (float& value : values) {
         scanner.scan(value);
     }
     scanner.finish();
-    return packet;
+}
+
+/// Goes to the next line when it is a key frame in its plain form; false, and the reader stays
+/// where it is, when it is not.
+bool takePlainKeyFrame(LineReader& reader, std::span<float> values) {
+    PlainLine plain(reader);
+    return plain &&
+           std::all_of(values.begin(), values.end(),
+                       [&plain](float& value) { return plain.scan(value); }) &&
+           plain.finish(reader);
 }
 
 /// Reads the key frames by type, from the current TYPE line to the end of the file.
 void readKeyFrames(LineReader& reader, MotionRecord& motion) {
+    AnimationPacketTypeRecord* group = nullptr;
+    const KeyFrameForm* form = nullptr;
     do {
+        AnimationPacketRecord packet;
         if (firstWord(reader) == "TYPE") {
-            CodeText code;
-            auto before = [](LineScanner&) { return true; };
-            scanCodeLine(reader, before, code);
-            AnimationPacketTypeRecord group;
-            group.type = keyFrameType(code, "aptcheck");
-            motion.packetTypeTable.append(std::move(group));
+            group = &motion.packetTypeTable.append(readGroup(reader));
+            form = findKeyFrameForm(group->type);
+        } else if (form == nullptr) {
+            typeMismatch("aptcheck", group->type);
         } else {
-            AnimationPacketTypeRecord& group =
-                motion.packetTypeTable[motion.packetTypeTable.size() - 1];
-            group.packetTable.append(readKeyFrame(reader, group.type));
+            scanKeyFrame(reader, std::span(packet.values).first(form->values()));
+            group->packetTable.append(packet);
+        }
+        while (form != nullptr &&
+               takePlainKeyFrame(reader, std::span(packet.values).first(form->values()))) {
+            group->packetTable.append(packet);
         }
     } while (reader.readLine());
 }
@@ -220,6 +267,7 @@ void readMotions(Inputs& inputs, Table<MotionRecord>& motions) {
         readIndexTable(reader, motion);
         readSequence(reader, motion);
         readKeyFrames(reader, motion);
+        motion.file = reader.takeContents();
     }
 }
 

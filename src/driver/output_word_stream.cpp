@@ -79,18 +79,6 @@ void BlockWriter::put(std::string_view bytes) {
     used_ += bytes.copy(block_.get() + used_, bytes.size());
 }
 
-void BlockWriter::putWord(std::uint32_t word) {
-    if (blockSize - used_ < sizeof word) {
-        flush();
-    }
-    char* place = block_.get() + used_;
-    place[0] = static_cast<char>(word & 0xFFU);
-    place[1] = static_cast<char>(word >> 8U & 0xFFU);
-    place[2] = static_cast<char>(word >> 16U & 0xFFU);
-    place[3] = static_cast<char>(word >> 24U);
-    used_ += sizeof word;
-}
-
 void BlockWriter::putWords(std::span<const std::uint32_t> words) {
     if constexpr (std::endian::native == std::endian::little) {
         put({reinterpret_cast<const char*>(words.data()), words.size_bytes()});

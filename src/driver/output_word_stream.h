@@ -22,7 +22,14 @@ public:
     BlockWriter& operator=(const BlockWriter&) = delete;
 
     void put(std::string_view bytes);
-    void putWord(std::uint32_t word);
+    void putWord(std::uint32_t word) {
+        char* const place = room(sizeof word);
+        place[0] = static_cast<char>(word & 0xFFU);
+        place[1] = static_cast<char>(word >> 8U & 0xFFU);
+        place[2] = static_cast<char>(word >> 16U & 0xFFU);
+        place[3] = static_cast<char>(word >> 24U);
+        add(place + sizeof word);
+    }
     void putWords(std::span<const std::uint32_t> words);
     /// Where the next bytes go, with room for `size`, at most a block. They count once they are
     /// added.
@@ -61,7 +68,11 @@ public:
     void putWords(std::span<const std::uint32_t> words, std::string_view comment = {},
                   std::int32_t argument = -1);
     void putWord(std::uint32_t word, std::string_view comment = {}, std::int32_t argument = -1) {
-        putWords({&word, 1}, comment, argument);
+        vxb_.putWord(word);
+        if (hex_) {
+            putHexLine(word, comment, argument);
+        }
+        ++position_;
     }
     /// Puts words as they were read from a file, all but the first without comment.
     void putStored(StoredWords words, std::string_view firstComment);

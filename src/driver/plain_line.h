@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -51,6 +52,24 @@ public:
         letter.value = *at_;
         return *at_++ > ' ';
     }
+    bool scan(WordView word) {
+        skipBlanks();
+        const char* const first = at_;
+        while (*at_ > ' ') {
+            ++at_;
+        }
+        word.value = {first, at_};
+        const auto size = static_cast<std::size_t>(at_ - first);
+        return size != 0 && size <= longestName && isSpace(*at_);
+    }
+    bool scan(Literal literal) {
+        return std::all_of(literal.text.begin(), literal.text.end(),
+                           [this](char c) { return *at_++ == c; });
+    }
+    bool scan(HexNumber number) {
+        skipBlanks();
+        return scan(Literal{"0x"}) && scan(Hex{number.value});
+    }
     /// The next characters up to a blank; they begin with a digit.
     bool scanNumberWord(std::string_view& word);
     /// A blank follows, or the line ends.
@@ -84,12 +103,19 @@ private:
     const char* at_;
 };
 
+/// Goes to the next line when its fields can be scanned in their plain form, in this order; false,
+/// and the reader stays where it is, when they cannot.
+template <class... Field>
+bool takePlainLine(LineReader& reader, Field&&... field) {
+    PlainLine plain(reader);
+    return plain && (plain.scan(field) && ...) && plain.finish(reader);
+}
+
 /// Goes to the next data line, which `what` names when the file ends before it, and scans its
 /// fields as scanLine does.
 template <class... Field>
 void requireFields(LineReader& reader, std::string_view what, Field&&... field) {
-    PlainLine plain(reader);
-    if (plain && (plain.scan(field) && ...) && plain.finish(reader)) [[likely]] {
+    if (takePlainLine(reader, field...)) [[likely]] {
         return;
     }
     reader.requireLine(what);

@@ -162,6 +162,14 @@ void LineScanner::missing(Scanned scanned) {
 bool LineScanner::scan(Hex hex) { return !failed_ && take(scanHex(rest_, hex.value)); }
 
 bool LineScanner::scan(Word word) {
+    std::string_view found;
+    if (scan(WordView{found})) {
+        word.value = found;
+    }
+    return !failed_;
+}
+
+bool LineScanner::scan(WordView word) {
     if (failed_) {
         return false;
     }

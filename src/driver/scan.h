@@ -39,6 +39,10 @@ struct Hex {
 struct Word {
     std::string& value;
 };
+/// A word where it stands in the file.
+struct WordView {
+    std::string_view& value;
+};
 /// The next character that is not white space.
 struct Letter {
     char& value;
@@ -65,6 +69,7 @@ public:
     bool scan(std::span<std::int32_t> values);
     bool scan(Hex hex);
     bool scan(Word word);
+    bool scan(WordView word);
     bool scan(Letter letter);
     bool scan(Literal literal);
     bool scan(HexNumber number);

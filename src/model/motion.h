@@ -3,7 +3,9 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
+#include "model/file_contents.h"
 #include "model/primitive_type.h"
 #include "model/table.h"
 
@@ -13,15 +15,15 @@ namespace mqf2vxb {
 struct AnimationSequenceHeaderRecord {
     enum class Kind : std::uint8_t { start, key2 };
     Kind headerKind = Kind::start;
-    std::string name;
-    std::string name2;  ///< KEY2 only
+    std::string_view name;
+    std::string_view name2;  ///< KEY2 only
     std::uint32_t value = 0;
 };
 
 /// One animated coordinate.
 struct AnimationIndexRecord {
     std::int32_t coord = 0;
-    std::string name;  ///< label of the sequence step that the coordinate starts with
+    std::string_view name;  ///< label of the sequence step that the coordinate starts with
     std::uint32_t startSeq = 0;
     Table<AnimationSequenceHeaderRecord> seqHeaderTable{"Animation Sequence Header Data Base"};
 };
@@ -31,8 +33,8 @@ struct AnimationSequenceRecord {
     enum class Kind : std::uint8_t { seq, goTo, end };
     Kind kind = Kind::seq;
     std::uint32_t seqNo = 0;  ///< number over all motions
-    std::string label;
-    std::string target;          ///< GOTO only
+    std::string_view label;
+    std::string_view target;     ///< GOTO only
     std::uint32_t keyFrame = 0;  ///< SEQ only: in its type's group, then over all motions
     PrimitiveTypeCode type = 0;  ///< SEQ only
     std::uint32_t control = 0;
@@ -47,6 +49,7 @@ struct AnimationPacketRecord {
 struct AnimationPacketTypeRecord {
     PrimitiveTypeCode type = 0;
     std::uint32_t firstPacketNo = 0;  ///< its first key frame's number over all motions
+    std::uint64_t firstWord = 0;      ///< where that one stands, from Matrix Top
     Table<AnimationPacketRecord> packetTable{"Animation Packet Data Base"};
 };
 
@@ -58,6 +61,7 @@ struct MotionRecord {
     Table<AnimationIndexRecord> indexTable{"Animation Index Data Base"};
     Table<AnimationSequenceRecord> seqTable{"Animation Sequence Data Base"};
     Table<AnimationPacketTypeRecord> packetTypeTable{"Animation Packet Type Data Base"};
+    FileContents file;  ///< what the labels and names are views into
 };
 
 }  // namespace mqf2vxb

@@ -74,7 +74,7 @@ private:
     }
 
     /// A name that is missing on its line is another finding.
-    void checkName(const std::string& name, std::size_t position) {
+    void checkName(std::string_view name, std::size_t position) {
         if (!name.empty() && !labels_.contains(name)) {
             findings_.add(kind::nameUnknown, word(position), fmt::arg("name", name));
         }
