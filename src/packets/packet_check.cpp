@@ -34,6 +34,29 @@ bool fillsColours(const PacketForm& form, const DrawnPolygon& drawn) {
     }
 }
 
+/// What a strip's polygon lacks of what the packets of the strip have; null when it has all.
+const char* missingInStrip(const PacketForm& form, const DrawnPolygon& drawn) {
+    if (form.textured && !drawn.appearance.textured()) {
+        return "no texture";
+    }
+    if (form.windowed() && !drawn.appearance.windowed()) {
+        return "no texture window";
+    }
+    return fillsColours(form, drawn) ? nullptr : "another number of colours";
+}
+
+/// Whether all strips have what their packets need: looks at the materials in their own order, which
+/// takes half of the time that the order of the strips takes, and tells as much in most models.
+bool allStripsFilled(const Model& model) {
+    return model.meshes.empty() ||
+           std::all_of(model.materials.records.begin(), model.materials.records.end(),
+                       [&](const MaterialRecord& material) {
+                           const PacketForm* form = findPacketForm(material.type);
+                           return form == nullptr || !form->strip() ||
+                                  missingInStrip(*form, drawnPolygon(model, material)) == nullptr;
+                       });
+}
+
 /// Whether no number of any polygon or material is one that a packet could not hold, drawn or not:
 /// so it is in nearly every model, and costs less to find out than to look at every packet.
 bool allNumbersFit(const Model& model) {
@@ -72,20 +95,6 @@ public:
     void stripPolygon(const PacketForm& form, const DrawnPolygon& drawn, std::size_t k) const {
         checkFillsStrip(form, drawn);
         checkPacket(form, k == 0 ? form.packet : form.further, drawn);
-    }
-
-    /// Checks only what a strip asks of its materials.
-    void fills() {
-        for (mesh_ = 0; mesh_ < model_.meshes.size(); ++mesh_) {
-            const PacketForm* form = findPacketForm(model_.meshes[mesh_].type);
-            if (form == nullptr || !form->strip()) {
-                continue;
-            }
-            for (const MeshPolygon& polygon : model_.polygonsOf(model_.meshes[mesh_])) {
-                checkFillsStrip(*form,
-                                drawnPolygon(model_, model_.materials.records[polygon.material]));
-            }
-        }
     }
 
 private:
@@ -130,14 +139,8 @@ private:
     }
 
     void checkFillsStrip(const PacketForm& form, const DrawnPolygon& drawn) const {
-        if (form.textured && !drawn.appearance.textured()) {
-            refuseMesh(drawn, "no texture");
-        }
-        if (form.windowed() && !drawn.appearance.windowed()) {
-            refuseMesh(drawn, "no texture window");
-        }
-        if (!fillsColours(form, drawn)) {
-            refuseMesh(drawn, "another number of colours");
+        if (const char* const missing = missingInStrip(form, drawn)) {
+            refuseMesh(drawn, missing);
         }
     }
 
@@ -159,10 +162,8 @@ private:
 }  // namespace
 
 void checkPackets(const Model& model) {
-    PacketCheck check(model);
-    if (allNumbersFit(model)) {
-        check.fills();
-    } else {
+    if (!allNumbersFit(model) || !allStripsFilled(model)) {
+        PacketCheck check(model);
         walkDrawn(model, check);
     }
 }
