@@ -126,12 +126,14 @@ TEST(FindingReport, WritesItsJsonAsDocumented) {
 
     ReportedFinding error{"VXB001", mqf2vxb::Severity::error, "text", "a.vxb"};
     error.offset = 0;
+    error.place = "file header";
+    error.found = 7;
     const auto json =
         nlohmann::json::parse(jsonReport("check", {{FileReport{"a.vxb", {error}}}}, false));
     EXPECT_FALSE(json["passed"]);
     EXPECT_EQ(json["files"][0]["findings"][0], nlohmann::json::parse(R"({
         "code": "VXB001", "severity": "error", "text": "text", "file": "a.vxb", "offset": 0,
-        "occurrences": 1})"));
+        "place": "file header", "found": 7, "occurrences": 1})"));
 }
 
 TEST(FindingReport, KeepsControlCharactersFromTheTerminal) {
