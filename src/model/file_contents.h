@@ -4,16 +4,19 @@
 #include <cstddef>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 namespace mqf2vxb {
 
-/// The bytes of one file, read in one gulp. Views into it stay good when it is moved.
+/// The bytes of one file, read in one gulp. Views into it stay good when it is moved or copied.
 class FileContents {
 public:
     FileContents() = default;
     /// Room for `size` bytes, to be filled through data().
     explicit FileContents(std::size_t size)
-        : bytes_(std::make_unique_for_overwrite<char[]>(size + padding)) {
+        : FileContents(std::make_shared_for_overwrite<char[]>(size + padding), size) {}
+    /// The same in memory that others share; `padding` more bytes are there.
+    FileContents(std::shared_ptr<char[]> bytes, std::size_t size) : bytes_(std::move(bytes)) {
         shrink(size);
     }
 
@@ -30,7 +33,7 @@ public:
     static constexpr std::size_t padding = 8;
 
 private:
-    std::unique_ptr<char[]> bytes_;
+    std::shared_ptr<char[]> bytes_;
     std::size_t size_ = 0;
 };
 
