@@ -6,24 +6,34 @@
 #include <sys/mman.h>
 
 #include <cstddef>
-#include <cstdint>
 #include <cstdlib>
 #include <new>
 
 // NOLINTBEGIN(cppcoreguidelines-no-malloc): this is what "new" is made of
 
-void* operator new(std::size_t size) {
-    constexpr std::size_t large = std::size_t{1} << 20U;
-    constexpr std::uintptr_t pageSize = 4096;
-    void* const block = std::malloc(size != 0 ? size : 1);
-    if (block == nullptr) {
-        throw std::bad_alloc();
+namespace {
+
+constexpr std::size_t largePage = std::size_t{1} << 21U;
+
+void* allocate(std::size_t size) {
+    if (size < largePage) {
+        return std::malloc(size != 0 ? size : 1);
     }
-    if (size >= large) {
-        const std::uintptr_t offset = reinterpret_cast<std::uintptr_t>(block) % pageSize;
-        madvise(static_cast<char*>(block) - offset, size, MADV_HUGEPAGE);
+    void* block = nullptr;
+    if (posix_memalign(&block, largePage, size) != 0) {
+        return nullptr;
     }
+    madvise(block, size, MADV_HUGEPAGE);
     return block;
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+    if (void* const block = allocate(size)) {
+        return block;
+    }
+    throw std::bad_alloc();
 }
 
 void operator delete(void* block) noexcept { std::free(block); }

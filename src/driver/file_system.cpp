@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <system_error>
+#include <utility>
 
 #include "driver/diagnostics.h"
 
@@ -47,6 +48,27 @@ fs::path finalTarget(const std::string& name) {
     return fs::weakly_canonical(path, error);
 }
 
+/// Small files share memory, so that many of them get large pages too: a model of hundreds of images
+/// takes a quarter less time.
+FileContents DiskFileSystem::room(std::size_t size) {
+    constexpr std::size_t smallFile = std::size_t{1} << 18U;
+    constexpr std::size_t smallestChunk = std::size_t{1} << 17U;
+    constexpr std::size_t largestChunk = std::size_t{1} << 25U;
+    const std::size_t needed = size + FileContents::padding;
+    if (needed > smallFile) {
+        return FileContents(size);
+    }
+    if (needed > chunkSize_ - used_) {
+        const std::size_t chunkSize =
+            std::max(needed, std::clamp(2 * chunkSize_, smallestChunk, largestChunk));
+        chunk_ = std::make_shared_for_overwrite<char[]>(chunkSize);
+        chunkSize_ = chunkSize;
+        used_ = 0;
+    }
+    char* const start = chunk_.get() + std::exchange(used_, used_ + needed);
+    return {std::shared_ptr<char[]>(chunk_, start), size};
+}
+
 std::optional<FileContents> DiskFileSystem::read(const std::string& name) {
     const FileHandle file(std::fopen(name.c_str(), "rb"));
     if (!file) {
@@ -63,7 +85,7 @@ std::optional<FileContents> DiskFileSystem::read(const std::string& name) {
         checkFileSize(name, announced);
         capacity = static_cast<std::size_t>(announced) + 1;
     }
-    FileContents contents(capacity);
+    FileContents contents = room(capacity);
     std::size_t size = 0;
     while (true) {
         const std::size_t got = std::fread(contents.data() + size, 1, capacity - size, file.get());

@@ -54,6 +54,13 @@ public:
     [[nodiscard]] std::optional<FileContents> read(const std::string& name) override;
     [[nodiscard]] std::unique_ptr<OutputFile> create(const std::string& name) override;
     [[nodiscard]] bool same(const std::string& one, const std::string& other) const override;
+
+private:
+    FileContents room(std::size_t size);
+
+    std::shared_ptr<char[]> chunk_;  // what small files share
+    std::size_t chunkSize_ = 0;
+    std::size_t used_ = 0;
 };
 
 }  // namespace mqf2vxb

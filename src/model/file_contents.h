@@ -5,10 +5,11 @@
 #include <cstddef>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 namespace mqf2vxb {
 
-/// The bytes of one file, read in one gulp. Views into it stay good when it is moved.
+/// The bytes of one file, read in one gulp. Views into it stay good when it is moved or copied.
 class FileContents {
 public:
     /// So many NUL characters follow the text: a scan may look ahead that far, and one that no NUL
@@ -18,7 +19,9 @@ public:
     FileContents() = default;
     /// Room for `size` bytes, to be filled through data().
     explicit FileContents(std::size_t size)
-        : bytes_(std::make_unique_for_overwrite<char[]>(size + padding)) {
+        : FileContents(std::make_shared_for_overwrite<char[]>(size + padding), size) {}
+    /// The same in memory that others share; `padding` more bytes are there.
+    FileContents(std::shared_ptr<char[]> bytes, std::size_t size) : bytes_(std::move(bytes)) {
         shrink(size);
     }
 
@@ -34,7 +37,7 @@ public:
     }
 
 private:
-    std::unique_ptr<char[]> bytes_;
+    std::shared_ptr<char[]> bytes_;
     std::size_t size_ = 0;
 };
 
