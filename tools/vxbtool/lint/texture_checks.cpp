@@ -127,7 +127,7 @@ void checkLines(const LintedModel& linted, Findings& findings) {
     }
     for (std::size_t i = 0; i < corners.size(); ++i) {
         const MaterialLine& line = materials.lines[i];
-        const MaterialAppearance appearance(line, materials.numbers.data() + line.firstNumber);
+        const MaterialAppearance appearance = materials.appearance(line);
         const auto texture = static_cast<std::size_t>(appearance.texture());
         if (!appearance.textured() || texture >= model.images.size()) {
             continue;
