@@ -28,7 +28,7 @@ TestFolder::Result runIn(const TestFolder& folder, const std::string& command) {
 TEST(Inspect, PrintsWhatTheSessionHolds) {
     std::ifstream session(MQF2VXB_TEST_DATA "/inspect/session.txt");
     const TestFolder folder;
-    folder.write("small.vxb", bytesOf(convertFiles(mqf2vxb::tests::smallModel()).words()));
+    folder.write("small.vxb", convertFiles(mqf2vxb::tests::smallModel()).outputs.at("m.vxb"));
     std::string command, expected, actual;
     for (std::string line; std::getline(session, line);) {
         if (!line.starts_with("$ ")) {

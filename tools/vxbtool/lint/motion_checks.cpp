@@ -80,20 +80,20 @@ private:
         }
     }
 
-    /// Steps are scanned by a form, labels are not.
+    /// Every line up to the first TYPE line that is no step is a label.
     void checkSequence() {
         const TracedLine* label = nullptr;
         std::size_t step = 0;
-        while (!file_.lines[line_].scanned || step < motion_.seqTable.size()) {
+        for (; firstWord(file_.lines[line_]) != "TYPE"; ++line_) {
             const TracedLine& line = file_.lines[line_];
-            if (line.scanned) {
+            const std::string_view keyword = firstWord(line);
+            if (keyword == "SEQ" || keyword == "GOTO" || keyword == "END") {
                 checkStep(motion_.seqTable[step++], label);
                 label = nullptr;
             } else {
                 checkLost(label);
                 label = &line;
             }
-            ++line_;
         }
         checkLost(label);
     }
