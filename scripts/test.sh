@@ -70,7 +70,7 @@ export -f lint_one
 
 lint() {
     local units unit unlisted=0
-    mapfile -t units < <(source_files src | grep '\.cpp$')
+    mapfile -t units < <(source_files src tools | grep '\.cpp$')
     for unit in "${units[@]}"; do
         if ! grep -qF "/$unit\"" build/release/compile_commands.json; then
             echo "$unit is in no CMakeLists.txt"
@@ -82,9 +82,9 @@ lint() {
     return "$unlisted"
 }
 
-stage "packages" scripts/install-packages.sh build test
+stage "packages" scripts/install-packages.sh build test tools
 
-stage "release build, warnings as errors" build release -DMQF2VXB_WERROR=ON
+stage "release build, warnings as errors" build release -DMQF2VXB_WERROR=ON -DMQF2VXB_BUILD_TOOLS=ON
 release_status=$status
 if ((release_status == 0)); then
     stage "release tests" run_tests release
@@ -92,7 +92,7 @@ else
     skip "release tests"
 fi
 
-stage "sanitizer build" build sanitize
+stage "sanitizer build" build sanitize -DMQF2VXB_BUILD_TOOLS=ON
 if ((status == 0)); then
     stage "sanitizer tests" run_tests sanitize
 else
