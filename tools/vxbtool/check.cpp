@@ -32,6 +32,8 @@
 #include <utility>
 #include <vector>
 
+#include <CLI/CLI.hpp>
+
 #include "reader/findings.h"
 #include "reader/word_meaning.h"
 #include "vxbtool/vxb_input.h"

@@ -2,8 +2,6 @@
 
 #include <string>
 
-#include <CLI/CLI.hpp>
-
 #include "vxbtool/finding_report.h"
 #include "vxbtool/session.h"
 

@@ -18,7 +18,8 @@
 #include <string>
 #include <vector>
 
-#include <fmt/format.h>
+#include <CLI/CLI.hpp>
+#include <fmt/core.h>
 #include <fmt/ranges.h>
 
 namespace vxbtool {

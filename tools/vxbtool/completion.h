@@ -1,7 +1,5 @@
 #pragma once
 
-#include <CLI/CLI.hpp>
-
 #include "vxbtool/session.h"
 
 namespace vxbtool {

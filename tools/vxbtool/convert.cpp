@@ -44,7 +44,8 @@
 
 #include <unistd.h>
 
-#include <fmt/format.h>
+#include <CLI/CLI.hpp>
+#include <fmt/core.h>
 
 #include "driver/file_system.h"
 #include "vxbtool/convert_console.h"

@@ -5,7 +5,7 @@
 
 #include <unistd.h>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace vxbtool {
 namespace {

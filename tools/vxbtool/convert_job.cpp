@@ -7,7 +7,7 @@
 #include <system_error>
 #include <vector>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "driver/convert.h"
 #include "driver/diagnostics.h"

@@ -3,14 +3,13 @@
 #include <set>
 #include <string>
 
-#include <CLI/CLI.hpp>
-
 #include "reader/vxb_file.h"
-#include "vxbtool/json_output.h"
 #include "vxbtool/session.h"
-#include "vxbtool/text_output.h"
 
 namespace vxbtool {
+
+class JsonOutput;
+class TextOutput;
 
 /// The sections that are wanted; all when it is empty.
 using WantedSections = std::set<std::string_view>;

@@ -3,6 +3,7 @@
 #include "reader/word_meaning.h"
 #include "vxbtool/dump.h"
 #include "vxbtool/finding_report.h"
+#include "vxbtool/text_output.h"
 
 namespace vxbtool {
 namespace {

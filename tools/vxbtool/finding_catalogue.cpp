@@ -3,7 +3,8 @@
 #include <cstdio>
 #include <string_view>
 
-#include <fmt/format.h>
+#include <CLI/CLI.hpp>
+#include <fmt/core.h>
 
 #include "reader/findings.h"
 #include "vxbtool/lint/catalogue.h"

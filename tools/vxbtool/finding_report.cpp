@@ -7,7 +7,8 @@
 #include <map>
 #include <utility>
 
-#include <fmt/format.h>
+#include <CLI/CLI.hpp>
+#include <fmt/core.h>
 #include <fmt/ranges.h>
 #include <nlohmann/json.hpp>
 

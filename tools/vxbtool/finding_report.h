@@ -8,8 +8,6 @@
 #include <string_view>
 #include <vector>
 
-#include <CLI/CLI.hpp>
-
 #include "reader/findings.h"
 #include "vxbtool/session.h"
 

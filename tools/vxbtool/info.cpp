@@ -25,6 +25,9 @@
 #include <optional>
 #include <vector>
 
+#include <CLI/CLI.hpp>
+
+#include "vxbtool/json_output.h"
 #include "vxbtool/vxb_input.h"
 
 namespace vxbtool {

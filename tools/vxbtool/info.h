@@ -2,14 +2,13 @@
 
 #include <string>
 
-#include <CLI/CLI.hpp>
-
 #include "reader/vxb_file.h"
-#include "vxbtool/json_output.h"
 #include "vxbtool/session.h"
-#include "vxbtool/text_output.h"
 
 namespace vxbtool {
+
+class JsonOutput;
+class TextOutput;
 
 /// Writes one screen for people about a file.
 void writeInfo(const std::string& name, const mqf2vxb::VxbFile& file, TextOutput& output);

@@ -8,6 +8,7 @@
 #include "vxbtool/finding_report.h"
 #include "vxbtool/info.h"
 #include "vxbtool/info_summary.h"
+#include "vxbtool/text_output.h"
 
 namespace vxbtool {
 namespace {

@@ -30,6 +30,8 @@
 #include <string>
 #include <vector>
 
+#include <CLI/CLI.hpp>
+
 #include "vxbtool/lint/catalogue.h"
 #include "vxbtool/lint/lint.h"
 #include "vxbtool/model_files.h"

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include <CLI/CLI.hpp>
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "vxbtool/check.h"
 #include "vxbtool/completion.h"

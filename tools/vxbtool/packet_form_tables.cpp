@@ -4,7 +4,8 @@
 #include <cstdio>
 #include <string_view>
 
-#include <fmt/format.h>
+#include <CLI/CLI.hpp>
+#include <fmt/core.h>
 
 #include "packets/packet_forms.h"
 

@@ -2,8 +2,6 @@
 
 #include <string>
 
-#include <CLI/CLI.hpp>
-
 #include "vxbtool/session.h"
 
 namespace vxbtool {

@@ -4,7 +4,7 @@
 #include <string_view>
 
 #include <CLI/CLI.hpp>
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "driver/scan.h"
 

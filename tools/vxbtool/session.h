@@ -2,6 +2,10 @@
 
 #include <cstdint>
 
+namespace CLI {
+class App;  // its header takes long to compile
+}  // namespace CLI
+
 namespace vxbtool {
 
 /// What the program ends with. Usage errors are thrown as CLI::Error, from callbacks too.

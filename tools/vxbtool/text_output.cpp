@@ -1,6 +1,7 @@
 #include "vxbtool/text_output.h"
 
 #include <cerrno>
+#include <iterator>
 #include <system_error>
 
 namespace vxbtool {
@@ -11,6 +12,23 @@ namespace {
 }
 
 }  // namespace
+
+void TextOutput::put(std::string_view text) {
+    buffer_.append(text);
+    flushLarge();
+}
+
+void TextOutput::formatAll(fmt::string_view form, fmt::format_args values) {
+    fmt::vformat_to(std::back_inserter(buffer_), form, values);
+    flushLarge();
+}
+
+void TextOutput::flushLarge() {
+    constexpr std::size_t large = std::size_t{1} << 16U;
+    if (buffer_.size() >= large) {
+        flush();
+    }
+}
 
 void TextOutput::flush() {
     if (std::fwrite(buffer_.data(), 1, buffer_.size(), file_) != buffer_.size()) {

@@ -2,10 +2,10 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <string>
 #include <string_view>
-#include <utility>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 namespace vxbtool {
 
@@ -14,29 +14,21 @@ class TextOutput {
 public:
     explicit TextOutput(std::FILE* file) : file_(file) {}
 
-    void put(std::string_view text) {
-        buffer_.append(text.data(), text.data() + text.size());
-        flushLarge();
-    }
+    void put(std::string_view text);
     template <class... Values>
     void format(fmt::format_string<Values...> form, Values&&... values) {
-        fmt::format_to(fmt::appender(buffer_), form, std::forward<Values>(values)...);
-        flushLarge();
+        formatAll(form, fmt::make_format_args(values...));
     }
     /// Writes what is left; to be called at the end.
     void finish();
 
 private:
-    void flushLarge() {
-        constexpr std::size_t large = std::size_t{1} << 16U;
-        if (buffer_.size() >= large) {
-            flush();
-        }
-    }
+    void formatAll(fmt::string_view form, fmt::format_args values);
+    void flushLarge();
     void flush();
 
     std::FILE* file_;
-    fmt::memory_buffer buffer_;
+    std::string buffer_;
 };
 
 }  // namespace vxbtool

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <memory>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "reader/vxb_reader.h"
 

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include <fmt/format.h>
+#include <fmt/core.h>
 
 #include "vxbtool/finding_report.h"
 #include "vxbtool/lint/catalogue.h"
