@@ -68,23 +68,26 @@ lint_one() {
 }
 export -f lint_one
 
+# The compiler's units: a unity build gathers many source files in one of its own.
 lint() {
-    local units unit unlisted=0
-    mapfile -t units < <(source_files src | grep '\.cpp$')
-    for unit in "${units[@]}"; do
-        if ! grep -qF "/$unit\"" build/release/compile_commands.json; then
+    local units unit unlisted=0 root
+    root=$(pwd -P)
+    mapfile -t units < <(sed -n 's/^ *"file": "\([^"]*\)".*/\1/p' build/release/compile_commands.json |
+        grep -E "^$root/(build/release/)?(src|tools)/")
+    while read -r unit; do
+        if ! grep -qsF "/$unit\"" build/release/compile_commands.json "${units[@]}"; then
             echo "$unit is in no CMakeLists.txt"
             unlisted=1
         fi
-    done
+    done < <(source_files src tools | grep '\.cpp$')
     # shellcheck disable=SC2016  # the inner shell expands it
     printf '%s\n' "${units[@]}" | xargs -d '\n' -n 1 -P "$jobs" bash -c 'lint_one "$1"' lint_one
     return "$unlisted"
 }
 
-stage "packages" scripts/install-packages.sh build test
+stage "packages" scripts/install-packages.sh build test tools
 
-stage "release build, warnings as errors" build release -DMQF2VXB_WERROR=ON
+stage "release build, warnings as errors" build release -DMQF2VXB_WERROR=ON -DMQF2VXB_BUILD_TOOLS=ON
 release_status=$status
 if ((release_status == 0)); then
     stage "release tests" run_tests release
@@ -92,7 +95,7 @@ else
     skip "release tests"
 fi
 
-stage "sanitizer build" build sanitize
+stage "sanitizer build" build sanitize -DMQF2VXB_BUILD_TOOLS=ON
 if ((status == 0)); then
     stage "sanitizer tests" run_tests sanitize
 else

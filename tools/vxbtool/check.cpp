@@ -45,7 +45,7 @@ using mqf2vxb::Finding;
 using mqf2vxb::FindingKind;
 using mqf2vxb::VxbFile;
 
-constexpr const char* examples = R"(Examples:
+constexpr const char* checkExamples = R"(Examples:
   vxbtool check car.vxb                   silence: the file is sound
   vxbtool check --werror out/*.vxb        fail on warnings too
   vxbtool check -W VXB042 car.vxb         leave one kind of finding out
@@ -122,7 +122,7 @@ void addCheck(CLI::App& app, Session& session) {
         ->type_name("")
         ->required();
     addReportOptions(*command, arguments->report, checkCodes());
-    command->footer(examples);
+    command->footer(checkExamples);
     command->callback([arguments, &session] { session.status = runCheck(*arguments); });
 }
 

@@ -58,7 +58,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* examples = R"(Examples:
+constexpr const char* convertExamples = R"(Examples:
   vxbtool convert car.mqf                      write car.vxb
   vxbtool convert --scale 0.5 -o small.vxb car.mqf
   vxbtool convert --out-dir out -j 4 *.mqf     write out/*.vxb, four at a time
@@ -201,7 +201,7 @@ void addConvert(CLI::App& app, Session& session) {
     option("-j", arguments->threads, "N",
            "Convert this many models at a time (as many as there are processors)")
         ->check(CLI::Range(1U, 1024U));
-    command->footer(examples);
+    command->footer(convertExamples);
     command->callback([arguments, &session] { convert(*arguments, session); });
 }
 

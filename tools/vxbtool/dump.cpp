@@ -34,7 +34,7 @@
 namespace vxbtool {
 namespace {
 
-constexpr const char* examples = R"(Examples:
+constexpr const char* dumpExamples = R"(Examples:
   vxbtool dump car.vxb | less                every word of the file
   vxbtool dump --section packets car.vxb     the polygons alone
   vxbtool dump car.vxb | grep -B3 '\^'       what check found, with the words before
@@ -98,7 +98,7 @@ void addDump(CLI::App& app, Session& session) {
         ->take_all()
         ->check(CLI::IsMember(sectionNames()).description(""));
     command->add_flag("--json", arguments->json, "Print the decoded structure as JSON");
-    command->footer(examples);
+    command->footer(dumpExamples);
     command->callback([arguments, &session] { session.status = runDump(*arguments); });
 }
 

@@ -10,13 +10,13 @@
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
 #include <fmt/ranges.h>
-#include <nlohmann/json.hpp>
+
+#include "vxbtool/json_output.h"
 
 namespace vxbtool {
 namespace {
 
 using mqf2vxb::Severity;
-using Json = nlohmann::ordered_json;
 
 /// How many other places of a folded finding are shown.
 constexpr std::size_t shownOthers = 5;

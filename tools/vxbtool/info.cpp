@@ -33,7 +33,7 @@
 namespace vxbtool {
 namespace {
 
-constexpr const char* examples = R"(Examples:
+constexpr const char* infoExamples = R"(Examples:
   vxbtool info car.vxb                    what does the file hold?
   vxbtool info out/*.vxb | less           look through many
   vxbtool info --json car.vxb | jq '.files[0].polygons.number')";
@@ -84,7 +84,7 @@ void addInfo(CLI::App& app, Session& session) {
         ->type_name("")
         ->required();
     command->add_flag("--json", arguments->json, "Print JSON");
-    command->footer(examples);
+    command->footer(infoExamples);
     command->callback([arguments, &session] { session.status = runInfo(*arguments); });
 }
 

@@ -40,7 +40,7 @@
 namespace vxbtool {
 namespace {
 
-constexpr const char* examples = R"(Examples:
+constexpr const char* lintExamples = R"(Examples:
   vxbtool lint car.mqf                      report what is surely not meant
   vxbtool lint --scale 16 car.mqf           will the model wrap at this scale?
   vxbtool lint --werror -W L012 *.mqf       fail on any finding but one kind
@@ -95,7 +95,7 @@ void addLint(CLI::App& app, Session& session) {
         ->add_option("--base", arguments->base, "Open relative names in the model from this folder")
         ->option_text("DIR");
     addReportOptions(*command, arguments->report, lintCodes());
-    command->footer(examples);
+    command->footer(lintExamples);
     command->callback([arguments, &session] { session.status = runLint(*arguments); });
 }
 

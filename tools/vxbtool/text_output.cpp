@@ -7,7 +7,7 @@
 namespace vxbtool {
 namespace {
 
-[[noreturn]] void failed() {
+[[noreturn]] void cannotBeWritten() {
     throw std::system_error(errno, std::generic_category(), "the output cannot be written");
 }
 
@@ -32,7 +32,7 @@ void TextOutput::flushLarge() {
 
 void TextOutput::flush() {
     if (std::fwrite(buffer_.data(), 1, buffer_.size(), file_) != buffer_.size()) {
-        failed();
+        cannotBeWritten();
     }
     buffer_.clear();
 }
@@ -40,7 +40,7 @@ void TextOutput::flush() {
 void TextOutput::finish() {
     flush();
     if (std::fflush(file_) != 0) {
-        failed();
+        cannotBeWritten();
     }
 }
 

@@ -21,7 +21,7 @@ struct FileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
 
-[[noreturn]] void failed() { throw UnreadableFile(std::strerror(errno)); }
+[[noreturn]] void cannotBeRead() { throw UnreadableFile(std::strerror(errno)); }
 
 [[noreturn]] void tooLarge() {
     throw UnreadableFile(fmt::format("it is larger than {} bytes", largestVxbFile));
@@ -33,7 +33,7 @@ std::string readBytes(const std::string& name) {
     const std::unique_ptr<std::FILE, FileCloser> file(std::fopen(name.c_str(), "rb"));
     struct stat status {};
     if (!file || fstat(fileno(file.get()), &status) != 0) {
-        failed();
+        cannotBeRead();
     }
     if (S_ISDIR(status.st_mode)) {
         throw UnreadableFile(std::strerror(EISDIR));
@@ -55,7 +55,7 @@ std::string readBytes(const std::string& name) {
         }
     }
     if (std::ferror(file.get()) != 0) {
-        failed();
+        cannotBeRead();
     }
     return bytes;
 }
