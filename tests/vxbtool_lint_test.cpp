@@ -128,10 +128,10 @@ TEST(FindingReport, WritesItsJsonAsDocumented) {
     error.offset = 0;
     error.place = "file header";
     error.found = 7;
-    const auto json =
+    const auto report =
         nlohmann::json::parse(jsonReport("check", {{FileReport{"a.vxb", {error}}}}, false));
-    EXPECT_FALSE(json["passed"]);
-    EXPECT_EQ(json["files"][0]["findings"][0], nlohmann::json::parse(R"({
+    EXPECT_FALSE(report["passed"]);
+    EXPECT_EQ(report["files"][0]["findings"][0], nlohmann::json::parse(R"({
         "code": "VXB001", "severity": "error", "text": "text", "file": "a.vxb", "offset": 0,
         "place": "file header", "found": 7, "occurrences": 1})"));
 }
