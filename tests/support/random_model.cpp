@@ -229,4 +229,45 @@ private:
 
 ModelFiles randomModel(std::uint32_t seed) { return Generator(seed).make(); }
 
+Files damagedModel(std::uint32_t seed) {
+    static const std::vector<std::string> patches{"",
+                                                  " ",
+                                                  "\t",
+                                                  "\r",
+                                                  "\n",
+                                                  "\r\n",
+                                                  "\n# x\n",
+                                                  "-",
+                                                  "+",
+                                                  ".",
+                                                  "0",
+                                                  "x",
+                                                  "e5",
+                                                  "1.5",
+                                                  "0x1",
+                                                  "1234567",
+                                                  "8388609.5",
+                                                  "16777217",
+                                                  "-99999999",
+                                                  ",",
+                                                  "#",
+                                                  "\v1",
+                                                  "7 8",
+                                                  " s1 ",
+                                                  "ps1",
+                                                  "TYPE ",
+                                                  "END 0x1",
+                                                  "0x7f 0x1 ",
+                                                  std::string(1, 0)};
+    std::mt19937 random(seed);
+    Files damaged = randomModel(seed % 100).files();
+    for (auto& [name, text] : damaged) {
+        if (random() % 2 != 0 && text.size() > 12) {
+            text.replace(11 + random() % (text.size() - 11), random() % 3,
+                         patches[random() % patches.size()]);
+        }
+    }
+    return damaged;
+}
+
 }  // namespace mqf2vxb::tests

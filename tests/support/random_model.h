@@ -8,4 +8,7 @@ namespace mqf2vxb::tests {
 /// use every part of the format.
 ModelFiles randomModel(std::uint32_t seed);
 
+/// The files of such a model with a few characters changed here and there.
+Files damagedModel(std::uint32_t seed);
+
 }  // namespace mqf2vxb::tests

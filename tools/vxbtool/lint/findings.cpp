@@ -26,7 +26,7 @@ public:
         constexpr std::size_t longest = 255;  // what a reader takes as one line
         const std::string_view source = text_.substr(start_, std::min(end_ - start_, longest));
         if (offset - start_ <= source.size()) {
-            finding.source = source.substr(0, source.find('\r'));
+            finding.source = shownLine(source);
         }
     }
 
@@ -38,6 +38,10 @@ private:
 };
 
 }  // namespace
+
+std::string_view shownLine(std::string_view line) {
+    return line.substr(0, line.size() - (line.ends_with('\r') ? 1 : 0));
+}
 
 SourcePlace wordPlace(const TracedFile& file, const TracedLine& line, std::size_t number) {
     std::string_view rest = line.text;

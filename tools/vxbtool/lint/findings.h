@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -18,6 +19,9 @@ struct SourcePlace {
     const TracedFile* file;
     std::size_t offset;
 };
+
+/// A line as reports show it: without a carriage return at its end.
+std::string_view shownLine(std::string_view line);
 
 /// Where the word at position `number` of a line stands; a line with fewer gives its end.
 SourcePlace wordPlace(const TracedFile& file, const TracedLine& line, std::size_t number);

@@ -10,6 +10,7 @@
 #include "driver/convert.h"
 #include "driver/diagnostics.h"
 #include "output/model_writer.h"
+#include "vxbtool/lint/findings.h"
 #include "vxbtool/lint/model_checks.h"
 #include "vxbtool/lint/text_checks.h"
 
@@ -91,7 +92,7 @@ std::string sourceLine(const Trace& trace, const Place& place) {
         for (std::int64_t line = 1; line < place.line; ++line) {
             rest.remove_prefix(std::min(rest.find('\n'), rest.size() - 1) + 1);
         }
-        return std::string(rest.substr(0, rest.find_first_of("\r\n")));
+        return std::string(shownLine(rest.substr(0, rest.find('\n'))));
     }
     return {};
 }
