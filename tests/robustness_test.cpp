@@ -17,11 +17,14 @@ namespace {
 
 /// How many allocations still succeed before one fails.
 thread_local std::size_t allocationsLeft = std::numeric_limits<std::size_t>::max();
+/// Bytes asked for so far.
+thread_local std::size_t allocated = 0;
 
 }  // namespace
 
 // Not inlined: the compiler would see a mismatched pair.
 [[gnu::noinline]] void* operator new(std::size_t size) {
+    allocated += size;
     if (allocationsLeft-- == 0) {
         throw std::bad_alloc();
     }
@@ -168,6 +171,47 @@ TEST(Robustness, AnAllocationReportTellsSizeAndNumber) {
                                      std::to_string(sizeof(VertexRecord)) +
                                      " byte\nNumber :4611686018427387904\nAddress:0x00000000\n");
     }
+}
+
+/// A model with everything that comes in numbers, `size` of each.
+ModelFiles manyOfEverything(std::size_t size) {
+    const auto counted = [size](const std::string& form) {
+        std::string text;
+        for (std::size_t i = 0; i < size; ++i) {
+            std::string line = form;
+            for (const auto& [mark, value] :
+                 {std::pair{'%', i}, {'+', (i + 1) % size}, {'/', i / 2}}) {
+                for (std::size_t at = 0; (at = line.find(mark)) != std::string::npos;) {
+                    line.replace(at, 1, std::to_string(value));
+                }
+            }
+            text += line;
+        }
+        return text;
+    };
+    const std::string number = std::to_string(size);
+    ModelFiles model;
+    model.geo = number + " 1 " + number + ";" + counted("% 1 2;") + "0 0 1;" +
+                counted("0 % % + 0 0 0 0 0;");
+    model.srf = number + ";" + counted("% 0 F C 1 2 3;");
+    model.axs = number + ";" + counted("% 1 2 3;");
+    model.frm =
+        "=NULL;" + number + ";" + counted("1 0 0 0 1 0 0 0 1 0 0 0 0 0 0 /;") + counted("% 1 %;");
+    model.bnd = number + ";" + counted("1 %;");
+    model.clp = {"COORDINATE;1;0 0 l0;" + counted("l%;SEQ 1 ps0r0t9 %;GOTO l+ 0x1 0x1;") +
+                 "TYPE ps0r0t9;" + counted("% 2 3;")};
+    return model;
+}
+
+TEST(Robustness, MemoryGrowsWithTheModel) {
+    const auto bytesFor = [](std::size_t size) {
+        MemoryFileSystem files(manyOfEverything(size).files());
+        allocated = 0;
+        const Conversion done = convertFiles(files);
+        EXPECT_EQ(done.report, "");
+        return allocated;
+    };
+    EXPECT_LT(bytesFor(1600), 5 * bytesFor(400));
 }
 
 }  // namespace
