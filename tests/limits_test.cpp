@@ -1,0 +1,119 @@
+#include <gtest/gtest.h>
+
+#include "driver/diagnostics.h"
+#include "reader/vxb_reader.h"
+#include "support/memory_files.h"
+
+namespace mqf2vxb::tests {
+namespace {
+
+/// What the format holds of one thing: a model with the most of it converts, and one with one more
+/// is refused.
+struct Limit {
+    const char* what;
+    std::size_t most;
+    ModelFiles (*model)(std::size_t number);
+};
+
+ModelFiles motion(const std::string& clp) {
+    ModelFiles model;
+    model.frm = "=NULL;1;0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0;";
+    model.clp = {"COORDINATE;" + clp};
+    return model;
+}
+
+ModelFiles triangles(std::size_t vertices, std::size_t normals, std::size_t polygons,
+                     const std::string& polygon, const std::string& material) {
+    ModelFiles model;
+    model.geo = std::to_string(vertices) + " " + std::to_string(normals) + " " +
+                std::to_string(polygons) + ";" + repeated(vertices + normals, "0;") +
+                repeated(polygons, "0 0 0 " + polygon + ";");
+    model.srf = "1;0-" + std::to_string(polygons - 1) + " 0 F " + material;
+    return model;
+}
+
+ModelFiles imagesOfOneType(std::size_t number, bool clut) {
+    ModelFiles model;
+    model.images.assign(number, image(clut ? 8 : 0, {0, 0}, clut ? Words{0, 0} : Words{}));
+    return model;
+}
+
+std::string hexOf(std::size_t number) { return formatText("0x%x", static_cast<unsigned>(number)); }
+
+const Limit limits[] = {
+    {"vertex index", 65535,
+     [](std::size_t n) { return triangles(n + 1, 0, 1, std::to_string(n) + " 0 0", "C 0 0 0"); }},
+    {"normal index", 65535,
+     [](std::size_t n) { return triangles(1, n + 1, 1, "0 0 " + std::to_string(n), "C 0 0 0"); }},
+    {"colour component", 255,
+     [](std::size_t n) { return triangles(1, 0, 1, "0", "C 1 2 " + std::to_string(n)); }},
+    {"polygons of a type", 32767, [](std::size_t n) { return triangles(1, 0, n, "0", "C 0 0 0"); }},
+    {"strips of a type", 32767,
+     [](std::size_t n) {
+         ModelFiles model = triangles(1, 0, 2 * n, "0", "C 0 0 0");
+         model.bnd = std::to_string(n) + ";";
+         for (std::size_t i = 0; i < n; ++i) {
+             model.bnd += "2 " + std::to_string(2 * i) + " " + std::to_string(2 * i + 1) + ";";
+         }
+         return model;
+     }},
+    {"images with a lookup table", 10922, [](std::size_t n) { return imagesOfOneType(n, true); }},
+    {"images without", 21844, [](std::size_t n) { return imagesOfOneType(n, false); }},
+    {"animated coordinate", 3276,
+     [](std::size_t n) {
+         ModelFiles model = motion("1;" + std::to_string(n) + " 0 a;TYPE ps0r0t0");
+         model.frm = "=NULL;3277;" + repeated(3277, "0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0;");
+         return model;
+     }},
+    {"animated coordinates in 65535 words", 10922,
+     [](std::size_t n) {
+         return motion(std::to_string(n) + ";" + repeated(n, "0 0 a;") + "TYPE ps0r0t0");
+     }},
+    {"sequence headers", 32767,
+     [](std::size_t n) {
+         return motion("1;0 " + std::to_string(n) + " a;" + repeated(n, "START a 0x0;") +
+                       "TYPE ps0r0t0");
+     }},
+    {"number of a START line", 65535,
+     [](std::size_t n) { return motion("1;0 1 a;START a " + hexOf(n) + ";TYPE ps0r0t0"); }},
+    {"number of a SEQ line", 255,
+     [](std::size_t n) {
+         return motion("0;SEQ " + std::to_string(n) + " ps0r0t1 0;TYPE ps0r0t1;1 2 3");
+     }},
+    {"first number of a GOTO line", 127,
+     [](std::size_t n) { return motion("0;a;GOTO a " + hexOf(n) + " 0x0;TYPE ps0r0t0"); }},
+    {"second number of a GOTO line", 127,
+     [](std::size_t n) { return motion("0;a;GOTO a 0x0 " + hexOf(n) + ";TYPE ps0r0t0"); }},
+    {"number of an END line", 127,
+     [](std::size_t n) { return motion("0;END " + hexOf(n) + ";TYPE ps0r0t0"); }},
+    {"offset of a key frame", 65535,
+     [](std::size_t n) {
+         return motion("0;SEQ 0 ps0r0t0 " + std::to_string(n) + ";TYPE ps0r0t0;" +
+                       repeated(n + 1, "1;"));
+     }},
+    {"step that a jump names", 65535,
+     [](std::size_t n) {
+         return motion("0;" + repeated(n - 1, "END 0x0;") +
+                       "GOTO a 0x0 0x0;a;END 0x0;TYPE ps0r0t0");
+     }},
+    {"step that a coordinate starts with", 65534,
+     [](std::size_t n) {
+         return motion("1;0 0 a;" + repeated(n, "END 0x0;") + "a;END 0x0;TYPE ps0r0t0");
+     }},
+};
+
+TEST(Limits, TheMostConvertsAndOneMoreIsRefused) {
+    for (const Limit& limit : limits) {
+        SCOPED_TRACE(limit.what);
+        const Conversion most = convertFiles(limit.model(limit.most));
+        ASSERT_EQ(most.report, "");
+        const VxbFile file = readVxb(bytesOf(most.words()));
+        EXPECT_EQ(file.findings.count(Severity::error), 0U) << file.findings.kept()[0].line();
+        const Conversion more = convertFiles(limit.model(limit.most + 1));
+        EXPECT_EQ(more.report.substr(0, 19), "\nNot correct data!\n");
+        EXPECT_TRUE(more.outputs.empty());
+    }
+}
+
+}  // namespace
+}  // namespace mqf2vxb::tests
