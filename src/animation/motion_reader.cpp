@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "animation/key_frame_forms.h"
+#include "animation/sequence_names.h"
 #include "driver/diagnostics.h"
 #include "driver/line_reader.h"
 #include "driver/plain_line.h"
@@ -32,13 +33,17 @@ std::string_view firstWord(const LineReader& reader) {
     return scanWord(rest);
 }
 
-void checkWidth(const LineReader& reader, std::int64_t value, std::uint32_t largest) {
+[[noreturn]] void refuseNumber(const LineReader& reader, std::int64_t value,
+                               std::uint32_t largest) {
     if (value < 0) {
         reader.refuseLine("negative number " + std::to_string(value));
     }
-    if (value > largest) {
-        reader.refuseLine("number " + std::to_string(value) + " is above " +
-                          std::to_string(largest));
+    reader.refuseLine("number " + std::to_string(value) + " is above " + std::to_string(largest));
+}
+
+void checkWidth(const LineReader& reader, std::int64_t value, std::uint32_t largest) {
+    if (value < 0 || value > largest) [[unlikely]] {
+        refuseNumber(reader, value, largest);
     }
 }
 
@@ -63,6 +68,12 @@ public:
     }
 
     [[nodiscard]] std::string_view word() const { return word_; }
+    /// Whether the word is this one. With a size that the compiler knows, that is one comparison.
+    template <std::size_t size>
+    [[nodiscard]] bool is(const char (&keyword)[size]) const {
+        return word_.size() == size - 1 &&
+               std::char_traits<char>::compare(word_.data(), keyword, size - 1) == 0;
+    }
 
     /// Makes the line the reader's current one, unless it is that already.
     void take() {
@@ -110,26 +121,25 @@ void readTarget(LineReader& reader, MotionRecord& motion) {
     motion.type = type_code::animation;
 }
 
-AnimationSequenceHeaderRecord readSequenceHeader(LineReader& reader) {
-    using Kind = AnimationSequenceHeaderRecord::Kind;
+AnimationSequenceHeaderRecord readSequenceHeader(LineReader& reader, SequenceNames& names) {
     WordLine line(reader, "its sequence headers");
     AnimationSequenceHeaderRecord header;
-    if (line.word() == "START") {
+    HeaderNames named;
+    if (line.is("START")) {
         std::uint32_t number = 0;
-        header.headerKind = Kind::start;
-        line.scan(WordView{header.name}, HexNumber{number});
+        line.scan(WordView{named.name}, HexNumber{number});
         checkWidth(reader, number, largest16Bits);
         header.value = number << numberShift;
-    } else if (line.word() == "KEY2") {
-        header.headerKind = Kind::key2;
-        line.scan(WordView{header.name}, WordView{header.name2});
+    } else if (line.is("KEY2")) {
+        line.scan(WordView{named.name}, WordView{named.second});
     } else {
         nameMismatch("seqhcheck", line.word());
     }
+    names.headers.append(named);
     return header;
 }
 
-void readIndexTable(LineReader& reader, MotionRecord& motion) {
+void readIndexTable(LineReader& reader, MotionRecord& motion, SequenceNames& names) {
     reader.requireLine("its number of coordinates");
     std::int32_t indexNum = 0;
     scanLine(reader, indexNum);
@@ -137,7 +147,9 @@ void readIndexTable(LineReader& reader, MotionRecord& motion) {
     motion.indexTable.allocate(static_cast<std::size_t>(indexNum));
     for (AnimationIndexRecord& index : motion.indexTable) {
         std::int32_t seqHeaderNum = 0;
-        requireFields(reader, "its coordinates", index.coord, seqHeaderNum, WordView{index.name});
+        std::string_view start;
+        requireFields(reader, "its coordinates", index.coord, seqHeaderNum, WordView{start});
+        names.starts.append(start);
         if (index.coord < 0) {
             reader.refuseLine("negative coordinate " + std::to_string(index.coord));
         }
@@ -148,15 +160,16 @@ void readIndexTable(LineReader& reader, MotionRecord& motion) {
         reader.checkCount(seqHeaderNum, shortestLine, "sequence headers");
         index.seqHeaderTable.allocate(static_cast<std::size_t>(seqHeaderNum));
         for (AnimationSequenceHeaderRecord& header : index.seqHeaderTable) {
-            header = readSequenceHeader(reader);
+            header = readSequenceHeader(reader, names);
         }
     }
 }
 
 /// Reads a line of the sequence as a step; false when it is a label.
-bool readStep(const LineReader& reader, WordLine& line, AnimationSequenceRecord& step) {
+bool readStep(const LineReader& reader, WordLine& line, AnimationSequenceRecord& step,
+              std::string_view& target) {
     using Kind = AnimationSequenceRecord::Kind;
-    if (line.word() == "SEQ") {
+    if (line.is("SEQ")) {
         step.kind = Kind::seq;
         std::int32_t number = 0;
         std::int32_t keyFrame = 0;
@@ -168,15 +181,15 @@ bool readStep(const LineReader& reader, WordLine& line, AnimationSequenceRecord&
         checkWidth(reader, keyFrame, largest32Bits);
         step.control = static_cast<std::uint32_t>(number) << numberShift;
         step.keyFrame = static_cast<std::uint32_t>(keyFrame);
-    } else if (line.word() == "GOTO") {
+    } else if (line.is("GOTO")) {
         step.kind = Kind::goTo;
         std::uint32_t first = 0;
         std::uint32_t second = 0;
-        line.scan(WordView{step.target}, HexNumber{first}, HexNumber{second});
+        line.scan(WordView{target}, HexNumber{first}, HexNumber{second});
         checkWidth(reader, first, largest7Bits);
         checkWidth(reader, second, largest7Bits);
         step.control = gotoKind | first << firstNumberShift | second << numberShift;
-    } else if (line.word() == "END") {
+    } else if (line.is("END")) {
         step.kind = Kind::end;
         std::uint32_t number = 0;
         line.scan(HexNumber{number});
@@ -190,20 +203,27 @@ bool readStep(const LineReader& reader, WordLine& line, AnimationSequenceRecord&
 }
 
 /// Reads the steps and their labels, up to the first TYPE line, which is the current one then.
-void readSequence(LineReader& reader, MotionRecord& motion) {
+void readSequence(LineReader& reader, MotionRecord& motion, SequenceNames& names) {
     std::string_view label;
     while (true) {
         WordLine line(reader, "its first TYPE line");
-        if (line.word() == "TYPE") {
+        if (line.is("TYPE")) {
             line.take();
             return;
         }
         AnimationSequenceRecord step;
-        if (readStep(reader, line, step)) {
-            step.label = std::exchange(label, {});
-            motion.seqTable.append(step);
-        } else {
+        std::string_view target;
+        if (!readStep(reader, line, step, target)) {
             label = line.word();
+            continue;
+        }
+        const auto number = static_cast<std::uint32_t>(motion.seqTable.size());
+        motion.seqTable.append(step);
+        if (!label.empty()) {
+            names.labels.append({std::exchange(label, {}), number});
+        }
+        if (step.kind == AnimationSequenceRecord::Kind::goTo) {
+            names.targets.append({target, number});
         }
     }
 }
@@ -261,13 +281,17 @@ void readKeyFrames(LineReader& reader, MotionRecord& motion) {
 }  // namespace
 
 void readMotions(Inputs& inputs, Table<MotionRecord>& motions) {
+    SequenceNames names;
+    std::uint32_t firstSeqNo = 0;
     for (MotionRecord& motion : motions) {
         LineReader reader(inputs, motion.name, "@CLP970401");
         readTarget(reader, motion);
-        readIndexTable(reader, motion);
-        readSequence(reader, motion);
+        readIndexTable(reader, motion, names);
+        readSequence(reader, motion, names);
         readKeyFrames(reader, motion);
-        motion.file = reader.takeContents();
+        resolveNames(names, firstSeqNo, motion);
+        names.clear();
+        firstSeqNo += static_cast<std::uint32_t>(motion.seqTable.size());
     }
 }
 

@@ -1,16 +1,14 @@
 #include "animation/preparation.h"
 
 #include <algorithm>
-#include <bit>
-#include <functional>
 #include <string>
-#include <string_view>
 #include <unordered_map>
 #include <unordered_set>
 #include <vector>
 
 #include "animation/key_frame_forms.h"
 #include "driver/diagnostics.h"
+#include "model/recent_map.h"
 #include "output/format.h"
 
 namespace mqf2vxb {
@@ -18,65 +16,10 @@ namespace {
 
 constexpr std::uint32_t largest16Bits = 0xFFFF;
 constexpr unsigned packetTypeShift = 24;
-constexpr unsigned highHalf = 16;
 
 [[noreturn]] void refuse(const MotionRecord& motion, const std::string& cause) {
     notCorrectData({motion.name}, cause);
 }
-
-/// The steps of one motion by their labels: a table of steps, each at the first free place from
-/// its label's hash on. A map with a node for each label takes three times as long.
-class Labels {
-public:
-    explicit Labels(const MotionRecord& motion)
-        : motion_(motion), places_(std::bit_ceil(2 * motion.seqTable.size() + 1), none) {
-        for (std::size_t i = 0; i < motion.seqTable.size(); ++i) {
-            const std::string_view label = motion.seqTable[i].label;
-            if (label.empty()) {
-                continue;
-            }
-            std::uint32_t& place = places_[placeOf(label)];
-            if (place != none) {
-                refuse(motion, "two steps have the label " + std::string(label));
-            }
-            place = static_cast<std::uint32_t>(i);
-        }
-    }
-
-    /// The number of the step with this label, or `otherwise`. A number above `largest` is
-    /// refused.
-    [[nodiscard]] std::uint32_t find(std::string_view name, std::uint32_t otherwise,
-                                     std::uint32_t largest = largest16Bits) const {
-        const std::uint32_t step = places_[placeOf(name)];
-        if (step == none) {
-            return otherwise;
-        }
-        const std::uint32_t number = motion_.seqTable[step].seqNo;
-        if (number > largest) {
-            refuse(motion_, "the step " + std::string(name) + " has the number " +
-                                std::to_string(number) + ", which is above " +
-                                std::to_string(largest));
-        }
-        return number;
-    }
-
-private:
-    static constexpr std::uint32_t none = 0xFFFFFFFFU;
-
-    /// Where the step with this label stands, or would. The size is a power of two, and at most
-    /// half of the places are taken.
-    [[nodiscard]] std::size_t placeOf(std::string_view label) const {
-        const std::size_t mask = places_.size() - 1;
-        std::size_t place = std::hash<std::string_view>()(label) & mask;
-        while (places_[place] != none && motion_.seqTable[places_[place]].label != label) {
-            place = (place + 1) & mask;
-        }
-        return place;
-    }
-
-    const MotionRecord& motion_;
-    std::vector<std::uint32_t> places_;
-};
 
 std::uint64_t wordsOf(PrimitiveTypeCode type) {
     const KeyFrameForm* form = findKeyFrameForm(type);
@@ -122,38 +65,15 @@ private:
     std::uint64_t words_ = 0;
 };
 
-void numberSteps(Table<MotionRecord>& motions) {
-    std::uint32_t seqNo = 0;
+void numberKeyFrames(Table<MotionRecord>& motions) {
     std::uint32_t packetNo = 0;
     std::uint64_t word = 0;
     for (MotionRecord& motion : motions) {
-        for (AnimationSequenceRecord& step : motion.seqTable) {
-            step.seqNo = seqNo++;
-        }
         for (AnimationPacketTypeRecord& group : motion.packetTypeTable) {
             group.firstPacketNo = packetNo;
             group.firstWord = word;
             packetNo += static_cast<std::uint32_t>(group.packetTable.size());
             word += wordsOf(group.type) * group.packetTable.size();
-        }
-    }
-}
-
-void resolveNames(MotionRecord& motion, const Labels& labels) {
-    for (AnimationIndexRecord& index : motion.indexTable) {
-        index.startSeq =
-            labels.find(index.name, format::unresolvedSequence, format::unresolvedSequence - 1);
-        for (AnimationSequenceHeaderRecord& header : index.seqHeaderTable) {
-            header.value |= labels.find(header.name, 0);
-            const bool second = header.headerKind == AnimationSequenceHeaderRecord::Kind::key2;
-            if (second && header.name2 != header.name) {
-                header.value |= labels.find(header.name2, 0) << highHalf;
-            }
-        }
-    }
-    for (AnimationSequenceRecord& step : motion.seqTable) {
-        if (step.kind == AnimationSequenceRecord::Kind::goTo) {
-            step.control |= labels.find(step.target, 0);
         }
     }
 }
@@ -176,51 +96,58 @@ using TypeIndex = std::unordered_map<PrimitiveTypeCode, std::uint32_t>;
 /// What the SEQ steps of one motion point into.
 class KeyFrames {
 public:
-    KeyFrames(const MotionRecord& motion, const KeyFrameOffsets& offsets,
-              const TypeIndex& typeIndex)
+    KeyFrames(MotionRecord& motion, const KeyFrameOffsets& offsets, const TypeIndex& typeIndex)
         : motion_(motion), offsets_(offsets), typeIndex_(typeIndex) {
         for (const AnimationPacketTypeRecord& group : motion.packetTypeTable) {
-            const auto [place, isNew] = groups_.try_emplace(
-                group.type, Group{&group, wordsOf(group.type), indexOf(group.type), false});
+            const auto [place, isNew] = groups_.try_emplace(group.type, Group{&group, false});
             place->second.repeated = !isNew;
         }
     }
 
     /// Completes the control word of a step, and turns its key frame from one of its type's group
     /// into one of all motions. One of a type that the motion has no group of is that already.
-    void resolve(AnimationSequenceRecord& step) const {
-        const auto found = groups_.find(step.type);
-        if (found == groups_.end()) {
-            complete(step, offsets_.offset(step.keyFrame), indexOf(step.type));
+    void resolve(AnimationSequenceRecord& step) {
+        const StepType& type = types_.find(step.type, [&] { return newType(step.type); });
+        if (type.group == nullptr) {
+            complete(step, offsets_.offset(step.keyFrame), type.index);
             return;
         }
-        const Group& group = found->second;
-        const AnimationPacketTypeRecord& record = *group.record;
-        if (group.repeated) {
-            refuse(motion_,
-                   formatText("two TYPE groups have the type 0x%08x of a SEQ line", step.type));
-        }
-        if (step.keyFrame >= record.packetTable.size()) {
+        if (step.keyFrame >= type.group->packetTable.size()) {
             refuse(motion_, formatText("a SEQ line names key frame %u of the type 0x%08x, which "
                                        "has %zu",
-                                       step.keyFrame, step.type, record.packetTable.size()));
+                                       step.keyFrame, step.type, type.group->packetTable.size()));
         }
-        complete(step, record.firstWord + step.keyFrame * group.wordsEach, group.index);
-        step.keyFrame += record.firstPacketNo;
+        complete(step, type.group->firstWord + step.keyFrame * type.wordsEach, type.index);
+        step.keyFrame += type.group->firstPacketNo;
     }
 
 private:
     struct Group {
         const AnimationPacketTypeRecord* record;
-        std::uint64_t wordsEach;
-        std::uint32_t index;
         bool repeated;  ///< the motion has another group of the type
     };
+    /// A type of SEQ lines.
+    struct StepType {
+        const AnimationPacketTypeRecord* group = nullptr;  ///< null when the motion has none
+        std::uint64_t wordsEach = 0;
+        std::uint32_t index = 0;  ///< in the Animation Packet Type Table; 0 when it is not there
+    };
 
-    /// A type's index in the Animation Packet Type Table; 0 when it is not there.
-    [[nodiscard]] std::uint32_t indexOf(PrimitiveTypeCode type) const {
-        const auto found = typeIndex_.find(type);
-        return found != typeIndex_.end() ? found->second : 0;
+    StepType newType(PrimitiveTypeCode type) {
+        motion_.stepTypes.append(type);
+        StepType result;
+        result.wordsEach = wordsOf(type);
+        if (const auto found = typeIndex_.find(type); found != typeIndex_.end()) {
+            result.index = found->second;
+        }
+        if (const auto found = groups_.find(type); found != groups_.end()) {
+            if (found->second.repeated) {
+                refuse(motion_,
+                       formatText("two TYPE groups have the type 0x%08x of a SEQ line", type));
+            }
+            result.group = found->second.record;
+        }
+        return result;
     }
 
     void complete(AnimationSequenceRecord& step, std::uint64_t offset, std::uint32_t index) const {
@@ -231,10 +158,11 @@ private:
         step.control |= static_cast<std::uint32_t>(offset) | index << packetTypeShift;
     }
 
-    const MotionRecord& motion_;
+    MotionRecord& motion_;
     const KeyFrameOffsets& offsets_;
     const TypeIndex& typeIndex_;
     std::unordered_map<PrimitiveTypeCode, Group> groups_;
+    RecentMap<StepType, 4> types_;
 };
 
 /// Refuses counts and sizes that their words cannot hold.
@@ -257,7 +185,7 @@ void checkSizes(const MotionRecord& motion) {
 }  // namespace
 
 std::vector<PrimitiveTypeCode> prepareAnimation(Table<MotionRecord>& motions) {
-    numberSteps(motions);
+    numberKeyFrames(motions);
     std::vector<PrimitiveTypeCode> aptype = packetTypes(motions);
     TypeIndex typeIndex;
     for (const PrimitiveTypeCode type : aptype) {
@@ -266,8 +194,7 @@ std::vector<PrimitiveTypeCode> prepareAnimation(Table<MotionRecord>& motions) {
     const KeyFrameOffsets offsets(motions);
     for (MotionRecord& motion : motions) {
         checkSizes(motion);
-        resolveNames(motion, Labels(motion));
-        const KeyFrames keyFrames(motion, offsets, typeIndex);
+        KeyFrames keyFrames(motion, offsets, typeIndex);
         for (AnimationSequenceRecord& step : motion.seqTable) {
             if (step.kind == AnimationSequenceRecord::Kind::seq) {
                 keyFrames.resolve(step);

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <utility>
 
 #include "driver/diagnostics.h"
 #include "driver/inputs.h"
@@ -73,9 +72,6 @@ public:
     /// The number of the line that holds this place of the file.
     [[nodiscard]] std::int64_t lineNumber(const char* place) const;
     [[nodiscard]] const std::string& fileName() const { return fileName_; }
-
-    /// Hands over the file, when it is read, to the owner of views into it.
-    [[nodiscard]] FileContents takeContents() { return std::move(contents_); }
 
 private:
     void readRawLine();

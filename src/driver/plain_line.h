@@ -54,12 +54,7 @@ public:
     }
     bool scan(WordView word) {
         skipBlanks();
-        const char* const first = at_;
-        while (*at_ > ' ') {
-            ++at_;
-        }
-        word.value = {first, at_};
-        const auto size = static_cast<std::size_t>(at_ - first);
+        const std::size_t size = takeWord(word.value);
         return size != 0 && size <= longestName && isSpace(*at_);
     }
     bool scan(Literal literal) {
@@ -82,10 +77,24 @@ public:
     }
 
 private:
+    // Loops go with a copy of the place: a character might be a part of the place itself, so that
+    // the compiler would store that at every step.
+
     void skipBlanks() {
-        while (*at_ == ' ') {
-            ++at_;
+        const char* at = at_;
+        while (*at == ' ') {
+            ++at;
         }
+        at_ = at;
+    }
+    std::size_t takeWord(std::string_view& word) {
+        const char* at = at_;
+        while (*at > ' ') {
+            ++at;
+        }
+        word = {at_, at};
+        at_ = at;
+        return word.size();
     }
     bool takeMinus() {
         const bool minus = *at_ == '-';
@@ -155,23 +164,21 @@ inline bool PlainLine::scan(Hex hex) {
     skipBlanks();
     constexpr std::ptrdiff_t most = 8;
     const char* const digits = at_;
+    const char* at = digits;
     std::uint32_t value = 0;
-    for (int digit = hexDigit(*at_); digit >= 0; digit = hexDigit(*++at_)) {
+    for (int digit = hexDigit(*at); digit >= 0; digit = hexDigit(*++at)) {
         value = value << 4U | static_cast<std::uint32_t>(digit);
     }
     hex.value = value;
-    return at_ - digits - 1 < most && at_ != digits;
+    at_ = at;
+    return at - digits - 1 < most && at != digits;
 }
 
 inline bool PlainLine::scanNumberWord(std::string_view& word) {
-    const char* const first = at_;
-    if (!isDigit(*first)) {
+    if (!isDigit(*at_)) {
         return false;
     }
-    while (*at_ > ' ') {
-        ++at_;
-    }
-    word = {first, at_};
+    takeWord(word);
     return *at_ == ' ';
 }
 

@@ -1,8 +1,9 @@
 #include "hierarchy/primitive_bodies.h"
 
-#include <array>
 #include <cstdint>
 #include <unordered_map>
+
+#include "model/recent_map.h"
 
 namespace mqf2vxb {
 namespace {
@@ -69,24 +70,14 @@ private:
 
     std::uint32_t entryOf(std::uint32_t body, PrimitiveTypeCode type) {
         const std::uint64_t key = static_cast<std::uint64_t>(body) << 32U | type;
-        // Few keys are met again and again: most lookups end here, without the map's two misses.
-        constexpr std::uint64_t spread = 0x9E3779B97F4A7C15U;
-        Recent& recent = recent_[key * spread >> (64U - recentBits)];
-        if (recent.key != key) {
-            recent = {key, findEntry(key, body, type)};
-        }
-        return recent.entry;
+        return entryOfKey_.find(key, [&] { return newEntry(body, type); });
     }
 
-    std::uint32_t findEntry(std::uint64_t key, std::uint32_t body, PrimitiveTypeCode type) {
-        const auto [place, isNew] =
-            entryOfKey_.try_emplace(key, static_cast<std::uint32_t>(entries_.size()));
-        if (isNew) {
-            Table<PrimitiveTypeEntry>& entries = primitives_.malprim[body].maltype;
-            entries_.push_back({body, static_cast<std::uint32_t>(entries.size()), 0});
-            entries.append({0, type, 0});
-        }
-        return place->second;
+    std::uint32_t newEntry(std::uint32_t body, PrimitiveTypeCode type) {
+        Table<PrimitiveTypeEntry>& entries = primitives_.malprim[body].maltype;
+        entries_.push_back({body, static_cast<std::uint32_t>(entries.size()), 0});
+        entries.append({0, type, 0});
+        return static_cast<std::uint32_t>(entries_.size() - 1);
     }
 
     /// Numbers the entries of the independent bodies and those of the shared body; returns the
@@ -115,15 +106,7 @@ private:
     std::uint32_t bodyOfShared_ = none;
     std::uint32_t sharedBody_ = 0;  // the first body behind the independent ones
     std::vector<EntryPlace> entries_;
-    std::unordered_map<std::uint64_t, std::uint32_t> entryOfKey_;
-
-    /// A key that was looked up, with its entry; none before the first.
-    struct Recent {
-        std::uint64_t key = ~std::uint64_t{0};
-        std::uint32_t entry = none;
-    };
-    static constexpr unsigned recentBits = 10;
-    std::array<Recent, std::size_t{1} << recentBits> recent_{};
+    RecentMap<std::uint32_t, 10> entryOfKey_;
 };
 
 /// The headers by their coordinate.

@@ -3,9 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
-#include <string_view>
 
-#include "model/file_contents.h"
 #include "model/primitive_type.h"
 #include "model/table.h"
 
@@ -13,18 +11,13 @@ namespace mqf2vxb {
 
 /// One START or KEY2 line.
 struct AnimationSequenceHeaderRecord {
-    enum class Kind : std::uint8_t { start, key2 };
-    Kind headerKind = Kind::start;
-    std::string_view name;
-    std::string_view name2;  ///< KEY2 only
-    std::uint32_t value = 0;
+    std::uint32_t value = 0;  ///< what its line says, and the number of each step that it names
 };
 
 /// One animated coordinate.
 struct AnimationIndexRecord {
     std::int32_t coord = 0;
-    std::string_view name;  ///< label of the sequence step that the coordinate starts with
-    std::uint32_t startSeq = 0;
+    std::uint32_t startSeq = 0;  ///< number of the step that it starts with, over all motions
     Table<AnimationSequenceHeaderRecord> seqHeaderTable{"Animation Sequence Header Data Base"};
 };
 
@@ -32,9 +25,6 @@ struct AnimationIndexRecord {
 struct AnimationSequenceRecord {
     enum class Kind : std::uint8_t { seq, goTo, end };
     Kind kind = Kind::seq;
-    std::uint32_t seqNo = 0;  ///< number over all motions
-    std::string_view label;
-    std::string_view target;     ///< GOTO only
     std::uint32_t keyFrame = 0;  ///< SEQ only: in its type's group, then over all motions
     PrimitiveTypeCode type = 0;  ///< SEQ only
     std::uint32_t control = 0;
@@ -60,8 +50,9 @@ struct MotionRecord {
     PrimitiveTypeCode type = 0;
     Table<AnimationIndexRecord> indexTable{"Animation Index Data Base"};
     Table<AnimationSequenceRecord> seqTable{"Animation Sequence Data Base"};
+    /// The types of its SEQ lines, each once.
+    Table<PrimitiveTypeCode> stepTypes{"Animation Sequence Data Base"};
     Table<AnimationPacketTypeRecord> packetTypeTable{"Animation Packet Type Data Base"};
-    FileContents file;  ///< what the labels and names are views into
 };
 
 }  // namespace mqf2vxb

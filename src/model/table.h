@@ -46,6 +46,9 @@ public:
                 [&] { records_.insert(records_.end(), records.begin(), records.end()); });
     }
 
+    /// Removes all records and keeps their room.
+    void clear() { records_.clear(); }
+
     /// Makes room for `count` records in all without adding any.
     void reserve(std::size_t count) {
         guarded(count, !records_.empty(), [&] { records_.reserve(count); });

@@ -4,12 +4,8 @@
 
 namespace mqf2vxb {
 
-std::uint32_t truncated(double value) {
-    constexpr double int64Limit = 9223372036854775808.0;
+std::uint32_t truncatedHuge(double value) {
     constexpr double word = 4294967296.0;
-    if (std::isless(std::fabs(value), int64Limit)) {
-        return static_cast<std::uint32_t>(static_cast<std::int64_t>(value));
-    }
     if (!std::isfinite(value)) {
         return 0;
     }

@@ -139,10 +139,8 @@ void placeAnimation(const Model& model, Walk& walk, OutputLayout& layout) {
         }
     }
     for (const MotionRecord& motion : model.motions) {
-        for (const AnimationSequenceRecord& step : motion.seqTable) {
-            if (step.kind == AnimationSequenceRecord::Kind::seq) {
-                animmtsize(step.type);
-            }
+        for (const PrimitiveTypeCode type : motion.stepTypes) {
+            animmtsize(type);
         }
     }
 }

@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "animation/key_frame_forms.h"
@@ -31,7 +32,6 @@ public:
 
     void check() {
         gatherNames();
-        constexpr std::size_t linesBeforeCoordinates = 3;  // ID, target and count
         line_ = linesBeforeCoordinates;
         for (const AnimationIndexRecord& index : motion_.indexTable) {
             checkCoordinate(index);
@@ -44,17 +44,28 @@ public:
     }
 
 private:
+    static constexpr std::size_t linesBeforeCoordinates = 3;  // ID, target and count
+
     void gatherNames() {
+        line_ = linesBeforeCoordinates;
         for (const AnimationIndexRecord& index : motion_.indexTable) {
-            named_.insert(index.name);
-            for (const AnimationSequenceHeaderRecord& header : index.seqHeaderTable) {
-                named_.insert(header.name);
-                named_.insert(header.name2);
+            named_.insert(text(startWord));
+            ++line_;
+            for (std::size_t i = 0; i < index.seqHeaderTable.size(); ++i, ++line_) {
+                named_.insert(text(1));
+                named_.insert(secondName());
             }
         }
-        for (const AnimationSequenceRecord& step : motion_.seqTable) {
-            named_.insert(step.target);
-            labels_.insert(step.label);
+        std::string_view label;
+        for (; text(0) != "TYPE"; ++line_) {
+            if (!atStep()) {
+                label = text(0);
+                continue;
+            }
+            labels_.insert(std::exchange(label, {}));
+            if (text(0) == "GOTO") {
+                named_.insert(text(1));
+            }
         }
     }
 
@@ -63,13 +74,11 @@ private:
             findings_.add(kind::coordinateOutside, word(0), fmt::arg("coordinate", index.coord),
                           fmt::arg("count", model_.coordinates.size()));
         }
-        constexpr std::size_t nameWord = 2;
-        checkName(index.name, nameWord);
+        checkName(text(startWord), startWord);
         ++line_;
-        for (const AnimationSequenceHeaderRecord& header : index.seqHeaderTable) {
-            checkName(header.name, 1);
-            checkName(header.name2, 2);
-            ++line_;
+        for (std::size_t i = 0; i < index.seqHeaderTable.size(); ++i, ++line_) {
+            checkName(text(1), 1);
+            checkName(secondName(), 2);
         }
     }
 
@@ -84,15 +93,13 @@ private:
     void checkSequence() {
         const TracedLine* label = nullptr;
         std::size_t step = 0;
-        for (; firstWord(file_.lines[line_]) != "TYPE"; ++line_) {
-            const TracedLine& line = file_.lines[line_];
-            const std::string_view keyword = firstWord(line);
-            if (keyword == "SEQ" || keyword == "GOTO" || keyword == "END") {
+        for (; text(0) != "TYPE"; ++line_) {
+            if (atStep()) {
                 checkStep(motion_.seqTable[step++], label);
                 label = nullptr;
             } else {
                 checkLost(label);
-                label = &line;
+                label = &file_.lines[line_];
             }
         }
         checkLost(label);
@@ -107,12 +114,12 @@ private:
 
     void checkStep(const AnimationSequenceRecord& step, const TracedLine* label) {
         using Kind = AnimationSequenceRecord::Kind;
-        if (label != nullptr && !named_.contains(step.label)) {
+        if (label != nullptr && !named_.contains(firstWord(*label))) {
             findings_.add(kind::labelUnused, wordPlace(file_, *label, 0),
-                          fmt::arg("label", step.label));
+                          fmt::arg("label", firstWord(*label)));
         }
         if (step.kind == Kind::goTo) {
-            checkName(step.target, 1);
+            checkName(text(1), 1);
         } else if (step.kind == Kind::seq && !hasGroup(step.type)) {
             constexpr std::size_t typeWord = 2;
             findings_.add(kind::keyFrameElsewhere, word(typeWord),
@@ -157,10 +164,29 @@ private:
         return wordPlace(file_, file_.lines[line_], position);
     }
 
+    /// The same word's text.
+    [[nodiscard]] std::string_view text(std::size_t position) const {
+        std::string_view rest = file_.lines[line_].text;
+        for (std::size_t i = 0; i < position; ++i) {
+            mqf2vxb::scanWord(rest);
+        }
+        return mqf2vxb::scanWord(rest);
+    }
+    [[nodiscard]] bool atStep() const {
+        const std::string_view keyword = text(0);
+        return keyword == "SEQ" || keyword == "GOTO" || keyword == "END";
+    }
+    /// A KEY2 line names a second label.
+    [[nodiscard]] std::string_view secondName() const {
+        return text(0) == "KEY2" ? text(2) : std::string_view();
+    }
+
     static std::string_view firstWord(const TracedLine& line) {
         std::string_view rest = line.text;
         return mqf2vxb::scanWord(rest);
     }
+
+    static constexpr std::size_t startWord = 2;
 
     const Model& model_;
     const MotionRecord& motion_;
