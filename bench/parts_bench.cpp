@@ -65,6 +65,7 @@ public:
     std::unique_ptr<OutputFile> create(const std::string& /*name*/) override {
         return std::make_unique<DroppedFile>();
     }
+    bool exists(const std::string& name) const override { return files_.contains(name); }
     bool same(const std::string& one, const std::string& other) const override {
         return one == other;
     }

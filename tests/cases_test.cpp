@@ -58,13 +58,14 @@ TEST(Model, FilesAreReadInTheirOrder) {
     model.bnd.clear();
     EXPECT_EQ(convertFiles(model).opened,
               (std::vector<std::string>{"m.mqf", "0.pxl", "1.pxl", "g.geo", "s.srf", "a.axs",
-                                        "f.frm", "g.sqx", "0.clp", "1.clp"}));
+                                        "f.frm", "g.sqx", "0.clp", "1.clp", "0.pxl", "1.pxl"}));
     Files files = smallModel().files();
     files["m.mqf"] =
         "# x\n\n@MQF970401\nGEO=no.geo\n GEO=x\nGEO=\tg.geo x\nsrf=x\nSRF=s.srf\nSQD=gone\nXYZ\nNTEX=0\n"
         "TEX[0]=x\nNTEX=2\nTEX[1]=1.pxl\n#\nTEX[0]=x\nNTEX=2\nTEX[1]=0.pxl\n\nTEX[0]=1.pxl\nNCLP=0";
-    EXPECT_EQ(convertFiles(files).opened,
-              (std::vector<std::string>{"m.mqf", "1.pxl", "0.pxl", "g.geo", "s.srf"}));
+    EXPECT_EQ(
+        convertFiles(files).opened,
+        (std::vector<std::string>{"m.mqf", "1.pxl", "0.pxl", "g.geo", "s.srf", "1.pxl", "0.pxl"}));
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 #include <cstdio>
@@ -6,6 +7,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <numeric>
+#include <thread>
 
 #include "driver/command_line.h"
 #include "support/memory_files.h"
@@ -71,6 +74,26 @@ TEST_F(Program, WritesTheFilesThatTheOptionsAskFor) {
     EXPECT_EQ(wordsOf(read("small.vxb")), convertFiles(smallModel(), options).words());
     EXPECT_EQ(run("./m.mqf"), "");
     EXPECT_EQ(read(".vxb"), read("m.vxb"));
+}
+
+TEST_F(Program, TakesImagesFromPipesAndWithLargeColourTables) {
+    constexpr std::uint32_t with8Bits = 0x09;
+    Words pixel(9000);
+    Words clut(4000);
+    std::iota(pixel.begin(), pixel.end(), 1);
+    std::iota(clut.begin(), clut.end(), 1);
+    Files files = smallModel().files();
+    files["1.pxl"] = image(with8Bits, pixel, clut);
+    files["0.pxl"] = image(with8Bits, clut, pixel);
+    write("1.pxl", files["1.pxl"]);
+    const std::string pipe = (folder_ / "0.pxl").string();
+    fs::remove(pipe);
+    ASSERT_EQ(mkfifo(pipe.c_str(), S_IRUSR | S_IWUSR), 0);
+    std::thread writer([&] { std::ofstream(pipe, std::ios::binary) << files["0.pxl"]; });
+    EXPECT_EQ(run("m.mqf"), "");
+    writer.join();
+    EXPECT_EQ(wordsOf(read("m.vxb")), convertFiles(files).words());
+    EXPECT_EQ(convertFiles(files).report, "");
 }
 
 TEST_F(Program, NeverWritesOverAnInput) {

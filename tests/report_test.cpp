@@ -76,6 +76,25 @@ TEST(Reports, AFullDiskAtEveryByte) {
     }
 }
 
+TEST(Reports, ImagesThatChangeBeforeTheirDataIsRead) {
+    const ModelFiles model = smallModel();
+    const std::string before = model.images[0];
+    const std::string changed = notCorrect("0.pxl", 0, "the file changed while it was converted");
+    const auto reportAfter = [&](const std::string& later) {
+        MemoryFileSystem files(model.files());
+        files.later = {{"0.pxl", later}};
+        return convertFiles(files).report;
+    };
+    EXPECT_EQ(reportAfter(before + "more"), "");
+    EXPECT_EQ(reportAfter(before.substr(0, before.size() - 1)), changed);
+    EXPECT_EQ(reportAfter(""), changed);
+    for (const std::size_t byte : {4U, 9U, 13U}) {
+        std::string later = before;
+        later[byte] = static_cast<char>(later[byte] ^ 1);
+        EXPECT_NE(reportAfter(later), "") << byte;
+    }
+}
+
 TEST(Reports, KnowTheLineToBlame) {
     ModelFiles model;
     model.geo = "1 0 1;# 3;0;0 99999999999 0";

@@ -36,6 +36,25 @@ void checkFileSize(const std::string& name, std::uintmax_t size) {
     }
 }
 
+FileHandle openInput(const std::string& name) {
+    FileHandle file(std::fopen(name.c_str(), "rb"));
+    if (file) {
+        std::setvbuf(file.get(), nullptr, _IONBF, 0);
+    }
+    return file;
+}
+
+/// The size of an ordinary file; nothing for a pipe or a device.
+std::optional<std::size_t> sizeOf(const std::string& name) {
+    std::error_code error;
+    const std::uintmax_t size = fs::file_size(name, error);
+    if (error) {
+        return std::nullopt;
+    }
+    checkFileSize(name, size);
+    return static_cast<std::size_t>(size);
+}
+
 }  // namespace
 
 fs::path finalTarget(const std::string& name) {
@@ -72,26 +91,74 @@ FileContents DiskFileSystem::room(std::size_t size) {
     return {std::shared_ptr<char[]>(chunk_, start), size};
 }
 
+std::optional<FileStart> FileSystem::readStart(const std::string& name, std::size_t /*most*/) {
+    std::optional<FileContents> contents = read(name);
+    if (!contents) {
+        return std::nullopt;
+    }
+    const std::size_t size = contents->text().size();
+    return FileStart{std::move(*contents), size, true};
+}
+
+std::optional<FileContents> FileSystem::readAgain(const std::string& name, std::size_t size) {
+    std::optional<FileContents> contents = read(name);
+    if (!contents || contents->text().size() < size) {
+        return std::nullopt;
+    }
+    contents->shrink(size);
+    return contents;
+}
+
 std::optional<FileContents> DiskFileSystem::read(const std::string& name) {
-    const FileHandle file(std::fopen(name.c_str(), "rb"));
+    const FileHandle file = openInput(name);
+    return file ? readAll(*file, name, sizeOf(name)) : std::nullopt;
+}
+
+std::optional<FileStart> DiskFileSystem::readStart(const std::string& name, std::size_t most) {
+    const FileHandle file = openInput(name);
     if (!file) {
         return std::nullopt;
     }
-    std::setvbuf(file.get(), nullptr, _IONBF, 0);
+    const std::optional<std::size_t> announced = sizeOf(name);
+    if (announced && most < *announced) {
+        FileContents contents = room(most);
+        const std::size_t size = std::fread(contents.data(), 1, most, file.get());
+        if (std::ferror(file.get()) != 0) {
+            return std::nullopt;
+        }
+        contents.shrink(size);
+        return FileStart{std::move(contents), size == most ? *announced : size, true};
+    }
+    std::optional<FileContents> contents = readAll(*file, name, announced);
+    if (!contents) {
+        return std::nullopt;
+    }
+    const std::size_t size = contents->text().size();
+    return FileStart{std::move(*contents), size, announced.has_value()};
+}
 
+std::optional<FileContents> DiskFileSystem::readAgain(const std::string& name, std::size_t size) {
+    const FileHandle file = openInput(name);
+    if (!file) {
+        return std::nullopt;
+    }
+    FileContents contents = room(size);
+    if (std::fread(contents.data(), 1, size, file.get()) != size) {
+        return std::nullopt;
+    }
+    contents.shrink(size);
+    return contents;
+}
+
+std::optional<FileContents> DiskFileSystem::readAll(std::FILE& file, const std::string& name,
+                                                    std::optional<std::size_t> announced) {
     // The size is a guess only: a pipe has none, and a file may grow while it is read.
     constexpr std::size_t smallest = 4096;
-    std::error_code error;
-    const std::uintmax_t announced = fs::file_size(name, error);
-    std::size_t capacity = smallest;
-    if (!error) {
-        checkFileSize(name, announced);
-        capacity = static_cast<std::size_t>(announced) + 1;
-    }
+    std::size_t capacity = announced ? *announced + 1 : smallest;
     FileContents contents = room(capacity);
     std::size_t size = 0;
     while (true) {
-        const std::size_t got = std::fread(contents.data() + size, 1, capacity - size, file.get());
+        const std::size_t got = std::fread(contents.data() + size, 1, capacity - size, &file);
         size += got;
         if (size < capacity) {
             break;
@@ -102,7 +169,7 @@ std::optional<FileContents> DiskFileSystem::read(const std::string& name) {
         std::copy_n(contents.data(), size, larger.data());
         contents = std::move(larger);
     }
-    if (std::ferror(file.get()) != 0) {
+    if (std::ferror(&file) != 0) {
         return std::nullopt;
     }
     contents.shrink(size);
@@ -118,11 +185,16 @@ std::unique_ptr<OutputFile> DiskFileSystem::create(const std::string& name) {
     return std::make_unique<DiskOutputFile>(std::move(file));
 }
 
-bool DiskFileSystem::same(const std::string& one, const std::string& other) const {
+bool DiskFileSystem::exists(const std::string& name) const {
     std::error_code error;
-    const bool oneExists = fs::exists(one, error);
-    const bool otherExists = fs::exists(other, error);
+    return fs::exists(name, error);
+}
+
+bool DiskFileSystem::same(const std::string& one, const std::string& other) const {
+    const bool oneExists = exists(one);
+    const bool otherExists = exists(other);
     if (oneExists && otherExists) {
+        std::error_code error;
         return fs::equivalent(one, other, error);
     }
     if (oneExists != otherExists) {

@@ -16,4 +16,18 @@ FileContents Inputs::open(const std::string& name) {
     return std::move(*contents);
 }
 
+FileStart Inputs::openStart(const std::string& name, std::size_t most) {
+    if (observer_ != nullptr) {
+        FileContents contents = open(name);
+        const std::size_t size = contents.text().size();
+        return {std::move(contents), size};
+    }
+    std::optional<FileStart> start = files_.readStart(name, most);
+    if (!start) {
+        cannotOpen(name);
+    }
+    names_.push_back(name);
+    return std::move(*start);
+}
+
 }  // namespace mqf2vxb

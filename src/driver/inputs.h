@@ -24,6 +24,8 @@ public:
 
     /// Reads a whole file; one that cannot be opened is reported.
     [[nodiscard]] FileContents open(const std::string& name);
+    /// The first `most` bytes of a file at least; all of them when somebody watches.
+    [[nodiscard]] FileStart openStart(const std::string& name, std::size_t most);
     /// Every file opened so far, in order.
     [[nodiscard]] const std::vector<std::string>& names() const { return names_; }
     /// Null when nobody watches.

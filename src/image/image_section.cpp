@@ -1,20 +1,15 @@
 #include "image/image_section.h"
 
+#include <string>
 #include <utility>
 #include <vector>
 
+#include "image/pxl_reader.h"
 #include "output/format.h"
 #include "output/sizes.h"
 
 namespace mqf2vxb {
 namespace {
-
-/// The first word of each data area alone carries the area's comment.
-void putData(const StoredWords& words, std::string_view& areaComment, OutputWordStream& stream) {
-    if (!words.empty()) {
-        stream.putStored(words, std::exchange(areaComment, {}));
-    }
-}
 
 /// Word offsets of the CLUT data of the images by slot, from the start of the CLUT area.
 std::vector<std::uint32_t> clutOffsets(const Table<ImageRecord>& images) {
@@ -24,7 +19,7 @@ std::vector<std::uint32_t> clutOffsets(const Table<ImageRecord>& images) {
     for (const ImageRecord& image : images) {
         offsets.push_back(next);
         if (image.hasClut()) {
-            next += static_cast<std::uint32_t>(image.clut.data().size());
+            next += static_cast<std::uint32_t>(image.clut.dataWords);
         }
     }
     return offsets;
@@ -41,22 +36,23 @@ void writeDescriptors(const Model& model, OutputWordStream& stream) {
                        "/* Image Number, Size */");
         for (const std::size_t slot : entry.images) {
             const ImageRecord& image = model.images[slot];
-            stream.putWord(image.pixel.words[0]);
-            stream.putWord(image.pixel.words[1]);
+            stream.putWord(image.pixel.header[0]);
+            stream.putWord(image.pixel.header[1]);
             stream.putWord(pixelOffset);
             if (image.hasClut()) {
-                stream.putWord(image.clut.words[0]);
-                stream.putWord(image.clut.words[1]);
+                stream.putWord(image.clut.header[0]);
+                stream.putWord(image.clut.header[1]);
                 stream.putWord(clutOffset[slot]);
             }
-            pixelOffset += static_cast<std::uint32_t>(image.pixel.data().size());
+            pixelOffset += static_cast<std::uint32_t>(image.pixel.dataWords);
         }
     }
 }
 
 }  // namespace
 
-void writeImageSection(const Model& model, const OutputLayout& layout, OutputWordStream& stream) {
+void writeImageSection(const Model& model, const OutputLayout& layout, FileSystem& files,
+                       OutputWordStream& stream) {
     stream.checkPosition(layout.imageSection, "image section");
     stream.putWord(format::endOfChain, "/* Next Primitive Pointer */");
     stream.putWord(layout.imageHeader.offset, "/* Image Primitive Global Header Pointer */");
@@ -64,19 +60,22 @@ void writeImageSection(const Model& model, const OutputLayout& layout, OutputWor
                    "/* Type Number */");
     writeDescriptors(model, stream);
 
+    // The first word of each data area alone carries the area's comment.
     stream.checkPosition(layout.imageTop, "image data");
     std::string_view comment = "/* Image Top */";
+    std::string cluts;  // of all images: those that have one are of one type
     for (const PixelTypeEntry& entry : model.malimage.malpxltype) {
         for (const std::size_t slot : entry.images) {
-            putData(model.images[slot].pixel.data(), comment, stream);
+            const ImageRecord& image = model.images[slot];
+            const FileContents file = imageFile(image, files);
+            const StoredWords pixels = image.pixel.data(file.text());
+            if (!pixels.empty()) {
+                stream.putStored(pixels, std::exchange(comment, {}));
+            }
+            cluts += image.clut.data(file.text()).bytes();
         }
     }
-    comment = "/* Clut Top */";
-    for (const ImageRecord& image : model.images) {
-        if (image.hasClut()) {
-            putData(image.clut.data(), comment, stream);
-        }
-    }
+    stream.putStored(StoredWords(cluts), "/* Clut Top */");
 }
 
 }  // namespace mqf2vxb

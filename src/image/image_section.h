@@ -6,7 +6,9 @@
 
 namespace mqf2vxb {
 
-/// Writes the descriptors of the images by type, then all pixels, then all CLUTs.
-void writeImageSection(const Model& model, const OutputLayout& layout, OutputWordStream& stream);
+/// Writes the descriptors of the images by type, then all pixels, then all CLUTs. The data comes from
+/// the image files.
+void writeImageSection(const Model& model, const OutputLayout& layout, FileSystem& files,
+                       OutputWordStream& stream);
 
 }  // namespace mqf2vxb

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -45,13 +47,19 @@ struct ImagePosition {
 /// The block of an image's pixels or of its colour lookup table: two header words, of which the
 /// first is the block's position, and the data.
 struct PxlBlock {
-    StoredWords words;
-
-    [[nodiscard]] bool present() const { return !words.empty(); }
-    [[nodiscard]] ImagePosition position() const { return {words[0] & 0xFFFFU, words[0] >> 16U}; }
-    [[nodiscard]] StoredWords data() const { return words.from(headerWords); }
-
     static constexpr std::size_t headerWords = 2;
+
+    std::array<std::uint32_t, headerWords> header{};
+    std::size_t dataStart = 0;  ///< in the image file, in bytes; 0 in a block that is absent
+    std::size_t dataWords = 0;
+
+    [[nodiscard]] bool present() const { return dataStart != 0; }
+    [[nodiscard]] ImagePosition position() const { return {header[0] & 0xFFFFU, header[0] >> 16U}; }
+    /// The data in the bytes of the file.
+    [[nodiscard]] StoredWords data(std::string_view file) const {
+        return StoredWords(file.substr(dataStart, 4 * dataWords));
+    }
+    bool operator==(const PxlBlock&) const = default;
 };
 
 /// One slot of the texture list.
@@ -62,7 +70,8 @@ struct ImageRecord {
     std::uint32_t mode = 0;  ///< pixel depth: 0 4-bit, 1 8-bit, 2 16-bit
     PxlBlock clut;           ///< absent in an image without CLUT
     PxlBlock pixel;
-    FileContents file;  ///< what the blocks are views into
+    /// The file's bytes when they have to be kept; else the file is read again for its data.
+    std::optional<FileContents> file;
 
     [[nodiscard]] bool hasClut() const { return type == type_code::imageWithClut; }
 };

@@ -32,7 +32,7 @@ void writeModel(const Model& model, const RunOptions& options, FileSystem& files
         writeAnimationSection(model, layout, stream);
     }
     if (imagesWritten(model)) {
-        writeImageSection(model, layout, stream);
+        writeImageSection(model, layout, files, stream);
     }
     stream.checkPosition(layout.fileSize, "end of the file");
 

@@ -158,10 +158,10 @@ void placeImages(const Model& model, Walk& walk, OutputLayout& layout) {
     std::uint64_t clutWords = 0;
     bool clutPresent = false;
     for (const ImageRecord& image : model.images) {
-        walk.pass(image.pixel.data().size());
+        walk.pass(image.pixel.dataWords);
         if (image.hasClut()) {
             clutPresent = true;
-            clutWords += image.clut.data().size();
+            clutWords += image.clut.dataWords;
         }
     }
     layout.clutTop = clutPresent ? walk.here() : 0;

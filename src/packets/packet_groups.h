@@ -38,6 +38,25 @@ void walkDrawn(const Model& model, Visitor& visitor) {
         StripVertices vertices;
         std::size_t k = 0;
         for (const MeshPolygon& polygon : model.polygonsOf(mesh)) {
+            {
+                const std::size_t at =
+                    static_cast<std::size_t>(&polygon - model.meshPolygons.records().data());
+                const std::size_t n = model.meshPolygons.size();
+                if (at + 12 < n) {
+                    const MeshPolygon& a = model.meshPolygons[at + 12];
+                    __builtin_prefetch(&model.polygons[a.number]);
+                    __builtin_prefetch(&model.materials.records[a.material]);
+                    const MeshPolygon& b = model.meshPolygons[at + 8];
+                    __builtin_prefetch(
+                        &model.materials.lines[model.materials.records[b.material].line]);
+                    const MeshPolygon& c = model.meshPolygons[at + 4];
+                    __builtin_prefetch(
+                        &model.materials
+                             .numbers[model.materials
+                                          .lines[model.materials.records[c.material].line]
+                                          .firstNumber]);
+                }
+            }
             DrawnPolygon drawn = drawnPolygon(model, model.materials.records[polygon.material]);
             vertices.follow(drawn, k);
             visitor.stripPolygon(*form, drawn, k++);

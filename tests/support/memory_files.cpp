@@ -39,6 +39,13 @@ std::optional<FileContents> MemoryFileSystem::read(const std::string& name) {
     return contents;
 }
 
+std::optional<FileContents> MemoryFileSystem::readAgain(const std::string& name, std::size_t size) {
+    for (const auto& [changed, bytes] : later) {
+        inputs[changed] = bytes;
+    }
+    return FileSystem::readAgain(name, size);
+}
+
 std::unique_ptr<OutputFile> MemoryFileSystem::create(const std::string& name) {
     if (name == locked) {
         return nullptr;

@@ -25,12 +25,18 @@ public:
     explicit MemoryFileSystem(Files files) : inputs(std::move(files)) {}
 
     [[nodiscard]] std::optional<FileContents> read(const std::string& name) override;
+    [[nodiscard]] std::optional<FileContents> readAgain(const std::string& name,
+                                                        std::size_t size) override;
     [[nodiscard]] std::unique_ptr<OutputFile> create(const std::string& name) override;
+    [[nodiscard]] bool exists(const std::string& name) const override {
+        return inputs.contains(name);
+    }
     [[nodiscard]] bool same(const std::string& one, const std::string& other) const override {
         return one == other;
     }
 
     Files inputs;
+    Files later;                      ///< what inputs are when they are read again
     Files outputs;                    ///< every file created, with what was written
     std::vector<std::string> opened;  ///< inputs in the order in which they were read
     std::string locked;               ///< the one file that cannot be created

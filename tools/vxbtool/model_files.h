@@ -18,7 +18,12 @@ public:
     explicit ModelFiles(std::string base) : base_(std::move(base)) {}
 
     [[nodiscard]] std::optional<mqf2vxb::FileContents> read(const std::string& name) override;
+    [[nodiscard]] std::optional<mqf2vxb::FileStart> readStart(const std::string& name,
+                                                              std::size_t most) override;
+    [[nodiscard]] std::optional<mqf2vxb::FileContents> readAgain(const std::string& name,
+                                                                 std::size_t size) override;
     [[nodiscard]] std::unique_ptr<mqf2vxb::OutputFile> create(const std::string& name) override;
+    [[nodiscard]] bool exists(const std::string& name) const override;
     [[nodiscard]] bool same(const std::string& one, const std::string& other) const override;
 
     /// Every path opened so far, in order, each once.
@@ -27,6 +32,9 @@ public:
     [[nodiscard]] const std::string& pathOf(const std::string& name) const;
 
 private:
+    template <class Read>
+    auto open(const std::string& name, Read read);
+
     mqf2vxb::DiskFileSystem disk_;
     std::string base_;
     bool modelRead_ = false;

@@ -35,6 +35,7 @@ public:
     [[nodiscard]] std::unique_ptr<OutputFile> create(const std::string& /*name*/) override {
         return std::make_unique<NoFile>();
     }
+    [[nodiscard]] bool exists(const std::string& /*name*/) const override { return false; }
     [[nodiscard]] bool same(const std::string& /*one*/,
                             const std::string& /*other*/) const override {
         return false;

@@ -22,10 +22,10 @@ struct Extent {
 /// What the second header word of a block says of its size. The converter only copies that word, so
 /// that it counts only when it agrees with the words of data.
 std::optional<Extent> extentOf(const PxlBlock& block) {
-    const std::uint32_t word = block.words[1];
+    const std::uint32_t word = block.header[1];
     const Extent extent{word & 0xFFFFU, word >> 16U};
     const std::uint64_t columns = std::uint64_t{extent.width} * extent.height;
-    if (columns == 0 || (columns + 1) / 2 != block.data().size()) {
+    if (columns == 0 || (columns + 1) / 2 != block.dataWords) {
         return std::nullopt;
     }
     return extent;
@@ -161,8 +161,14 @@ struct PlacedBlock {
     const PxlBlock* block;
 };
 
-bool isSame(const PxlBlock& one, const PxlBlock& other) {
-    return one.words.bytes() == other.words.bytes();
+/// The bytes of the data; a model that is watched keeps its image files.
+std::string_view bytesOf(const Table<ImageRecord>& images, const PlacedBlock& placed) {
+    return placed.block->data(images[placed.image].file->text()).bytes();
+}
+
+bool isSame(const Table<ImageRecord>& images, const PlacedBlock& one, const PlacedBlock& other) {
+    return one.block->header == other.block->header &&
+           bytesOf(images, one) == bytesOf(images, other);
 }
 
 /// Reports a block that overlaps one before it, once. Blocks that are the same do no harm.
@@ -202,7 +208,7 @@ void checkOverlap(const LintedModel& linted, Findings& findings) {
         if (span.start < widest->end && !reported[later]) {
             const PlacedBlock& one = blocks[later];
             const PlacedBlock& other = blocks[std::min(widest->block, span.block)];
-            if (!isSame(*one.block, *other.block)) {
+            if (!isSame(images, one, other)) {
                 reported[later] = true;
                 findings.add(kind::imageOverlap, linted.source.image(one.image),
                              fmt::arg("part", one.part), fmt::arg("image", one.image),
@@ -231,7 +237,7 @@ void checkUse(const LintedModel& linted, Findings& findings) {
         sharedTableUsed |= used[i] && !image.hasClut() && image.mode != mode16Bit;
     }
     const auto bringsSharedTable = [&](const ImageRecord& image) {
-        return image.hasClut() && image.clut.words[0] == 0;
+        return image.hasClut() && image.clut.header[0] == 0;
     };
     for (std::size_t i = 0; i < used.size(); ++i) {
         if (!used[i] && !(sharedTableUsed && bringsSharedTable(model.images[i]))) {
