@@ -85,9 +85,7 @@ private:
     std::optional<FileContents> readAll(std::FILE& file, const std::string& name,
                                         std::optional<std::size_t> announced);
 
-    std::shared_ptr<char[]> chunk_;  // what small files share
-    std::size_t chunkSize_ = 0;
-    std::size_t used_ = 0;
+    std::shared_ptr<char[]> buffer_;  // of small files
 };
 
 }  // namespace mqf2vxb

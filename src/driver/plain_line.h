@@ -5,6 +5,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
 #include <string_view>
 
@@ -60,6 +61,14 @@ public:
     bool scan(Literal literal) {
         return std::all_of(literal.text.begin(), literal.text.end(),
                            [this](char c) { return *at_++ == c; });
+    }
+    /// Seven characters and the blank behind them.
+    bool scan(std::array<char, 8>& characters) {
+        static_assert(sizeof characters <= FileContents::padding);
+        skipBlanks();
+        std::memcpy(characters.data(), at_, sizeof characters);
+        at_ += sizeof characters;
+        return characters.back() == ' ';
     }
     bool scan(HexNumber number) {
         skipBlanks();
