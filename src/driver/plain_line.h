@@ -32,10 +32,13 @@ public:
 
     bool scan(std::int32_t& value) {
         skipBlanks();
-        const bool minus = takeMinus();
+        if (*at_ == '-') [[unlikely]] {
+            at_ = scanNegative(at_, value);
+            return isDigit(at_[-1]) && !isDigit(*at_);
+        }
         std::uint64_t magnitude = 0;
         const bool found = takeDigits(magnitude);
-        value = static_cast<std::int32_t>(minus ? 0 - magnitude : magnitude);
+        value = static_cast<std::int32_t>(magnitude);
         return found;
     }
     bool scan(std::span<std::int32_t> values) {
@@ -104,6 +107,14 @@ private:
         word = {at_, at};
         at_ = at;
         return word.size();
+    }
+    /// Scans a minus and one to seven digits; returns the end, which is behind a digit when they
+    /// are there.
+    [[gnu::noinline]] static const char* scanNegative(const char* at, std::int32_t& value) {
+        std::uint64_t magnitude = 0;
+        const std::size_t count = scanSevenDigits(at + 1, magnitude);
+        value = -static_cast<std::int32_t>(magnitude);
+        return at + 1 + count;
     }
     bool takeMinus() {
         const bool minus = *at_ == '-';

@@ -1,7 +1,5 @@
 #include "input/srf_reader.h"
 
-#include <array>
-#include <charconv>
 #include <span>
 
 #include "driver/line_reader.h"
@@ -55,11 +53,9 @@ private:
             reader_.refuseLine("an item of the polygon list does not begin with a digit");
         }
         std::int32_t value = 0;
-        const auto [end, error] = std::from_chars(rest_.data(), rest_.data() + rest_.size(), value);
-        if (error != std::errc()) {
+        if (scanInteger(rest_, value) == Scanned::outOfRange) {
             reader_.refuseLine("number does not fit 32 bits");
         }
-        rest_.remove_prefix(static_cast<std::size_t>(end - rest_.data()));
         return value;
     }
 
@@ -156,13 +152,12 @@ bool readPlainLine(LineReader& reader, MaterialTable& materials) {
         !plain.scan(Letter{line.kind}) || !plain.atBlankOrEnd()) {
         return false;
     }
-    std::array<std::int32_t, MaterialKind::mostNumbers> room{};
-    const std::span<std::int32_t> numbers(room.data(), materialKind(line.kind).numbers());
-    if (!plain.scan(numbers) || !plain.finish(reader)) {
+    line.firstNumber = materials.numbers.size();
+    const std::size_t number = materialKind(line.kind).numbers();
+    if (!plain.scan(std::span(materials.numbers.extend(number), number)) || !plain.finish(reader)) {
+        materials.numbers.shrink(line.firstNumber);
         return false;
     }
-    line.firstNumber = materials.numbers.size();
-    materials.numbers.appendAll(numbers);
     addLine(reader, line, list, materials);
     return true;
 }

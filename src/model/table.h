@@ -40,6 +40,9 @@ public:
         return records_.data() + first;
     }
 
+    /// Removes all records but the first `count`.
+    void shrink(std::size_t count) { records_.resize(count); }
+
     /// Adds all these records at the end.
     void appendAll(std::span<const Record> records) {
         guarded(records_.size() + records.size(), !records_.empty(),
