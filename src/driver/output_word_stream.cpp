@@ -49,7 +49,7 @@ constexpr std::size_t longestHexLine(std::string_view comment) {
 BlockWriter::BlockWriter(FileSystem& files, std::string name)
     : name_(std::move(name)),
       file_(files.create(name_)),
-      block_(std::make_unique_for_overwrite<char[]>(blockSize)) {
+      bytes_(std::make_unique_for_overwrite<char[]>(capacity)) {
     if (!file_) {
         cannotOpen(name_);
     }
@@ -58,25 +58,19 @@ BlockWriter::BlockWriter(FileSystem& files, std::string name)
 BlockWriter::~BlockWriter() {
     if (file_) {
         // The conversion has failed already and its report goes out: nothing more can be said.
-        static_cast<void>(file_->write({block_.get(), used_}));
+        static_cast<void>(file_->write({bytes_.get(), used_}));
     }
 }
 
 void BlockWriter::put(std::string_view bytes) {
-    // Copying what is as large as an image costs more than the writes that it saves.
-    constexpr std::size_t large = std::size_t{1} << 15U;
-    if (bytes.size() >= large) {
-        flush();
-        if (!file_->write(bytes)) {
-            cannotWrite(name_);
+    while (!bytes.empty()) {
+        if (used_ == capacity) {
+            writeBlocks();
         }
-        return;
+        const std::size_t size = bytes.copy(bytes_.get() + used_, capacity - used_);
+        used_ += size;
+        bytes.remove_prefix(size);
     }
-    if (bytes.size() > blockSize - used_) {
-        flush();
-    }
-    // Unlike memcpy, this takes an empty view, whose data may be null.
-    used_ += bytes.copy(block_.get() + used_, bytes.size());
 }
 
 void BlockWriter::putWords(std::span<const std::uint32_t> words) {
@@ -89,15 +83,23 @@ void BlockWriter::putWords(std::span<const std::uint32_t> words) {
     }
 }
 
-void BlockWriter::flush() {
-    const std::size_t size = std::exchange(used_, 0);
-    if (!file_->write({block_.get(), size})) {
+/// Writes the blocks that are full; what is left of another moves to the front.
+void BlockWriter::writeBlocks() {
+    const std::size_t whole = used_ - used_ % blockSize;
+    write(whole);
+    used_ -= whole;
+    std::copy_n(bytes_.get() + whole, used_, bytes_.get());
+}
+
+void BlockWriter::write(std::size_t size) {
+    if (!file_->write({bytes_.get(), size})) {
+        used_ = 0;  // nothing of it once more when this is destroyed
         cannotWrite(name_);
     }
 }
 
 void BlockWriter::close() {
-    flush();
+    write(used_);
     const std::unique_ptr<OutputFile> file = std::move(file_);
     if (!file->close()) {
         cannotWrite(name_);
