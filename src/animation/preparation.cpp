@@ -8,7 +8,7 @@
 
 #include "animation/key_frame_forms.h"
 #include "driver/diagnostics.h"
-#include "model/recent_map.h"
+#include "model/key_map.h"
 #include "output/format.h"
 
 namespace mqf2vxb {
@@ -162,7 +162,7 @@ private:
     const KeyFrameOffsets& offsets_;
     const TypeIndex& typeIndex_;
     std::unordered_map<PrimitiveTypeCode, Group> groups_;
-    RecentMap<StepType, 4> types_;
+    KeyMap<StepType> types_;
 };
 
 /// Refuses counts and sizes that their words cannot hold.

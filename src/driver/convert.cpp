@@ -77,8 +77,8 @@ void organiseModel(const RunOptions& options, Model& model) {
     model.aptype = prepareAnimation(model.motions);
 
     assignNormalCoordinates(model);
-    countSharedPerCoordinate(model);
     if (model.primitives.hasShared()) {
+        countSharedPerCoordinate(model);
         prepareSharedPrimitives(model);
     }
     applyPivots(model);

@@ -1,9 +1,8 @@
 #include "hierarchy/primitive_bodies.h"
 
 #include <cstdint>
-#include <unordered_map>
 
-#include "model/recent_map.h"
+#include "model/key_map.h"
 
 namespace mqf2vxb {
 namespace {
@@ -106,7 +105,7 @@ private:
     std::uint32_t bodyOfShared_ = none;
     std::uint32_t sharedBody_ = 0;  // the first body behind the independent ones
     std::vector<EntryPlace> entries_;
-    RecentMap<std::uint32_t, 10> entryOfKey_;
+    KeyMap<std::uint32_t> entryOfKey_;
 };
 
 /// The headers by their coordinate.
@@ -114,22 +113,24 @@ class HeaderIndex {
 public:
     explicit HeaderIndex(Table<CoordinatePrimitiveHeader>& malprimh) : malprimh_(malprimh) {
         for (std::size_t i = 0; i < malprimh.size(); ++i) {
-            headerOf_[malprimh[i].coord] = i;
+            place(malprimh[i].coord, i);
         }
     }
 
     /// The coordinate's header, made at the end of the table when there is none.
     CoordinatePrimitiveHeader& header(std::int32_t coordinate) {
-        const auto [place, isNew] = headerOf_.try_emplace(coordinate, malprimh_.size());
-        if (isNew) {
-            malprimh_.append({coordinate});
-        }
-        return malprimh_[place->second];
+        const std::size_t i = place(coordinate, malprimh_.size());
+        return i < malprimh_.size() ? malprimh_[i] : malprimh_.append({coordinate});
     }
 
 private:
+    /// Where the header of the coordinate stands; `otherwise`, from now on, when there is none.
+    std::size_t place(std::int32_t coordinate, std::size_t otherwise) {
+        return headerOf_.find(static_cast<std::uint32_t>(coordinate), [&] { return otherwise; });
+    }
+
     Table<CoordinatePrimitiveHeader>& malprimh_;
-    std::unordered_map<std::int32_t, std::size_t> headerOf_;
+    KeyMap<std::size_t> headerOf_;
 };
 
 void buildPrimitiveHeaders(Primitives& primitives, const CoordinateLists& lists,

@@ -14,37 +14,23 @@ std::uint64_t keyOf(CoordinateListId list, std::int32_t coordinate) {
 
 }  // namespace
 
-CoordinateLists::CoordinateLists()
-    : nodes_{{CoordinateListId::empty, -1, -1, 0}, {CoordinateListId::empty, 0, 0, 1}},
-      longer_{{keyOf(CoordinateListId::empty, 0), CoordinateListId::origin}},
-      latestKey_(keyOf(CoordinateListId::empty, 0)),
-      latest_(CoordinateListId::origin) {}
+CoordinateLists::CoordinateLists() { append(CoordinateListId::empty, 0); }
 
 CoordinateListId CoordinateLists::append(CoordinateListId list, std::int32_t coordinate) {
-    const std::uint64_t key = keyOf(list, coordinate);
-    if (key != latestKey_) {
-        try {
-            latest_ = find(key, list, coordinate);
-        } catch (const std::bad_alloc&) {
-            tableAllocationFailed({"Vertex's Coordinate Index Data Base"}, sizeof(Node),
-                                  nodes_.size() + 1, true);
-        }
-        latestKey_ = key;
+    try {
+        return longer_.find(keyOf(list, coordinate), [&] { return add(list, coordinate); });
+    } catch (const std::bad_alloc&) {
+        tableAllocationFailed({"Vertex's Coordinate Index Data Base"}, sizeof(Node),
+                              nodes_.size() + 1, true);
     }
-    return latest_;
 }
 
-CoordinateListId CoordinateLists::find(std::uint64_t key, CoordinateListId list,
-                                       std::int32_t coordinate) {
-    const auto [place, isNew] =
-        longer_.try_emplace(key, static_cast<CoordinateListId>(nodes_.size()));
-    if (isNew) {
-        const Node shorter = node(list);
-        nodes_.push_back({list, coordinate,
-                          list == CoordinateListId::empty ? coordinate : shorter.first,
-                          shorter.length + 1});
-    }
-    return place->second;
+CoordinateListId CoordinateLists::add(CoordinateListId list, std::int32_t coordinate) {
+    const Node shorter = node(list);
+    nodes_.push_back({list, coordinate,
+                      list == CoordinateListId::empty ? coordinate : shorter.first,
+                      shorter.length + 1});
+    return static_cast<CoordinateListId>(nodes_.size() - 1);
 }
 
 std::vector<std::int32_t> CoordinateLists::entries(CoordinateListId list) const {

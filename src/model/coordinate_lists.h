@@ -2,8 +2,9 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <unordered_map>
 #include <vector>
+
+#include "model/key_map.h"
 
 namespace mqf2vxb {
 
@@ -42,12 +43,10 @@ private:
     [[nodiscard]] const Node& node(CoordinateListId list) const {
         return nodes_[static_cast<std::size_t>(list)];
     }
-    CoordinateListId find(std::uint64_t key, CoordinateListId list, std::int32_t coordinate);
+    CoordinateListId add(CoordinateListId list, std::int32_t coordinate);
 
-    std::vector<Node> nodes_;
-    std::unordered_map<std::uint64_t, CoordinateListId> longer_;
-    std::uint64_t latestKey_;  // a run of vertices named on one line asks the same each time
-    CoordinateListId latest_ = CoordinateListId::empty;
+    std::vector<Node> nodes_{{CoordinateListId::empty, -1, -1, 0}};
+    KeyMap<CoordinateListId> longer_;
 };
 
 }  // namespace mqf2vxb
