@@ -1,6 +1,6 @@
 #include "animation/animation_section.h"
 
-#include <array>
+#include <span>
 #include <string_view>
 #include <utility>
 
@@ -64,15 +64,15 @@ void writeControls(const Table<MotionRecord>& motions, OutputWordStream& stream)
     }
 }
 
-void writeKeyFrame(const AnimationPacketRecord& packet, const KeyFrameForm& form,
+void writeKeyFrame(std::span<const float> values, const KeyFrameForm& form,
                    std::string_view comment, OutputWordStream& stream) {
     std::size_t i = 0;
     while (i < form.wideValues) {
-        stream.putWord(truncated(packet.values[i++]), std::exchange(comment, {}));
+        stream.putWord(truncated(values[i++]), std::exchange(comment, {}));
     }
-    while (i < form.values()) {
-        const float low = packet.values[i++];
-        const float high = i < form.values() ? packet.values[i++] : 0.0F;
+    while (i < values.size()) {
+        const float low = values[i++];
+        const float high = i < values.size() ? values[i++] : 0.0F;
         stream.putWord(truncatedPair(low, high), std::exchange(comment, {}));
     }
 }
@@ -86,8 +86,9 @@ void writeKeyFrames(const Table<MotionRecord>& motions, OutputWordStream& stream
             if (form == nullptr) {
                 typeMismatch("anim", group.type);
             }
-            for (const AnimationPacketRecord& packet : group.packetTable) {
-                writeKeyFrame(packet, *form, std::exchange(comment, {}), stream);
+            for (std::size_t i = 0; i < group.packetTable.size(); i += form->values()) {
+                writeKeyFrame(group.packetTable.records().subspan(i, form->values()), *form,
+                              std::exchange(comment, {}), stream);
             }
             comment = {};
         }

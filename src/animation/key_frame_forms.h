@@ -16,6 +16,8 @@ struct KeyFrameForm {
     std::size_t wideValues;  ///< of 32 bits
     std::size_t halfValues;  ///< of 16 bits
 
+    static constexpr std::size_t mostValues = 9;
+
     [[nodiscard]] constexpr std::size_t values() const { return wideValues + halfValues; }
     [[nodiscard]] constexpr std::size_t words() const { return wideValues + (halfValues + 1) / 2; }
 };

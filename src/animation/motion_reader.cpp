@@ -192,9 +192,7 @@ void readIndexTable(LineReader& reader, MotionRecord& motion, SequenceNames& nam
 /// Reads a line of the sequence as a step; false when it is a label.
 bool readStep(const LineReader& reader, WordLine& line, AnimationSequenceRecord& step,
               std::string_view& target) {
-    using Kind = AnimationSequenceRecord::Kind;
     if (line.is("SEQ")) {
-        step.kind = Kind::seq;
         std::int32_t number = 0;
         std::int32_t keyFrame = 0;
         CodeText code;
@@ -211,7 +209,6 @@ bool readStep(const LineReader& reader, WordLine& line, AnimationSequenceRecord&
         step.control = static_cast<std::uint32_t>(number) << numberShift;
         step.keyFrame = static_cast<std::uint32_t>(keyFrame);
     } else if (line.is("GOTO")) {
-        step.kind = Kind::goTo;
         std::uint32_t first = 0;
         std::uint32_t second = 0;
         line.scan(WordView{target}, HexNumber{first}, HexNumber{second});
@@ -219,7 +216,6 @@ bool readStep(const LineReader& reader, WordLine& line, AnimationSequenceRecord&
         checkWidth(reader, second, largest7Bits);
         step.control = gotoKind | first << firstNumberShift | second << numberShift;
     } else if (line.is("END")) {
-        step.kind = Kind::end;
         std::uint32_t number = 0;
         line.scan(HexNumber{number});
         checkWidth(reader, number, largest7Bits);
@@ -251,7 +247,7 @@ void readSequence(LineReader& reader, MotionRecord& motion, SequenceNames& names
         if (!label.empty()) {
             names.labels.append({std::exchange(label, {}), number});
         }
-        if (step.kind == AnimationSequenceRecord::Kind::goTo) {
+        if (!target.empty()) {
             names.targets.append({target, number});
         }
     }
@@ -267,7 +263,9 @@ AnimationPacketTypeRecord readGroup(const LineReader& reader) {
     return group;
 }
 
+/// Values that the line does not have are 0.
 void scanKeyFrame(const LineReader& reader, std::span<float> values) {
+    std::fill(values.begin(), values.end(), 0.0F);
     LineScanner scanner(reader);
     for (float& value : values) {
         scanner.scan(value);
@@ -289,20 +287,25 @@ bool takePlainKeyFrame(LineReader& reader, std::span<float> values) {
 void readKeyFrames(LineReader& reader, MotionRecord& motion) {
     AnimationPacketTypeRecord* group = nullptr;
     const KeyFrameForm* form = nullptr;
+    std::array<float, KeyFrameForm::mostValues> room{};
+    std::span<float> values;
+    const auto addKeyFrame = [&] {
+        group->packetTable.appendAll(values);
+        ++group->packetNum;
+    };
     do {
-        AnimationPacketRecord packet;
         if (firstWord(reader) == "TYPE") {
             group = &motion.packetTypeTable.append(readGroup(reader));
             form = findKeyFrameForm(group->type);
+            values = std::span(room).first(form != nullptr ? form->values() : 0);
         } else if (form == nullptr) {
             typeMismatch("aptcheck", group->type);
         } else {
-            scanKeyFrame(reader, std::span(packet.values).first(form->values()));
-            group->packetTable.append(packet);
+            scanKeyFrame(reader, values);
+            addKeyFrame();
         }
-        while (form != nullptr &&
-               takePlainKeyFrame(reader, std::span(packet.values).first(form->values()))) {
-            group->packetTable.append(packet);
+        while (form != nullptr && takePlainKeyFrame(reader, values)) {
+            addKeyFrame();
         }
     } while (reader.readLine());
 }

@@ -41,8 +41,8 @@ public:
             for (const AnimationPacketTypeRecord& group : motion.packetTypeTable) {
                 const std::uint64_t words = wordsOf(group.type);
                 groups_.push_back({number_, words_, words});
-                number_ += static_cast<std::uint32_t>(group.packetTable.size());
-                words_ += words * group.packetTable.size();
+                number_ += group.packetNum;
+                words_ += words * group.packetNum;
             }
         }
     }
@@ -72,8 +72,8 @@ void numberKeyFrames(Table<MotionRecord>& motions) {
         for (AnimationPacketTypeRecord& group : motion.packetTypeTable) {
             group.firstPacketNo = packetNo;
             group.firstWord = word;
-            packetNo += static_cast<std::uint32_t>(group.packetTable.size());
-            word += wordsOf(group.type) * group.packetTable.size();
+            packetNo += group.packetNum;
+            word += wordsOf(group.type) * group.packetNum;
         }
     }
 }
@@ -112,10 +112,10 @@ public:
             complete(step, offsets_.offset(step.keyFrame), type.index);
             return;
         }
-        if (step.keyFrame >= type.group->packetTable.size()) {
+        if (step.keyFrame >= type.group->packetNum) {
             refuse(motion_, formatText("a SEQ line names key frame %u of the type 0x%08x, which "
-                                       "has %zu",
-                                       step.keyFrame, step.type, type.group->packetTable.size()));
+                                       "has %u",
+                                       step.keyFrame, step.type, type.group->packetNum));
         }
         complete(step, type.group->firstWord + step.keyFrame * type.wordsEach, type.index);
         step.keyFrame += type.group->firstPacketNo;
@@ -196,7 +196,7 @@ std::vector<PrimitiveTypeCode> prepareAnimation(Table<MotionRecord>& motions) {
         checkSizes(motion);
         KeyFrames keyFrames(motion, offsets, typeIndex);
         for (AnimationSequenceRecord& step : motion.seqTable) {
-            if (step.kind == AnimationSequenceRecord::Kind::seq) {
+            if (step.showsKeyFrame()) {
                 keyFrames.resolve(step);
             }
         }

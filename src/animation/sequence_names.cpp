@@ -22,7 +22,7 @@ public:
         : labels_(labels),
           firstSeqNo_(firstSeqNo),
           motion_(motion),
-          places_(std::bit_ceil(2 * labels.size() + 1)) {
+          places_(std::bit_ceil(4 * labels.size() + 1)) {
         for (std::size_t i = 0; i < labels.size(); ++i) {
             const std::string_view name = labels[i].name;
             const std::uint32_t hash = hashOf(name);
@@ -62,8 +62,8 @@ private:
         return static_cast<std::uint32_t>(std::hash<std::string_view>()(name));
     }
 
-    /// Where the label with this name stands, or would. The size is a power of two, and at most
-    /// half of the places are taken.
+    /// Where the label with this name stands, or would. The size is a power of two, and at most a
+    /// quarter of the places are taken, so that most names are found at the first.
     [[nodiscard]] std::size_t placeOf(std::string_view name, std::uint32_t hash) const {
         const std::size_t mask = places_.size() - 1;
         std::size_t i = hash & mask;

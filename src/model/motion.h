@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <string>
 
@@ -23,16 +22,11 @@ struct AnimationIndexRecord {
 
 /// One SEQ, GOTO or END line.
 struct AnimationSequenceRecord {
-    enum class Kind : std::uint8_t { seq, goTo, end };
-    Kind kind = Kind::seq;
     std::uint32_t keyFrame = 0;  ///< SEQ only: in its type's group, then over all motions
-    PrimitiveTypeCode type = 0;  ///< SEQ only
+    PrimitiveTypeCode type = 0;  ///< 0 unless this is a SEQ line
     std::uint32_t control = 0;
-};
 
-/// One key frame: the values of its line in their order.
-struct AnimationPacketRecord {
-    std::array<float, 9> values{};
+    [[nodiscard]] bool showsKeyFrame() const { return type != 0; }
 };
 
 /// One TYPE line and the key frames behind it.
@@ -40,7 +34,9 @@ struct AnimationPacketTypeRecord {
     PrimitiveTypeCode type = 0;
     std::uint32_t firstPacketNo = 0;  ///< its first key frame's number over all motions
     std::uint64_t firstWord = 0;      ///< where that one stands, from Matrix Top
-    Table<AnimationPacketRecord> packetTable{"Animation Packet Data Base"};
+    std::uint32_t packetNum = 0;      ///< key frames
+    /// The values of their lines, one behind the other; each has as many as its form says.
+    Table<float> packetTable{"Animation Packet Data Base"};
 };
 
 /// One slot of the motion list.

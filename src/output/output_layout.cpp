@@ -135,7 +135,7 @@ void placeAnimation(const Model& model, Walk& walk, OutputLayout& layout) {
     layout.matrixTop = walk.here();
     for (const MotionRecord& motion : model.motions) {
         for (const AnimationPacketTypeRecord& group : motion.packetTypeTable) {
-            walk.pass(group.packetTable.size() * animmtsize(group.type));
+            walk.pass(group.packetNum * animmtsize(group.type));
         }
     }
     for (const MotionRecord& motion : model.motions) {

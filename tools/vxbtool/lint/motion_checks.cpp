@@ -113,14 +113,13 @@ private:
     }
 
     void checkStep(const AnimationSequenceRecord& step, const TracedLine* label) {
-        using Kind = AnimationSequenceRecord::Kind;
         if (label != nullptr && !named_.contains(firstWord(*label))) {
             findings_.add(kind::labelUnused, wordPlace(file_, *label, 0),
                           fmt::arg("label", firstWord(*label)));
         }
-        if (step.kind == Kind::goTo) {
+        if (text(0) == "GOTO") {
             checkName(text(1), 1);
-        } else if (step.kind == Kind::seq && !hasGroup(step.type)) {
+        } else if (step.showsKeyFrame() && !hasGroup(step.type)) {
             constexpr std::size_t typeWord = 2;
             findings_.add(kind::keyFrameElsewhere, word(typeWord),
                           fmt::arg("keyFrame", step.keyFrame));
@@ -138,12 +137,12 @@ private:
 
     void checkKeyFrames(const AnimationPacketTypeRecord& group) {
         const KeyFrameForm* form = findKeyFrameForm(group.type);
-        for (std::size_t i = 0; i < group.packetTable.size(); ++i) {
+        for (std::size_t i = 0; i < group.packetNum; ++i) {
             if (!keyFrameUsed_[group.firstPacketNo + i]) {
                 findings_.add(kind::keyFrameUnused, word(0), fmt::arg("keyFrame", i));
             }
             for (std::size_t k = 0; k < form->values(); ++k) {
-                checkValue(group.packetTable[i].values[k], k, k < form->wideValues);
+                checkValue(group.packetTable[i * form->values() + k], k, k < form->wideValues);
             }
             ++line_;
         }
@@ -204,13 +203,13 @@ std::vector<bool> usedKeyFrames(const Table<MotionRecord>& motions) {
     std::size_t count = 0;
     for (const MotionRecord& motion : motions) {
         for (const AnimationPacketTypeRecord& group : motion.packetTypeTable) {
-            count += group.packetTable.size();
+            count += group.packetNum;
         }
     }
     std::vector<bool> used(count);
     for (const MotionRecord& motion : motions) {
         for (const AnimationSequenceRecord& step : motion.seqTable) {
-            if (step.kind == AnimationSequenceRecord::Kind::seq && step.keyFrame < count) {
+            if (step.showsKeyFrame() && step.keyFrame < count) {
                 used[step.keyFrame] = true;
             }
         }
