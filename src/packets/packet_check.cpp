@@ -45,16 +45,49 @@ const char* missingInStrip(const PacketForm& form, const DrawnPolygon& drawn) {
     return fillsColours(form, drawn) ? nullptr : "another number of colours";
 }
 
+/// The numbers of vertices and of normals that packets can point at: an index counts from the first
+/// record of all, that of a shared polygon from the first shared one.
+struct Blocks {
+    Blocks(const Model& model, bool shared)
+        : vertices(shared ? model.primitives.SharedVertexTotal : model.vertices.size()),
+          normals(shared ? model.primitives.SharedNormalTotal : model.normals.size()) {}
+
+    std::size_t vertices;
+    std::size_t normals;
+};
+
+/// Whether all indices that a strip may take from this polygon are in their blocks. A polygon has
+/// the packets of its mesh's first: an unlit one may have to bring normals that nothing else asks
+/// for, a line or a sprite more vertices than it has.
+bool indicesInBlocks(const Model& model, const PacketForm& form, const DrawnPolygon& drawn,
+                     const Blocks& blocks) {
+    for (std::size_t i = 0; i < form.corners(); ++i) {
+        const bool normal = form.packet.has(cornerField(Field::N0, i)) && !model.normals.empty();
+        if (static_cast<std::uint32_t>(drawn.vertex(i)) >= blocks.vertices ||
+            (normal && static_cast<std::uint32_t>(drawn.normal(i)) >= blocks.normals)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 /// Whether all strips have what their packets need: looks at the materials in their own order, which
 /// takes half of the time that the order of the strips takes, and tells as much in most models.
 bool allStripsFilled(const Model& model) {
+    const Blocks independent(model, false);
+    const Blocks shared(model, true);
+    const auto filled = [&](const MaterialRecord& material) {
+        const PacketForm* form = findPacketForm(material.type);
+        if (form == nullptr || !form->strip()) {
+            return true;
+        }
+        const DrawnPolygon drawn = drawnPolygon(model, material);
+        return missingInStrip(*form, drawn) == nullptr &&
+               indicesInBlocks(model, *form, drawn,
+                               material.cno == CoordinateListId::shared ? shared : independent);
+    };
     return model.meshes.empty() ||
-           std::all_of(model.materials.records.begin(), model.materials.records.end(),
-                       [&](const MaterialRecord& material) {
-                           const PacketForm* form = findPacketForm(material.type);
-                           return form == nullptr || !form->strip() ||
-                                  missingInStrip(*form, drawnPolygon(model, material)) == nullptr;
-                       });
+           std::all_of(model.materials.records.begin(), model.materials.records.end(), filled);
 }
 
 /// Whether no number of any polygon or material is one that a packet could not hold, drawn or not:
@@ -85,21 +118,26 @@ class PacketCheck {
 public:
     explicit PacketCheck(const Model& model) : model_(model) {}
 
-    void polygon(const PacketForm& form, const MaterialRecord& /*material*/,
+    void polygon(const PacketForm& form, const MaterialRecord& material,
                  const DrawnPolygon& drawn) const {
-        checkPacket(form, form.packet, drawn);
+        checkPacket(form, form.packet, drawn, blocksOf(material.cno));
     }
 
     void strip(const PacketForm& /*form*/, std::size_t mesh) { mesh_ = mesh; }
 
     void stripPolygon(const PacketForm& form, const DrawnPolygon& drawn, std::size_t k) const {
         checkFillsStrip(form, drawn);
-        checkPacket(form, k == 0 ? form.packet : form.further, drawn);
+        checkPacket(form, k == 0 ? form.packet : form.further, drawn,
+                    blocksOf(model_.meshes[mesh_].cno));
     }
 
 private:
-    void checkPacket(const PacketForm& form, const PacketWords& words,
-                     const DrawnPolygon& drawn) const {
+    [[nodiscard]] Blocks blocksOf(CoordinateListId list) const {
+        return {model_, list == CoordinateListId::shared};
+    }
+
+    void checkPacket(const PacketForm& form, const PacketWords& words, const DrawnPolygon& drawn,
+                     const Blocks& blocks) const {
         const std::int32_t texture = drawn.appearance.texture();
         if (form.textured &&
             (texture < 0 || static_cast<std::size_t>(texture) >= model_.images.size())) {
@@ -114,20 +152,27 @@ private:
         }
         for (std::size_t i = 0; i < form.corners(); ++i) {
             if (words.has(cornerField(Field::V0, i))) {
-                checkIndex(drawn, "vertex", drawn.vertex(i));
+                checkIndex(drawn, "vertex", drawn.vertex(i), blocks.vertices);
             }
             if (words.has(cornerField(Field::N0, i))) {
-                checkIndex(drawn, "normal", drawn.normal(i));
+                checkIndex(drawn, "normal", drawn.normal(i), blocks.normals);
             }
         }
     }
 
-    void checkIndex(const DrawnPolygon& drawn, const char* what, std::int32_t index) const {
-        if (index < 0 || index > format::largestIndex) {
+    /// A model without normals may name any.
+    void checkIndex(const DrawnPolygon& drawn, const std::string& what, std::int32_t index,
+                    std::size_t number) const {
+        const auto refuse = [&](const std::string& cause) {
             notCorrectData({model_.description.geo.fileName},
                            "polygon " + std::to_string(drawn.number) + " has the " + what +
-                               " index " + std::to_string(index) +
-                               ", and a packet holds 0 to 65535");
+                               " index " + std::to_string(index) + cause);
+        };
+        if (index < 0 || index > format::largestIndex) {
+            refuse(", and a packet holds 0 to 65535");
+        }
+        if (static_cast<std::size_t>(index) >= number && number > 0) {
+            refuse(", and its packet can name 0 to " + std::to_string(number - 1));
         }
     }
 
