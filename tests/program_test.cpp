@@ -1,57 +1,39 @@
 #include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
 
-#include <cstdio>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <numeric>
-#include <thread>
 
 #include "driver/command_line.h"
 #include "support/memory_files.h"
+#include "support/test_folder.h"
 
 namespace mqf2vxb::tests {
 namespace {
 
 namespace fs = std::filesystem;
 
-/// A folder of its own for each test, removed with it.
+/// A folder with a model for each test.
 class Program : public testing::Test {
 protected:
     Program() {
-        std::string name = (fs::temp_directory_path() / "mqf2vxb-XXXXXX").string();
-        folder_ = mkdtemp(name.data());
         for (const auto& [file, text] : smallModel().files()) {
             write(file, text);
         }
     }
-    ~Program() override { fs::remove_all(folder_); }
 
-    void write(const std::string& name, const std::string& text) const {
-        std::ofstream(folder_ / name, std::ios::binary) << text;
-    }
-    [[nodiscard]] std::string read(const std::string& name) const {
-        std::ifstream file(folder_ / name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
+    void write(const std::string& name, const std::string& text) const { test_.write(name, text); }
+    [[nodiscard]] std::string read(const std::string& name) const { return test_.read(name); }
     /// What the program prints behind its banner when it is run in the folder; its status is 0.
-    [[nodiscard]] std::string run(const std::string& arguments) const {
-        const std::string command =
-            "cd '" + folder_.string() + "' && '" MQF2VXB_PROGRAM "' " + arguments + " 2>&1";
-        std::string output;
-        std::FILE* pipe = popen(command.c_str(), "r");
-        for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe)) {
-            output.push_back(static_cast<char>(c));
-        }
-        EXPECT_EQ(pclose(pipe), 0) << arguments;
+    [[nodiscard]] std::string run(const std::string& arguments,
+                                  const std::string& before = "") const {
+        const auto [status, output] = test_.run(before + "'" MQF2VXB_PROGRAM "' " + arguments);
+        EXPECT_EQ(status, 0) << arguments;
         EXPECT_EQ(output.rfind(bannerText(), 0), 0U) << output;
         return output.substr(std::min(output.size(), bannerText().size()));
     }
 
-    fs::path folder_;
+    const TestFolder test_;
+    const fs::path& folder_ = test_.path();
 };
 
 TEST_F(Program, SaysHowItIsCalled) {
@@ -85,15 +67,14 @@ TEST_F(Program, TakesImagesFromPipesAndWithLargeColourTables) {
     Files files = smallModel().files();
     files["1.pxl"] = image(with8Bits, pixel, clut);
     files["0.pxl"] = image(with8Bits, clut, pixel);
+    const Conversion expected = convertFiles(files);
+    EXPECT_EQ(expected.report, "");
     write("1.pxl", files["1.pxl"]);
-    const std::string pipe = (folder_ / "0.pxl").string();
-    fs::remove(pipe);
-    ASSERT_EQ(mkfifo(pipe.c_str(), S_IRUSR | S_IWUSR), 0);
-    std::thread writer([&] { std::ofstream(pipe, std::ios::binary) << files["0.pxl"]; });
-    EXPECT_EQ(run("m.mqf"), "");
-    writer.join();
-    EXPECT_EQ(wordsOf(read("m.vxb")), convertFiles(files).words());
-    EXPECT_EQ(convertFiles(files).report, "");
+    write("bytes", files["0.pxl"]);
+    EXPECT_EQ(run("m.mqf",
+                  "rm 0.pxl; mkfifo 0.pxl; timeout 60 sh -c 'cat bytes >0.pxl' >/dev/null 2>&1 & "),
+              "");
+    EXPECT_EQ(wordsOf(read("m.vxb")), expected.words());
 }
 
 TEST_F(Program, NeverWritesOverAnInput) {

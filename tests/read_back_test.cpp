@@ -227,7 +227,7 @@ ToldImage toldImage(const std::string& bytes) {
             clut ? words.at(3) & 0xFFFFU : 0, clut ? words[3] >> 16U : 0};
 }
 
-/// The checks of one polygon of the file against one of the text, each of which can fail.
+/// Compares a polygon of the file with one of the text.
 class Comparison {
 public:
     Comparison(const VxbFile& file, const ToldModel& told, const std::vector<ToldImage>& images,

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <future>
 #include <limits>
 #include <new>
 #include <optional>
@@ -12,6 +13,7 @@
 #include "driver/diagnostics.h"
 #include "model/model.h"
 #include "support/memory_files.h"
+#include "support/random_model.h"
 
 namespace {
 
@@ -212,6 +214,24 @@ TEST(Robustness, MemoryGrowsWithTheModel) {
         return allocated;
     };
     EXPECT_LT(bytesFor(1600), 5 * bytesFor(400));
+}
+
+TEST(Robustness, ConversionsSideBySideDoNotTouchEachOther) {
+    constexpr std::uint32_t seedNum = 120;
+    const auto convertAll = [] {
+        std::vector<Files> outputs;
+        for (std::uint32_t seed = 1; seed <= seedNum; ++seed) {
+            outputs.push_back(
+                convertFiles(seed % 3 == 0 ? damagedModel(seed) : randomModel(seed).files())
+                    .outputs);
+        }
+        return outputs;
+    };
+    auto one = std::async(std::launch::async, convertAll);
+    auto other = std::async(std::launch::async, convertAll);
+    const std::vector<Files> alone = convertAll();
+    EXPECT_EQ(one.get(), alone);
+    EXPECT_EQ(other.get(), alone);
 }
 
 }  // namespace

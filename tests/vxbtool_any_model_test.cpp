@@ -39,7 +39,7 @@ std::vector<std::string> textLines(const std::string& text) {
 std::string wrongPlace(const ReportedFinding& finding, const mqf2vxb::tests::Files& files) {
     const auto file = files.find(finding.file);
     if (file == files.end()) {
-        // A file that the model names and that is not there is the one thing to say of it.
+        // Only the report that a file cannot be opened may name one that is not there.
         return finding.severity == mqf2vxb::Severity::error ? "" : "no such file";
     }
     if (finding.line == 0) {
