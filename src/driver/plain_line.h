@@ -65,13 +65,15 @@ public:
         return std::all_of(literal.text.begin(), literal.text.end(),
                            [this](char c) { return *at_++ == c; });
     }
-    /// Seven characters and the blank behind them.
+    /// A word of seven characters and the blank behind it.
     bool scan(std::array<char, 8>& characters) {
         static_assert(sizeof characters <= FileContents::padding);
         skipBlanks();
         std::memcpy(characters.data(), at_, sizeof characters);
         at_ += sizeof characters;
-        return characters.back() == ' ';
+        // The line may end among them, and what follows would be taken for a part of it.
+        return characters.back() == ' ' && std::all_of(characters.begin(), characters.end() - 1,
+                                                       [](char c) { return c > ' '; });
     }
     bool scan(HexNumber number) {
         skipBlanks();
