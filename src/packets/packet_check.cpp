@@ -61,8 +61,10 @@ struct Blocks {
 /// for, a line or a sprite more vertices than it has.
 bool indicesInBlocks(const Model& model, const PacketForm& form, const DrawnPolygon& drawn,
                      const Blocks& blocks) {
+    const bool lit = form.packet.has(Field::N0) && !model.normals.empty();
+    const bool anyCorner = drawn.appearance.shading == 'G';  // its normals are turned with it
     for (std::size_t i = 0; i < form.corners(); ++i) {
-        const bool normal = form.packet.has(cornerField(Field::N0, i)) && !model.normals.empty();
+        const bool normal = lit && (anyCorner || form.packet.has(cornerField(Field::N0, i)));
         if (static_cast<std::uint32_t>(drawn.vertex(i)) >= blocks.vertices ||
             (normal && static_cast<std::uint32_t>(drawn.normal(i)) >= blocks.normals)) {
             return false;
