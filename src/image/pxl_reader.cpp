@@ -87,6 +87,19 @@ bool scanImage(const FileStart& start, ImageRecord& image) {
     return true;
 }
 
+/// Whether the file says again what the record holds.
+bool isStill(const ImageRecord& image, const FileStart& file) {
+    ImageRecord found;
+    found.name = image.name;
+    try {
+        scanImage(file, found);
+    } catch (const Report&) {
+        return false;
+    }
+    return found.type == image.type && found.mode == image.mode && found.clut == image.clut &&
+           found.pixel == image.pixel;
+}
+
 }  // namespace
 
 void readImages(Inputs& inputs, Table<ImageRecord>& images) {
@@ -110,13 +123,7 @@ FileContents imageFile(const ImageRecord& image, FileSystem& files) {
     }
     const std::size_t size = image.pixel.dataStart + wordSize * image.pixel.dataWords;
     std::optional<FileContents> contents = files.readAgain(image.name, size);
-    ImageRecord found;
-    found.name = image.name;
-    if (contents) {
-        scanImage({*contents, size}, found);
-    }
-    if (found.type != image.type || found.mode != image.mode || found.clut != image.clut ||
-        found.pixel != image.pixel) {
+    if (!contents || !isStill(image, {*contents, size})) {
         notCorrectData({image.name}, "the file changed while it was converted");
     }
     return std::move(*contents);
