@@ -8,7 +8,7 @@
 namespace mqf2vxb {
 
 /// A map that only grows: each key stands with its value at the first free place from where its
-/// bits lead to. A lookup costs one cache miss at most times, and an entry no allocation of its
+/// hash leads to. A lookup costs one cache miss at most times, and an entry no allocation of its
 /// own, which saves a model of many packet groups a twentieth of its time. The key of 64 set bits
 /// is none.
 template <class Value>
@@ -37,12 +37,21 @@ private:
         Value value{};
     };
 
+    /// The address of the places is another one in each run, so that nobody can write a model whose
+    /// keys all lead to one place.
+    [[nodiscard]] std::uint64_t hashOf(std::uint64_t key) const {
+        constexpr std::uint64_t spread = 0xD6E8FEB86659FD93U;
+        constexpr unsigned half = 32;
+        std::uint64_t hash = key + reinterpret_cast<std::uintptr_t>(places_.data());
+        hash = (hash ^ hash >> half) * spread;
+        hash = (hash ^ hash >> half) * spread;
+        return hash ^ hash >> half;
+    }
+
     /// The place of the key, or the free one where it would stand.
     Place& placeOf(std::uint64_t key) {
-        constexpr std::uint64_t spread = 0x9E3779B97F4A7C15U;
-        constexpr unsigned half = 32;
         const std::size_t mask = places_.size() - 1;  // the size is a power of two
-        std::size_t i = ((key ^ key >> half) * spread >> half) & mask;
+        std::size_t i = hashOf(key) & mask;
         while (places_[i].key != key && places_[i].key != none) {
             i = (i + 1) & mask;
         }
