@@ -10,13 +10,13 @@
 #include <utility>
 #include <vector>
 
-#include "driver/command_line.h"
-#include "driver/diagnostics.h"
-#include "driver/line_reader.h"
-#include "driver/scan.h"
-#include "reader/vxb_reader.h"
-#include "reader/word_meaning.h"
+#include "base/diagnostics.h"
+#include "run/command_line.h"
 #include "support/memory_files.h"
+#include "text/line_reader.h"
+#include "text/scan.h"
+#include "vxb/vxb_reader.h"
+#include "vxb/word_meaning.h"
 
 namespace mqf2vxb::fuzz {
 namespace {

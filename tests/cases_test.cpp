@@ -3,8 +3,8 @@
 #include <fstream>
 #include <iterator>
 
-#include "reader/vxb_reader.h"
 #include "support/model_cases.h"
+#include "vxb/vxb_reader.h"
 
 namespace mqf2vxb::tests {
 namespace {

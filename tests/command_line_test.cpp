@@ -1,10 +1,10 @@
-#include "driver/command_line.h"
+#include "run/command_line.h"
 
 #include <gtest/gtest.h>
 
 #include <sstream>
 
-#include "driver/diagnostics.h"
+#include "base/diagnostics.h"
 #include "support/memory_files.h"
 
 namespace mqf2vxb::tests {

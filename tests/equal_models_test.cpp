@@ -5,8 +5,8 @@
 #include <map>
 #include <sstream>
 
-#include "reader/vxb_reader.h"
 #include "support/random_model.h"
+#include "vxb/vxb_reader.h"
 
 namespace mqf2vxb::tests {
 namespace {

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "driver/diagnostics.h"
-#include "reader/vxb_reader.h"
+#include "base/diagnostics.h"
 #include "support/memory_files.h"
+#include "vxb/vxb_reader.h"
 
 namespace mqf2vxb::tests {
 namespace {

@@ -1,9 +1,9 @@
-#include "driver/line_reader.h"
+#include "text/line_reader.h"
 
 #include <gmock/gmock.h>
 
-#include "hierarchy/token_reader.h"
 #include "support/memory_files.h"
+#include "text/token_reader.h"
 
 namespace mqf2vxb::tests {
 namespace {

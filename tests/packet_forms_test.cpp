@@ -1,4 +1,4 @@
-#include "packets/packet_forms.h"
+#include "format/packet_forms.h"
 
 #include <gtest/gtest.h>
 

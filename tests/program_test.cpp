@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <numeric>
 
-#include "driver/command_line.h"
+#include "run/command_line.h"
 #include "support/memory_files.h"
 #include "support/test_folder.h"
 

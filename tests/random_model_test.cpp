@@ -4,11 +4,11 @@
 
 #include <set>
 
-#include "driver/convert.h"
-#include "driver/diagnostics.h"
+#include "base/diagnostics.h"
 #include "model/model.h"
-#include "output/model_writer.h"
-#include "reader/vxb_reader.h"
+#include "run/convert.h"
+#include "vxb/vxb_reader.h"
+#include "writers/model_writer.h"
 
 namespace mqf2vxb::tests {
 namespace {

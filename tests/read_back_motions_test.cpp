@@ -4,9 +4,9 @@
 #include <map>
 #include <sstream>
 
-#include "reader/vxb_reader.h"
 #include "support/random_model.h"
 #include "support/told_lines.h"
+#include "vxb/vxb_reader.h"
 
 namespace mqf2vxb::tests {
 namespace {

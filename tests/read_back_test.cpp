@@ -6,10 +6,10 @@
 #include <set>
 #include <sstream>
 
-#include "reader/packet_decoder.h"
-#include "reader/vxb_reader.h"
 #include "support/random_model.h"
 #include "support/told_lines.h"
+#include "vxb/packet_decoder.h"
+#include "vxb/vxb_reader.h"
 
 namespace mqf2vxb::tests {
 namespace {

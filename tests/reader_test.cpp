@@ -6,9 +6,9 @@
 #include <map>
 #include <sstream>
 
-#include "reader/vxb_reader.h"
-#include "reader/word_meaning.h"
 #include "support/memory_files.h"
+#include "vxb/vxb_reader.h"
+#include "vxb/word_meaning.h"
 
 namespace mqf2vxb::tests {
 namespace {

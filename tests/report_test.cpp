@@ -1,11 +1,11 @@
 #include <gtest/gtest.h>
 
-#include "animation/animation_section.h"
-#include "driver/diagnostics.h"
-#include "driver/output_word_stream.h"
-#include "output/output_layout.h"
-#include "output/sizes.h"
+#include "base/diagnostics.h"
+#include "files/output_word_stream.h"
+#include "organise/sizes.h"
 #include "support/memory_files.h"
+#include "writers/animation_section.h"
+#include "writers/output_layout.h"
 
 namespace mqf2vxb::tests {
 namespace {

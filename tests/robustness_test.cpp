@@ -9,9 +9,9 @@
 #include <set>
 #include <utility>
 
-#include "driver/convert.h"
-#include "driver/diagnostics.h"
+#include "base/diagnostics.h"
 #include "model/model.h"
+#include "run/convert.h"
 #include "support/memory_files.h"
 #include "support/random_model.h"
 

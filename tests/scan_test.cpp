@@ -1,4 +1,4 @@
-#include "driver/scan.h"
+#include "text/scan.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 #include <cstring>
 #include <limits>
 
-#include "output/fixed_point.h"
+#include "format/fixed_point.h"
 
 namespace mqf2vxb {
 namespace {

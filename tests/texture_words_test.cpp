@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "driver/diagnostics.h"
+#include "base/diagnostics.h"
 #include "support/memory_files.h"
 
 namespace mqf2vxb::tests {

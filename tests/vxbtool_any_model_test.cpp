@@ -10,13 +10,13 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "reader/vxb_reader.h"
 #include "support/random_model.h"
-#include "vxbtool/dump.h"
-#include "vxbtool/info_summary.h"
-#include "vxbtool/json_output.h"
+#include "vxb/vxb_reader.h"
+#include "vxbtool/dump/dump.h"
+#include "vxbtool/info/summary.h"
 #include "vxbtool/lint/catalogue.h"
-#include "vxbtool/lint/lint.h"
+#include "vxbtool/lint/lint_model.h"
+#include "vxbtool/shared/json_output.h"
 
 namespace vxbtool {
 namespace {

@@ -4,7 +4,7 @@
 
 #include "support/memory_files.h"
 #include "support/test_folder.h"
-#include "vxbtool/convert_depfile.h"
+#include "vxbtool/convert/depfile.h"
 
 namespace mqf2vxb::tests {
 namespace {

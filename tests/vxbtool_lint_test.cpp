@@ -8,9 +8,9 @@
 #include <nlohmann/json.hpp>
 
 #include "support/memory_files.h"
-#include "vxbtool/finding_report.h"
 #include "vxbtool/lint/catalogue.h"
-#include "vxbtool/lint/lint.h"
+#include "vxbtool/lint/lint_model.h"
+#include "vxbtool/shared/finding_report.h"
 
 namespace vxbtool {
 namespace {

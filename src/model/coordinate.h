@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string>
 
-#include "model/table.h"
+#include "base/table.h"
 
 namespace mqf2vxb {
 

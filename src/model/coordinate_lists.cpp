@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "driver/diagnostics.h"
+#include "base/diagnostics.h"
 
 namespace mqf2vxb {
 namespace {

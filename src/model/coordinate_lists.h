@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "model/key_map.h"
+#include "base/key_map.h"
 
 namespace mqf2vxb {
 

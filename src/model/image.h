@@ -8,9 +8,9 @@
 #include <string_view>
 #include <vector>
 
-#include "model/file_contents.h"
-#include "model/primitive_type.h"
-#include "model/table.h"
+#include "base/file_contents.h"
+#include "base/table.h"
+#include "format/primitive_type.h"
 
 namespace mqf2vxb {
 

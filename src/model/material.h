@@ -4,9 +4,9 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "base/table.h"
+#include "format/primitive_type.h"
 #include "model/coordinate_lists.h"
-#include "model/primitive_type.h"
-#include "model/table.h"
 
 namespace mqf2vxb {
 

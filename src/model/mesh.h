@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
+#include "format/primitive_type.h"
 #include "model/coordinate_lists.h"
-#include "model/primitive_type.h"
 
 namespace mqf2vxb {
 

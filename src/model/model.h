@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "base/table.h"
 #include "model/coordinate.h"
 #include "model/coordinate_lists.h"
 #include "model/description.h"
@@ -14,7 +15,6 @@
 #include "model/motion.h"
 #include "model/pivot.h"
 #include "model/primitives.h"
-#include "model/table.h"
 
 namespace mqf2vxb {
 

@@ -3,8 +3,8 @@
 #include <cstdint>
 #include <string>
 
-#include "model/primitive_type.h"
-#include "model/table.h"
+#include "base/table.h"
+#include "format/primitive_type.h"
 
 namespace mqf2vxb {
 

@@ -5,9 +5,9 @@
 #include <cstdint>
 #include <utility>
 
+#include "format/packet_forms.h"
 #include "model/geometry.h"
 #include "model/material.h"
-#include "packets/packet_forms.h"
 
 namespace mqf2vxb {
 

@@ -3,9 +3,9 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "format/packet_forms.h"
 #include "model/model.h"
 #include "packets/drawn_polygon.h"
-#include "packets/packet_forms.h"
 
 namespace mqf2vxb {
 

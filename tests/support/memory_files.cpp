@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <sstream>
 
-#include "driver/convert.h"
-#include "driver/diagnostics.h"
+#include "base/diagnostics.h"
+#include "run/convert.h"
 
 namespace mqf2vxb::tests {
 namespace {

@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-#include "driver/file_system.h"
-#include "driver/inputs.h"
+#include "files/file_system.h"
+#include "files/inputs.h"
 #include "model/options.h"
 
 namespace mqf2vxb::tests {

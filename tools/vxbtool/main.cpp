@@ -14,15 +14,15 @@
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
 
-#include "vxbtool/check.h"
-#include "vxbtool/completion.h"
-#include "vxbtool/convert.h"
-#include "vxbtool/dump.h"
-#include "vxbtool/finding_catalogue.h"
-#include "vxbtool/info.h"
-#include "vxbtool/lint.h"
-#include "vxbtool/packet_form_tables.h"
-#include "vxbtool/session.h"
+#include "vxbtool/check/check.h"
+#include "vxbtool/completion/completion.h"
+#include "vxbtool/convert/convert.h"
+#include "vxbtool/dump/dump.h"
+#include "vxbtool/finding_catalogue/finding_catalogue.h"
+#include "vxbtool/info/info.h"
+#include "vxbtool/lint/lint.h"
+#include "vxbtool/packet_forms/packet_form_tables.h"
+#include "vxbtool/shared/session.h"
 
 namespace vxbtool {
 namespace {

@@ -3,7 +3,7 @@
 #include <span>
 #include <string_view>
 
-#include "reader/findings.h"
+#include "vxb/findings.h"
 
 namespace vxbtool::lint {
 

@@ -3,7 +3,7 @@
 #include <string_view>
 #include <unordered_map>
 
-#include "driver/scan.h"
+#include "text/scan.h"
 
 namespace vxbtool::lint {
 namespace {

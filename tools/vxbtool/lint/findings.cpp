@@ -4,7 +4,7 @@
 #include <map>
 #include <tuple>
 
-#include "driver/scan.h"
+#include "text/scan.h"
 
 namespace vxbtool::lint {
 namespace {

@@ -8,9 +8,9 @@
 
 #include <fmt/core.h>
 
-#include "vxbtool/finding_report.h"
 #include "vxbtool/lint/catalogue.h"
 #include "vxbtool/lint/trace.h"
+#include "vxbtool/shared/finding_report.h"
 
 namespace vxbtool::lint {
 

@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-#include "output/fixed_point.h"
-#include "output/format.h"
+#include "format/fixed_point.h"
+#include "format/format.h"
 #include "vxbtool/lint/fixed_width.h"
 #include "vxbtool/lint/model_checks.h"
 

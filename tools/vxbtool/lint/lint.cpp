@@ -1,142 +1,102 @@
+// NAME
+//     vxbtool lint - find what converts and is surely not meant
+//
+// SYNOPSIS
+//     vxbtool lint MODEL... [--scale F] [--base DIR] [--json] [--werror] [-W CODE] [--all]
+//
+// DESCRIPTION
+//     Does everything that a conversion does, writes nothing, and reports what the conversion is
+//     silent about: vertices that wrap, polygons that nobody draws, labels without a step and so
+//     on. A model that does not convert has its report as the first finding, an error. Then come
+//     the findings of each file, in the order of its lines, as "file:line:column: warning: text
+//     [CODE]" on standard output; on a terminal the line follows with a caret. Equal findings of
+//     one file are folded into the first of them. docs/findings.md lists all codes.
+//
+// OPTIONS
+//     --scale F   look at the vertices as this factor makes them
+//     --base DIR  open relative names in the model from DIR, not from the working directory
+//     --json      report as JSON; docs/json-schema.md describes it
+//     --werror    warnings fail too
+//     -W CODE     do not report findings of this code; may be repeated
+//     --all       report equal findings one by one
+//
+// EXIT STATUS
+//     0 nothing or only warnings were found, 1 a model does not convert, or warnings were found with
+//     --werror, 2 bad usage.
+
 #include "vxbtool/lint/lint.h"
 
-#include <algorithm>
-#include <iterator>
 #include <memory>
-#include <new>
-#include <optional>
-#include <stdexcept>
+#include <string>
+#include <vector>
 
-#include "driver/convert.h"
-#include "driver/diagnostics.h"
-#include "output/model_writer.h"
-#include "vxbtool/lint/findings.h"
-#include "vxbtool/lint/model_checks.h"
-#include "vxbtool/lint/text_checks.h"
+#include <CLI/CLI.hpp>
 
-namespace vxbtool::lint {
+#include "vxbtool/lint/catalogue.h"
+#include "vxbtool/lint/lint_model.h"
+#include "vxbtool/shared/model_files.h"
+#include "vxbtool/shared/scale_option.h"
+
+namespace vxbtool {
 namespace {
 
-using namespace mqf2vxb;
+constexpr const char* lintExamples = R"(Examples:
+  vxbtool lint car.mqf                      report what is surely not meant
+  vxbtool lint --scale 16 car.mqf           will the model wrap at this scale?
+  vxbtool lint --werror -W L012 *.mqf       fail on any finding but one kind
+  vxbtool lint --json car.mqf > lint.json   report for another program)";
 
-/// Takes an output and keeps nothing of it.
-class NoFile final : public OutputFile {
-public:
-    [[nodiscard]] bool write(std::string_view /*bytes*/) override { return true; }
-    [[nodiscard]] bool close() override { return true; }
+struct LintArguments {
+    std::vector<std::string> models;
+    std::string scale = "1";
+    std::string base;
+    ReportOptions report;
 };
 
-/// Files that can be written without any effect.
-class NoFiles final : public FileSystem {
-public:
-    [[nodiscard]] std::optional<FileContents> read(const std::string& /*name*/) override {
-        return std::nullopt;
+std::vector<std::string> lintCodes() {
+    std::vector<std::string> codes;
+    for (const lint::Kind* kind : lint::kinds()) {
+        codes.emplace_back(kind->code);
     }
-    [[nodiscard]] std::unique_ptr<OutputFile> create(const std::string& /*name*/) override {
-        return std::make_unique<NoFile>();
-    }
-    [[nodiscard]] bool exists(const std::string& /*name*/) const override { return false; }
-    [[nodiscard]] bool same(const std::string& /*one*/,
-                            const std::string& /*other*/) const override {
-        return false;
-    }
-};
-
-/// One conversion that is watched, as far as it gets.
-class WatchedConversion {
-public:
-    WatchedConversion(const std::string& mqfName, float scale, FileSystem& files)
-        : inputs_(files, trace) {
-        RunOptions options;
-        options.scale = scale;
-        try {
-            run(mqfName, options);
-        } catch (const Report& caught) {
-            report = caught;
-        }
-    }
-
-    Trace trace;
-    Model model;
-    Table<PolygonRecord> polygons{"Polygon Data Base"};  ///< as the GEO file has them
-    bool read = false;
-    bool organised = false;
-    std::optional<Report> report;  ///< what ended the conversion
-
-private:
-    void run(const std::string& mqfName, const RunOptions& options) {
-        try {
-            readModel(mqfName, inputs_, model);
-            read = true;
-            polygons = model.polygons;
-            organiseModel(options, model);
-            organised = true;
-            NoFiles noFiles;
-            writeModel(model, options, noFiles);
-        } catch (const std::bad_alloc&) {
-            outOfMemory();
-        } catch (const std::length_error&) {
-            outOfMemory();
-        }
-    }
-
-    Inputs inputs_;
-};
-
-/// The text of a line of a file that was read.
-std::string sourceLine(const Trace& trace, const Place& place) {
-    for (const TracedFile& file : trace.files()) {
-        if (file.name != place.file || place.line == 0) {
-            continue;
-        }
-        std::string_view rest = file.text;
-        for (std::int64_t line = 1; line < place.line; ++line) {
-            rest.remove_prefix(std::min(rest.find('\n'), rest.size() - 1) + 1);
-        }
-        return std::string(shownLine(rest.substr(0, rest.find('\n'))));
-    }
-    return {};
+    return codes;
 }
 
-ReportedFinding errorFinding(const Report& report, const std::string& mqfName, const Trace& trace) {
-    const Place& place = report.place();
-    ReportedFinding finding;
-    finding.code = kind::cannotConvert.code;
-    finding.severity = kind::cannotConvert.severity;
-    finding.text =
-        fmt::format(fmt::runtime(kind::cannotConvert.text), fmt::arg("cause", report.cause()));
-    finding.file = place.file.empty() ? mqfName : place.file;
-    finding.line = place.line;
-    finding.column = place.column;
-    finding.source = sourceLine(trace, place);
-    return finding;
+ExitStatus runLint(const LintArguments& arguments) {
+    const float scale = parseScale(arguments.scale);
+    std::vector<FileReport> reports;
+    for (const std::string& model : arguments.models) {
+        reports.push_back(lintFile(model, scale, arguments.base, arguments.report));
+    }
+    return printReport("lint", reports, arguments.report);
 }
 
 }  // namespace
 
-std::vector<ReportedFinding> lintModel(const std::string& mqfName, float scale, FileSystem& files) {
-    const WatchedConversion conversion(mqfName, scale, files);
-    const Trace& trace = conversion.trace;
-    Findings findings;
-    checkText(trace, conversion.read, findings);
-    if (conversion.organised) {
-        const SourceMap source(trace, conversion.model);
-        const LintedModel linted{conversion.model, conversion.polygons, scale, source};
-        checkGeometry(linted, findings);
-        checkMaterials(linted, findings);
-        checkTextures(linted, findings);
-        checkHierarchy(linted, findings);
-        checkMeshes(linted, findings);
-        checkMotions(linted, findings);
+FileReport lintFile(const std::string& model, float scale, const std::string& base,
+                    const ReportOptions& options) {
+    ModelFiles files(base);
+    FileReport report{model, lint::lintModel(model, scale, files)};
+    for (ReportedFinding& finding : report.findings) {
+        finding.file = files.pathOf(finding.file);
     }
-
-    std::vector<ReportedFinding> found;
-    if (conversion.report) {
-        found.push_back(errorFinding(*conversion.report, mqfName, trace));
-    }
-    std::vector<ReportedFinding> ordered = std::move(findings).inOrder(trace);
-    std::move(ordered.begin(), ordered.end(), std::back_inserter(found));
-    return found;
+    selectFindings(report.findings, options);
+    return report;
 }
 
-}  // namespace vxbtool::lint
+void addLint(CLI::App& app, Session& session) {
+    CLI::App* command = app.add_subcommand("lint", "Find what converts and is surely not meant");
+    const auto arguments = std::make_shared<LintArguments>();
+    command->add_option("MODEL", arguments->models, "The model files (.mqf)")
+        ->option_text("...")
+        ->required();
+    command->add_option("--scale", arguments->scale, "Factor on every vertex coordinate")
+        ->option_text("F");
+    command
+        ->add_option("--base", arguments->base, "Open relative names in the model from this folder")
+        ->option_text("DIR");
+    addReportOptions(*command, arguments->report, lintCodes());
+    command->footer(lintExamples);
+    command->callback([arguments, &session] { session.status = runLint(*arguments); });
+}
+
+}  // namespace vxbtool

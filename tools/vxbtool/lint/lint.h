@@ -1,17 +1,18 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
-#include "driver/file_system.h"
-#include "vxbtool/finding_report.h"
+#include "vxbtool/shared/finding_report.h"
+#include "vxbtool/shared/session.h"
 
-namespace vxbtool::lint {
+namespace vxbtool {
 
-/// Everything that converts in this model at this scale and is surely not meant. A model that does
-/// not convert has that as its first finding, an error, and beside it only what its text shows when
-/// the conversion ended before the tables were final.
-std::vector<ReportedFinding> lintModel(const std::string& mqfName, float scale,
-                                       mqf2vxb::FileSystem& files);
+/// What lint has to say of one model, as `options` select it. Relative names in the model are opened
+/// from `base`; empty is the working directory.
+FileReport lintFile(const std::string& model, float scale, const std::string& base,
+                    const ReportOptions& options);
 
-}  // namespace vxbtool::lint
+/// Adds "vxbtool lint".
+void addLint(CLI::App& app, Session& session);
+
+}  // namespace vxbtool

@@ -6,9 +6,9 @@
 #include <utility>
 #include <vector>
 
-#include "animation/key_frame_forms.h"
-#include "driver/scan.h"
-#include "output/fixed_point.h"
+#include "format/fixed_point.h"
+#include "format/key_frame_forms.h"
+#include "text/scan.h"
 #include "vxbtool/lint/fixed_width.h"
 #include "vxbtool/lint/model_checks.h"
 

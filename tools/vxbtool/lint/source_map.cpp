@@ -1,6 +1,6 @@
 #include "vxbtool/lint/source_map.h"
 
-#include "hierarchy/frm_reader.h"
+#include "readers/frm_reader.h"
 #include "vxbtool/lint/description_checks.h"
 
 namespace vxbtool::lint {

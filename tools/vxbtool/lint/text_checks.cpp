@@ -4,7 +4,7 @@
 #include <span>
 #include <string_view>
 
-#include "driver/scan.h"
+#include "text/scan.h"
 #include "vxbtool/lint/description_checks.h"
 
 namespace vxbtool::lint {

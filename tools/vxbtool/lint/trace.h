@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "driver/input_observer.h"
+#include "files/input_observer.h"
 
 namespace vxbtool::lint {
 

@@ -1,0 +1,138 @@
+#include "base/diagnostics.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <utility>
+
+namespace mqf2vxb {
+namespace {
+
+/// An address as the eight hexadecimal digits of the report forms hold it: its low 32 bits.
+unsigned addressDigits(std::uintptr_t address) {
+    return static_cast<unsigned>(address & 0xFFFFFFFFU);
+}
+
+[[noreturn]] void report(const std::string& body, std::string cause, Place place = {}) {
+    throw Report("\n" + body, std::move(cause), std::move(place));
+}
+
+/// Reports whose text is one line, which is the cause too.
+[[noreturn]] void reportLine(const std::string& line, Place place = {}) {
+    report(line + "\n", line, std::move(place));
+}
+
+/// The form of the reports about a file as a whole.
+[[noreturn]] void reportFile(const std::string& message, const std::string& file,
+                             const std::string& more = {}) {
+    report(message + "\n\nFile Name:" + file + "\n" + more, message, {file});
+}
+
+}  // namespace
+
+Report::Report(std::string text, std::string cause, Place place)
+    : text_(std::move(text)), cause_(std::move(cause)), place_(std::move(place)) {}
+
+void tableAllocationFailed(const TableLabel& label, std::size_t recordSize, std::size_t count,
+                           bool grown) {
+    const std::string verb = grown ? "realloc" : "malloc";
+    if (!label.operation.empty()) {
+        reportLine("Can't " + verb + "(" + std::string(label.operation) + ":" +
+                   std::string(label.name) + ")");
+    }
+    const std::string message = "Can't " + verb + "!";
+    report(message + "\n\n-- " + std::string(label.name) + " " + verb + " --\n" +
+               formatText("Size   :%zu byte\nNumber :%zu\nAddress:0x%08x\n", recordSize, count, 0U),
+           message + " (" + std::string(label.name) + ")");
+}
+
+void outOfMemory() { reportLine("Can't malloc!"); }
+
+void areaMissing(const Area& area, std::int64_t index) {
+    const auto top = reinterpret_cast<std::uintptr_t>(area.top);
+    const auto wanted = top + static_cast<std::uintptr_t>(index) * area.recordSize;
+    const std::string table(area.table);
+    report("There isn't the area!\n\n-- " + table + " malloc --\n" +
+               formatText("Size            :%zu byte\n"
+                          "Number          :%zu\n"
+                          "Top address     :0x%08x\n"
+                          "\n"
+                          "Your set address:0x%08x\n",
+                          area.recordSize, area.count, addressDigits(top), addressDigits(wanted)),
+           formatText("There isn't the area! (%s has no record %lld)", table.c_str(),
+                      static_cast<long long>(index)));
+}
+
+void checkIndex(const std::string& file, std::int64_t index, std::int64_t count,
+                std::string_view message) {
+    if (index < 0 || index >= count) {
+        const std::string line(message);
+        report(line + "\nFile Name:" + file + "\n", line, {file});
+    }
+}
+
+void typeMismatch(std::string_view location, std::uint32_t value) {
+    reportLine(formatText("Not match(%.*s:0x%08x)", static_cast<int>(location.size()),
+                          location.data(), value));
+}
+
+void nameMismatch(std::string_view location, std::string_view text) {
+    reportLine("Not match(" + std::string(location) + ":" + std::string(text) + ")");
+}
+
+void notFormat(const std::string& file, std::string_view format) {
+    reportLine(file + " isn't " + std::string(format) + "format", {file});
+}
+
+void no24BitImage(const std::string& file) {
+    reportLine("You can't use 24bit PXLfiles(" + file + ")", {file});
+}
+
+void noGeoFile() { reportLine("There is not GEOfile"); }
+
+void unknownGeoFlag(std::int32_t polygon, std::int32_t kind) {
+    reportLine(formatText("Unknown the GEOflag... (No.%4d, flag:%2x)", polygon,
+                          static_cast<unsigned>(kind)));
+}
+
+void notSuitableTexture() { reportLine("Not suitable texture"); }
+
+void cannotOpen(const std::string& file) { reportFile("Can't open this file!", file); }
+
+void cannotWrite(const std::string& file) { reportFile("Can't write this file!", file); }
+
+void wrongTag(const std::string& file, std::string_view line) {
+    reportFile("Format isn't correct!", file, "ID       :" + std::string(line));
+}
+
+void wrongDate(const std::string& file, std::string_view line) {
+    reportFile("This program doesn't support the version!", file, "ID       :" + std::string(line));
+}
+
+void notCorrectData(const Place& place, const std::string& cause) {
+    std::string text = "Not correct data!\n\nFile Name:" + place.file + "\n";
+    if (place.line > 0) {
+        text += "Line     :" + std::to_string(place.line) + "\n";
+    }
+    report(text + "Cause    :" + cause + "\n", cause, place);
+}
+
+void layoutFault(std::string_view section, std::uint64_t expected, std::uint64_t written) {
+    reportLine(formatText("Layout fault(%.*s:%llu, not %llu)", static_cast<int>(section.size()),
+                          section.data(), static_cast<unsigned long long>(written),
+                          static_cast<unsigned long long>(expected)));
+}
+
+std::string formatText(const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::va_list measured;
+    va_copy(measured, arguments);
+    const int size = std::vsnprintf(nullptr, 0, format, measured);
+    va_end(measured);
+    std::string text(static_cast<std::size_t>(size < 0 ? 0 : size), '\0');
+    std::vsnprintf(text.data(), text.size() + 1, format, arguments);
+    va_end(arguments);
+    return text;
+}
+
+}  // namespace mqf2vxb

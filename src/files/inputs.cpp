@@ -1,0 +1,33 @@
+#include "files/inputs.h"
+
+#include "base/diagnostics.h"
+
+namespace mqf2vxb {
+
+FileContents Inputs::open(const std::string& name) {
+    std::optional<FileContents> contents = files_.read(name);
+    if (!contents) {
+        cannotOpen(name);
+    }
+    names_.push_back(name);
+    if (observer_ != nullptr) {
+        observer_->opened(name, contents->text());
+    }
+    return std::move(*contents);
+}
+
+FileStart Inputs::openStart(const std::string& name, std::size_t most) {
+    if (observer_ != nullptr) {
+        FileContents contents = open(name);
+        const std::size_t size = contents.text().size();
+        return {std::move(contents), size};
+    }
+    std::optional<FileStart> start = files_.readStart(name, most);
+    if (!start) {
+        cannotOpen(name);
+    }
+    names_.push_back(name);
+    return std::move(*start);
+}
+
+}  // namespace mqf2vxb

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "files/file_system.h"
+#include "files/input_observer.h"
+
+namespace mqf2vxb {
+
+/// The longest name, word or label in characters, on the command line and in files.
+inline constexpr std::size_t longestName = 255;
+
+/// The most characters that a text file's line comes back with, its line feed included.
+inline constexpr std::size_t longestLine = 255;
+
+/// The input side of one conversion: opens files with the check, and keeps what passes from one
+/// text file to the next.
+class Inputs {
+public:
+    explicit Inputs(FileSystem& files) : Inputs(files, nullptr) {}
+    /// The observer sees everything that is read; it outlives the inputs.
+    Inputs(FileSystem& files, InputObserver& observer) : Inputs(files, &observer) {}
+
+    /// Reads a whole file; one that cannot be opened is reported.
+    [[nodiscard]] FileContents open(const std::string& name);
+    /// The first `most` bytes of a file at least; all of them when somebody watches.
+    [[nodiscard]] FileStart openStart(const std::string& name, std::size_t most);
+    /// Every file opened so far, in order.
+    [[nodiscard]] const std::vector<std::string>& names() const { return names_; }
+    /// Null when nobody watches.
+    [[nodiscard]] InputObserver* observer() const { return observer_; }
+
+    /// The text line read last, with its line feed when it had one. A text file that is empty
+    /// leaves here what the file before it left. It has room for every line, so that keeping one
+    /// needs no memory that could be missing.
+    std::string lineBuffer;
+
+private:
+    Inputs(FileSystem& files, InputObserver* observer) : files_(files), observer_(observer) {
+        lineBuffer.reserve(longestLine);
+    }
+
+    FileSystem& files_;
+    InputObserver* observer_;
+    std::vector<std::string> names_;
+};
+
+}  // namespace mqf2vxb

@@ -1,6 +1,0 @@
-#include "driver/convert.h"
-
-int main(int argumentCount, char** arguments) {
-    mqf2vxb::run(argumentCount, arguments);
-    return 0;  // after every ending: the reports are the only sign of a failure
-}

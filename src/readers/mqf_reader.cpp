@@ -1,0 +1,82 @@
+#include "readers/mqf_reader.h"
+
+#include <array>
+
+#include "text/line_reader.h"
+#include "text/scan.h"
+
+namespace mqf2vxb {
+namespace {
+
+struct FileKey {
+    std::string_view key;
+    ComponentFile ModelDescription::*file;
+};
+
+constexpr std::array<FileKey, 6> fileKeys{{{"GEO=", &ModelDescription::geo},
+                                           {"SRF=", &ModelDescription::srf},
+                                           {"SQD=", &ModelDescription::sqd},
+                                           {"AXS=", &ModelDescription::axs},
+                                           {"FRM=", &ModelDescription::frm},
+                                           {"BND=", &ModelDescription::bnd}}};
+
+void checkImageSlot(const LineReader& reader, std::int32_t slot, std::int32_t count) {
+    checkIndex(reader.fileName(), slot, count, "PXL file's index is incorrect!");
+}
+
+void checkMotionSlot(const LineReader& /*reader*/, std::int32_t /*slot*/, std::int32_t /*count*/) {
+    // A motion's slot has no check of its own beside the table's.
+}
+
+/// Reads a count line and the block of lines behind it that name the slots of `table`.
+template <class Record, class CheckSlot>
+void readSlots(LineReader& reader, std::string_view countKey, std::string_view slotKey,
+               Table<Record>& table, CheckSlot checkSlot) {
+    constexpr std::size_t shortestSlotLine = 8;
+    std::int32_t count = 0;
+    scanLine(reader, Literal{countKey}, count);
+    reader.checkCount(count, shortestSlotLine, std::string(slotKey.substr(0, 3)) + " lines");
+    table.allocate(static_cast<std::size_t>(count));
+    for (std::int32_t i = 0; i < count; ++i) {
+        reader.requireLine("its " + std::string(slotKey) + "..] lines");
+        std::int32_t slot = 0;
+        std::string name;
+        if (!scanLine(reader, Literal{slotKey}, slot, Literal{"]="}, Word{name})) {
+            reader.refuseLine("not of the form " + std::string(slotKey) + "number]=name");
+        }
+        checkSlot(reader, slot, count);
+        Record& record = table.at(slot);
+        record.name = name;
+        record.named = true;
+    }
+    for (std::size_t i = 0; i < table.size(); ++i) {
+        if (!table[i].named) {
+            reader.refuseFile("no line names " + std::string(slotKey) + std::to_string(i) + "]");
+        }
+    }
+}
+
+}  // namespace
+
+void readModelDescription(Inputs& inputs, const std::string& fileName,
+                          ModelDescription& description, Table<ImageRecord>& images,
+                          Table<MotionRecord>& motions) {
+    description.fileName = fileName;
+    LineReader reader(inputs, fileName, "@MQF970401");
+    while (reader.readLine()) {
+        for (const FileKey& entry : fileKeys) {
+            if (reader.line().starts_with(entry.key)) {
+                ComponentFile& file = description.*entry.file;
+                scanLine(reader, Literal{entry.key}, Word{file.fileName});
+                file.given = true;
+            }
+        }
+        if (reader.line().starts_with("NTEX=")) {
+            readSlots(reader, "NTEX=", "TEX[", images, checkImageSlot);
+        } else if (reader.line().starts_with("NCLP=")) {
+            readSlots(reader, "NCLP=", "CLP[", motions, checkMotionSlot);
+        }
+    }
+}
+
+}  // namespace mqf2vxb

@@ -1,0 +1,201 @@
+#include "readers/srf_reader.h"
+
+#include <span>
+
+#include "text/line_reader.h"
+#include "text/plain_line.h"
+#include "text/scan.h"
+
+namespace mqf2vxb {
+namespace {
+
+constexpr bool isBlank(char c) { return c == ' ' || c == '\t'; }
+
+struct PolygonRange {
+    std::int32_t first;
+    std::int32_t last;
+};
+
+/// Walks the polygon list of one line: numbers and ranges, separated by commas.
+class PolygonList {
+public:
+    PolygonList(const LineReader& reader, std::string_view list) : reader_(reader), rest_(list) {}
+
+    /// Takes the next item; false behind the last.
+    bool next(PolygonRange& range) {
+        if (rest_.empty()) {
+            return false;
+        }
+        range.first = number();
+        range.last = range.first;
+        if (rest_.starts_with('-')) {
+            rest_.remove_prefix(1);
+            range.last = number();
+            if (range.last < range.first) {
+                reader_.refuseLine("range " + std::to_string(range.first) + "-" +
+                                   std::to_string(range.last) + " runs backwards");
+            }
+        }
+        if (rest_.starts_with(',')) {
+            rest_.remove_prefix(1);
+            if (rest_.empty()) {
+                reader_.refuseLine("the polygon list ends with a comma");
+            }
+        } else if (!rest_.empty()) {
+            reader_.refuseLine("\"" + std::string(rest_) + "\" in the polygon list");
+        }
+        return true;
+    }
+
+private:
+    std::int32_t number() {
+        if (rest_.empty() || !isDigit(rest_.front())) {
+            reader_.refuseLine("an item of the polygon list does not begin with a digit");
+        }
+        std::int32_t value = 0;
+        if (scanInteger(rest_, value) == Scanned::outOfRange) {
+            reader_.refuseLine("number does not fit 32 bits");
+        }
+        return value;
+    }
+
+    const LineReader& reader_;
+    std::string_view rest_;
+};
+
+/// The next word between blanks; a line that lacks one is refused.
+std::string_view takeWord(const LineReader& reader, std::string_view& rest) {
+    std::size_t start = 0;
+    while (start < rest.size() && isBlank(rest[start])) {
+        ++start;
+    }
+    std::size_t end = start;
+    while (end < rest.size() && !isBlank(rest[end])) {
+        ++end;
+    }
+    if (start == end) {
+        reader.refuseLine("fewer than four words");
+    }
+    const std::string_view word = rest.substr(start, end - start);
+    rest.remove_prefix(end);
+    return word;
+}
+
+/// Scans the numbers that the kind has; those that are not there are 0.
+void parseMaterialNumbers(const LineReader& reader, std::string_view text, MaterialKind kind,
+                          Table<std::int32_t>& numbers) {
+    LineScanner scanner(reader, text);
+    scanner.scan(std::span(numbers.extend(kind.numbers()), kind.numbers()));
+    scanner.finish();
+}
+
+void addRecords(const LineReader& reader, const PolygonRange& range, std::uint32_t line,
+                Table<MaterialRecord>& records) {
+    const auto number = static_cast<std::size_t>(range.last - range.first) + 1;
+    if (number > mostMaterials - records.size()) {
+        reader.refuseLine("more than 16777216 material records");
+    }
+    for (std::int32_t polygon = range.first;; ++polygon) {
+        MaterialRecord record;
+        record.polygon = polygon;
+        record.line = line;
+        records.append(record);
+        if (polygon == range.last) {
+            break;
+        }
+    }
+}
+
+bool atBlankOrEnd(std::string_view rest) { return rest.empty() || isBlank(rest.front()); }
+
+/// Scans what stands between the polygon list and the numbers: flag, shading and kind. Returns
+/// the rest of the line from the fifth word on, whatever the scan made of the words before.
+std::string_view scanFlagAndLetters(const LineReader& reader, std::string_view rest,
+                                    MaterialLine& line) {
+    LineScanner words(reader, rest);
+    const bool scanned = words.scan(Hex{line.flag});
+    bool plain = scanned && atBlankOrEnd(words.rest());
+    words.scan(Letter{line.shading});
+    plain = plain && atBlankOrEnd(words.rest());
+    words.scan(Letter{line.kind});
+    if (plain && words.complete() && atBlankOrEnd(words.rest())) {
+        return words.rest();
+    }
+    for (int word = 2; word <= 4; ++word) {
+        takeWord(reader, rest);
+    }
+    if (!scanned) {
+        reader.refuseLine("flag is not a hexadecimal number");
+    }
+    return rest;
+}
+
+/// Adds a line and the records of its polygon list; the line's numbers are in the table already.
+void addLine(const LineReader& reader, const MaterialLine& line, std::string_view list,
+             MaterialTable& materials) {
+    const auto index = static_cast<std::uint32_t>(materials.lines.size());
+    materials.lines.append(line);
+    PolygonList items(reader, list);
+    PolygonRange range{};
+    while (items.next(range)) {
+        addRecords(reader, range, index, materials.records);
+    }
+}
+
+/// Reads the next line when it is plain and whole; false when it has to be read the general way.
+bool readPlainLine(LineReader& reader, MaterialTable& materials) {
+    PlainLine plain(reader);
+    MaterialLine line;
+    std::string_view list;
+    if (!plain || !plain.scanNumberWord(list) || !plain.scan(Hex{line.flag}) ||
+        !plain.atBlankOrEnd() || !plain.scan(Letter{line.shading}) || !plain.atBlankOrEnd() ||
+        !plain.scan(Letter{line.kind}) || !plain.atBlankOrEnd()) {
+        return false;
+    }
+    line.firstNumber = materials.numbers.size();
+    const std::size_t number = materialKind(line.kind).numbers();
+    if (!plain.scan(std::span(materials.numbers.extend(number), number)) || !plain.finish(reader)) {
+        materials.numbers.shrink(line.firstNumber);
+        return false;
+    }
+    addLine(reader, line, list, materials);
+    return true;
+}
+
+void readMaterialLine(const LineReader& reader, MaterialTable& materials) {
+    std::string_view rest = reader.line();
+    const std::string_view list = takeWord(reader, rest);
+    const std::size_t flag = rest.find_first_not_of(" \t");
+    if (flag != std::string_view::npos && (rest[flag] == '-' || rest[flag] == ',')) {
+        reader.refuseLine("a blank inside the polygon list");
+    }
+
+    MaterialLine line;
+    rest = scanFlagAndLetters(reader, rest, line);
+    line.firstNumber = materials.numbers.size();
+    parseMaterialNumbers(reader, rest, materialKind(line.kind), materials.numbers);
+    addLine(reader, line, list, materials);
+}
+
+}  // namespace
+
+void readMaterials(Inputs& inputs, const std::string& fileName, MaterialTable& materials) {
+    constexpr std::size_t shortestLine = 8;  // "0 0 F X" and its line feed
+    LineReader reader(inputs, fileName, "@SRF970401");
+    reader.requireLine("its count");
+    std::int32_t lines = 0;
+    scanLine(reader, lines);
+    reader.checkCount(lines, shortestLine, "material lines");
+    materials.lines.reserve(static_cast<std::size_t>(lines));
+    materials.records.reserve(static_cast<std::size_t>(lines));
+    // Room for as many numbers as most files have: a quarter of their characters.
+    materials.numbers.reserve(reader.rest().size() / 4);
+    for (std::int32_t i = 0; i < lines; ++i) {
+        if (!readPlainLine(reader, materials)) {
+            reader.requireLine("its last material line");
+            readMaterialLine(reader, materials);
+        }
+    }
+}
+
+}  // namespace mqf2vxb

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <string>
+
+#include "files/file_system.h"
+#include "files/inputs.h"
+#include "model/model.h"
+#include "model/options.h"
+
+namespace mqf2vxb {
+
+/// Reads every file of the model into its tables.
+void readModel(const std::string& mqfName, Inputs& inputs, Model& model);
+
+/// Makes of the tables what the file needs: type codes, bodies and headers, image types, numbers
+/// of the animation, the shared blocks. From then on no table changes.
+void organiseModel(const RunOptions& options, Model& model);
+
+/// Refuses an output name that is the same file as an input or as the other output.
+void checkOutputNames(const RunOptions& options, const Inputs& inputs, const FileSystem& files);
+
+/// Converts one model. A conversion is a function of its options and its files: any number may run
+/// in one process, also side by side. Throws a Report when it fails.
+void convert(RunOptions options, const std::string& mqfName, FileSystem& files);
+
+/// The whole program: banner, options, conversion; what there is to say goes to standard output.
+void run(int argumentCount, const char* const* arguments);
+
+}  // namespace mqf2vxb

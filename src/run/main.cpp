@@ -1,0 +1,6 @@
+#include "run/convert.h"
+
+int main(int argumentCount, char** arguments) {
+    mqf2vxb::run(argumentCount, arguments);
+    return 0;  // after every ending: the reports are the only sign of a failure
+}

@@ -1,0 +1,94 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "base/diagnostics.h"
+#include "files/inputs.h"
+
+namespace mqf2vxb {
+
+/// Reads the data lines of one text file, past comments and empty lines.
+class LineReader {
+public:
+    /// Opens the file and checks that it begins with the ID line `id`.
+    LineReader(Inputs& inputs, const std::string& fileName, std::string_view id);
+    ~LineReader();
+    LineReader(const LineReader&) = delete;
+    LineReader& operator=(const LineReader&) = delete;
+
+    /// Goes to the next data line; false at the end of the file.
+    bool readLine();
+    /// Goes to the next data line; a file that ends before it is refused. `what` names the line.
+    void requireLine(std::string_view what);
+
+    /// The current line without its line feed. A longer line than 255 characters comes in parts.
+    [[nodiscard]] std::string_view line() const { return line_; }
+    /// The current line is a part of a longer one.
+    [[nodiscard]] bool isPart() const { return part_; }
+    /// The longer line goes on behind the current part.
+    [[nodiscard]] bool isCut() const { return cut_; }
+
+    /// The scan of the current line has more to do at its end: the line is a part of a longer one,
+    /// or somebody watches.
+    [[nodiscard]] bool isSpecial() const { return part_ || observer() != nullptr; }
+    [[nodiscard]] InputObserver* observer() const { return inputs_.observer(); }
+
+    // A scan that finds the end of its line by itself takes the next line with these two.
+
+    /// The next line, which may be any; null when it is not to be taken whole, for it is a part of
+    /// a longer one, or somebody watches.
+    [[nodiscard]] const char* wholeLine() const {
+        return cut_ || observer() != nullptr ? nullptr : text().data() + next_;
+    }
+    /// Makes the data line from wholeLine() to this line feed the current one; false when it is
+    /// too long for one line.
+    bool takeWholeLine(const char* feed) {
+        const char* const start = text().data() + next_;
+        const auto size = static_cast<std::size_t>(feed - start) + 1;
+        if (size > longestLine) {
+            return false;
+        }
+        line_ = {start, feed - (feed != start && feed[-1] == '\r' ? 1 : 0)};
+        lineFeed_ = true;
+        part_ = false;
+        next_ += size;
+        return true;
+    }
+
+    /// Refuses a count that is negative, or larger than the rest of the file can hold when each
+    /// record takes at least `recordSize` characters.
+    void checkCount(std::int64_t count, std::size_t recordSize, std::string_view what) const;
+
+    /// Refuses the current line.
+    [[noreturn]] void refuseLine(const std::string& cause) const;
+    /// Refuses the file as a whole.
+    [[noreturn]] void refuseFile(const std::string& cause) const;
+
+    /// What follows the current line, for readers that go on by characters.
+    [[nodiscard]] std::string_view rest() const { return text().substr(next_); }
+    /// The number of the line that holds this place of the file.
+    [[nodiscard]] std::int64_t lineNumber(const char* place) const;
+    [[nodiscard]] const std::string& fileName() const { return fileName_; }
+
+private:
+    void readRawLine();
+    [[nodiscard]] bool isDataLine() const;
+    void checkId(std::string_view id) const;
+    [[nodiscard]] std::string lineWithEnd() const;
+    [[nodiscard]] std::string_view text() const { return contents_.text(); }
+
+    Inputs& inputs_;
+    std::string fileName_;
+    FileContents contents_;
+    std::size_t next_ = 0;  // where the line after the current one starts
+    std::string_view line_;
+    bool lineFeed_ = false;
+    bool part_ = false;
+    bool cut_ = false;
+    bool readAny_ = false;
+};
+
+}  // namespace mqf2vxb

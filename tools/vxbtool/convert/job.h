@@ -1,0 +1,36 @@
+#pragma once
+
+#include <filesystem>
+#include <set>
+#include <string>
+
+#include "model/options.h"
+#include "vxbtool/convert/signals.h"
+
+namespace vxbtool {
+
+/// One model to convert.
+struct ConvertJob {
+    std::string model;
+    mqf2vxb::RunOptions options;  ///< with the output's complete name
+    std::string depfile;          ///< empty: none
+    std::string base;             ///< where relative component names are opened; empty: here
+    bool lint = false;
+};
+
+/// What the jobs of one run have in common.
+struct ConvertRun {
+    std::set<std::filesystem::path> outputs;  ///< final targets of every output of every job
+    TemporaryFiles temporaryFiles;
+    bool sourceLines = false;  ///< findings of lint show the line they are about
+};
+
+struct ConvertOutcome {
+    bool converted = false;
+    std::string messages;  ///< for standard error, every line ended
+};
+
+/// Converts one model. Its outputs appear all whole or, when it fails, not at all.
+ConvertOutcome convertModel(const ConvertJob& job, ConvertRun& run);
+
+}  // namespace vxbtool

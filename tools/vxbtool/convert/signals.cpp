@@ -1,0 +1,102 @@
+#include "vxbtool/convert/signals.h"
+
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <fmt/core.h>
+
+namespace vxbtool {
+namespace {
+
+/// Ends the watching thread.
+constexpr int wakeUp = SIGUSR1;
+
+}  // namespace
+
+std::string TemporaryFiles::reserve(const std::string& folder) {
+    constexpr int mostTries = 1000;  // names that an earlier, killed run left behind
+    const std::lock_guard lock(mutex_);
+    for (int i = 0; i < mostTries; ++i) {
+        // Not made from the output's name, which may be as long as names can be.
+        const std::string leaf = fmt::format(".vxbtool-{}-{}.tmp", ::getpid(), ++counter_);
+        std::string name = std::filesystem::path(folder) / leaf;
+        const int file = ::open(name.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0666);
+        if (file >= 0) {
+            ::close(file);
+            names_.insert(name);
+            return name;
+        }
+        if (errno != EEXIST) {
+            break;
+        }
+    }
+    return {};
+}
+
+bool TemporaryFiles::rename(const std::string& file, const std::string& target) {
+    const std::lock_guard lock(mutex_);
+    if (std::rename(file.c_str(), target.c_str()) != 0) {
+        return false;
+    }
+    names_.erase(file);
+    return true;
+}
+
+void TemporaryFiles::remove(const std::string& file) {
+    const std::lock_guard lock(mutex_);
+    if (names_.erase(file) != 0) {
+        ::unlink(file.c_str());
+    }
+}
+
+std::unique_lock<std::mutex> TemporaryFiles::removeAll() {
+    std::unique_lock lock(mutex_);
+    for (const std::string& name : names_) {
+        ::unlink(name.c_str());
+    }
+    names_.clear();
+    return lock;
+}
+
+SignalWatch::SignalWatch(TemporaryFiles& files) : files_(files) {
+    ::sigemptyset(&signals_);
+    ::sigaddset(&signals_, wakeUp);
+    for (const int signal : std::array{SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction action {};
+        ::sigaction(signal, nullptr, &action);
+        if (action.sa_handler != SIG_IGN) {
+            ::sigaddset(&signals_, signal);
+        }
+    }
+    ::pthread_sigmask(SIG_BLOCK, &signals_, &before_);
+    // A reader of the reports that goes away must not leave temporary files behind.
+    std::signal(SIGPIPE, SIG_IGN);
+    thread_ = std::thread([this] { watch(); });
+}
+
+SignalWatch::~SignalWatch() {
+    ending_ = true;
+    ::pthread_kill(thread_.native_handle(), wakeUp);
+    thread_.join();
+    ::pthread_sigmask(SIG_SETMASK, &before_, nullptr);
+}
+
+void SignalWatch::watch() {
+    int signal = 0;
+    ::sigwait(&signals_, &signal);
+    if (signal == wakeUp && ending_) {
+        return;
+    }
+    const std::unique_lock lock = files_.removeAll();
+    // The shell is to see that the signal ended the program.
+    std::signal(signal, SIG_DFL);
+    ::pthread_sigmask(SIG_UNBLOCK, &signals_, nullptr);
+    ::raise(signal);
+}
+
+}  // namespace vxbtool

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "files/file_system.h"
+#include "vxbtool/shared/finding_report.h"
+
+namespace vxbtool::lint {
+
+/// Everything that converts in this model at this scale and is surely not meant. A model that does
+/// not convert has that as its first finding, an error, and beside it only what its text shows when
+/// the conversion ended before the tables were final.
+std::vector<ReportedFinding> lintModel(const std::string& mqfName, float scale,
+                                       mqf2vxb::FileSystem& files);
+
+}  // namespace vxbtool::lint

@@ -1,0 +1,111 @@
+#include "vxbtool/packet_forms/packet_form_tables.h"
+
+#include <array>
+#include <cstdio>
+#include <string_view>
+
+#include <CLI/CLI.hpp>
+#include <fmt/core.h>
+
+#include "format/packet_forms.h"
+
+namespace vxbtool {
+namespace {
+
+using mqf2vxb::Field;
+using mqf2vxb::PacketFamily;
+using mqf2vxb::PacketForm;
+using mqf2vxb::PacketWord;
+using mqf2vxb::PacketWords;
+
+constexpr std::string_view introduction = R"(# Packet forms
+
+The words of the packets of each type code. The bits 0x01000000 (shared), 0x00200000 and 0x00100000
+of a code change no form.
+
+`[low, high]` are the two halves of a word; a name without brackets fills its word. V and N are the
+vertex and normal indices of the corners, T their texture coordinates (u in bits 0 to 7, v in bits 8
+to 15), C their colour words, CLUT the position of the colour table, PAGE the texture page, W the
+texture window, 0 a zero half and Z a zero word. Every polygon begins with the opening words. A
+strip begins with a word that counts its polygons; its first polygon has the words of "packet", each
+further one those of "further".
+
+This page is made from the program: `vxbtool packet-forms > docs/packet-forms.md`.
+)";
+
+struct Heading {
+    PacketFamily family;
+    std::string_view text;
+};
+
+constexpr std::array<Heading, 5> headings{{
+    {PacketFamily::lit, "Lit"},
+    {PacketFamily::window, "Lit with a texture window"},
+    {PacketFamily::unlit, "Unlit"},
+    {PacketFamily::unlitWindow, "Unlit with a texture window"},
+    {PacketFamily::doubleImage, "Double image"},
+}};
+
+std::string_view fieldName(Field field) {
+    constexpr std::array<std::string_view, mqf2vxb::fieldNum> names{
+        "0",  "V0", "V1", "V2",   "V3",   "N0", "N1", "N2", "N3", "T0",
+        "T1", "T2", "T3", "CLUT", "PAGE", "C0", "C1", "C2", "C3", "W"};
+    return names[static_cast<std::size_t>(field)];
+}
+
+std::string wordText(PacketWord word) {
+    if (word.low == Field::zero && word.high == Field::zero) {
+        return "Z";
+    }
+    if (mqf2vxb::isWholeWord(word.low)) {
+        return std::string(fieldName(word.low));
+    }
+    return fmt::format("[{}, {}]", fieldName(word.low), fieldName(word.high));
+}
+
+std::string wordsText(const PacketWords& words) {
+    std::string text;
+    for (const PacketWord word : words) {
+        text += (text.empty() ? "" : " ") + wordText(word);
+    }
+    return text;
+}
+
+std::string rowOf(const PacketForm& form) {
+    if (form.strip()) {
+        return fmt::format("| 0x{:05x} | {} | {} | {} | {}, {} |\n", form.code,
+                           wordsText(form.opening), wordsText(form.packet), wordsText(form.further),
+                           form.size(), form.furtherSize());
+    }
+    return fmt::format("| 0x{:05x} | {} | {} | | {} |\n", form.code, wordsText(form.opening),
+                       wordsText(form.packet), form.size());
+}
+
+}  // namespace
+
+std::string packetFormDocument() {
+    std::string document(introduction);
+    for (const Heading& heading : headings) {
+        document += fmt::format("\n## {}\n\n| Code | Opening | Packet | Further | Words |\n"
+                                "|---|---|---|---|---|\n",
+                                heading.text);
+        for (const PacketForm& form : mqf2vxb::packetForms()) {
+            if (form.family == heading.family) {
+                document += rowOf(form);
+            }
+        }
+    }
+    return document;
+}
+
+void addPacketFormTables(CLI::App& app, Session& session) {
+    CLI::App* command =
+        app.add_subcommand("packet-forms", "Prints docs/packet-forms.md")->group("");
+    command->callback([&session] {
+        const std::string document = packetFormDocument();
+        std::fwrite(document.data(), 1, document.size(), stdout);
+        session.status = ExitStatus::good;
+    });
+}
+
+}  // namespace vxbtool

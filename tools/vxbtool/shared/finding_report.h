@@ -1,0 +1,73 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "vxb/findings.h"
+#include "vxbtool/shared/session.h"
+
+namespace vxbtool {
+
+/// A finding of "check" or "lint" as the reports show it.
+struct ReportedFinding {
+    std::string code;
+    mqf2vxb::Severity severity = mqf2vxb::Severity::warning;
+    std::string text;  ///< one line without its end
+    std::string file;
+    // Where in a text file, counted from 1; 0 is not known.
+    std::int64_t line = 0;
+    std::int64_t column = 0;
+    std::optional<std::uint32_t> offset = {};  ///< where in a VXB file, in words
+    std::string place = {};                    ///< what stands there, for instance "coordinate 3"
+    /// The value to blame and the right one, as far as the kind of finding has them.
+    std::optional<std::uint32_t> found = {}, expected = {};
+    std::size_t occurrences = 1;            ///< findings that this one stands for, itself counted
+    std::vector<std::int64_t> others = {};  ///< lines or word offsets of the first of the others
+    std::string source = {};                ///< the text of the line
+};
+
+/// What was found in one file of the command line and in the files that it names.
+struct FileReport {
+    std::string name;
+    std::vector<ReportedFinding> findings;
+
+    [[nodiscard]] std::size_t count(mqf2vxb::Severity severity) const;
+};
+
+/// The options that every command with findings has.
+struct ReportOptions {
+    bool json = false;
+    bool werror = false;
+    bool all = false;              ///< findings are not folded
+    std::vector<std::string> off;  ///< codes that are not reported
+};
+
+/// Adds the options. `codes`, at least one and in their order, are those that "-W" takes.
+void addReportOptions(CLI::App& command, ReportOptions& options, std::vector<std::string> codes);
+
+/// Leaves out what `options` turns off and, unless they ask for all, folds equal findings into the
+/// first of them. Findings are equal when they have one code and lie in one file.
+void selectFindings(std::vector<ReportedFinding>& findings, const ReportOptions& options);
+
+/// Text for people: the control characters in it must not reach the terminal.
+std::string printable(std::string_view text);
+/// "1 error", "2 errors".
+std::string counted(std::size_t number, std::string_view what);
+
+/// The report for people, every line ended; `sourceLines` adds the line and a caret below it.
+/// Empty when nothing was found.
+std::string humanReport(std::span<const FileReport> files, bool sourceLines);
+/// The report for machines, as docs/json-schema.md describes it.
+std::string jsonReport(std::string_view command, std::span<const FileReport> files, bool werror);
+
+/// Prints the report that the options ask for on standard output; returns what the program ends
+/// with.
+ExitStatus printReport(std::string_view command, std::span<const FileReport> files,
+                       const ReportOptions& options);
+
+}  // namespace vxbtool

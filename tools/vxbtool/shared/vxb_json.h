@@ -1,0 +1,18 @@
+#pragma once
+
+#include <optional>
+
+#include "vxb/vxb_file.h"
+#include "vxbtool/shared/json_output.h"
+
+namespace vxbtool {
+
+template <class Value>
+Json orNull(const std::optional<Value>& value) {
+    return value ? Json(*value) : Json(nullptr);
+}
+
+/// An image and its lookup table without their data.
+Json imageJson(const mqf2vxb::Image& image);
+
+}  // namespace vxbtool
