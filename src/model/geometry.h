@@ -25,7 +25,7 @@ struct VertexRecord {
 /// A normal has the fields of a vertex; x, y and z are its vector.
 using NormalRecord = VertexRecord;
 
-/// The kinds of polygon; any other number is none of them.
+/// The polygon types that the format knows. A file may hold any other number too.
 namespace polygon_type {
 inline constexpr std::int32_t triangle = 0;
 inline constexpr std::int32_t quadrangle = 1;
@@ -41,10 +41,11 @@ struct PolygonRecord {
     std::array<std::int32_t, 4> normal{};
 };
 
-/// The vertices of groups that no coordinate carries.
+/// Vertices that belong to no coordinate, because no coordinate carries the group that names them.
 struct OrphanVertices {
     std::vector<std::string> groups;
-    std::unordered_map<std::int32_t, std::size_t> groupOfVertex;  ///< latest group, in `groups`
+    std::unordered_map<std::int32_t, std::size_t>
+        groupOfVertex;  ///< the last that names it, an index into `groups`
 };
 
 /// How many vertices a polygon of this type has; 0 for a type that is none of the four.

@@ -45,7 +45,7 @@ struct MaterialKind {
 
 /// The kind of a letter; one that is none of the eight has no numbers.
 constexpr MaterialKind materialKind(char letter) {
-    // A table: no processor predicts the jumps of a switch over the letters of many materials.
+    // A table, because the jumps of a switch over the letters of many materials are unpredictable.
     constexpr std::array<MaterialKind, 'X' - 'C'> kinds = [] {
         std::array<MaterialKind, 'X' - 'C'> table{};
         table['C' - 'C'] = {false, false, 1};
@@ -76,8 +76,8 @@ struct MaterialLine {
     std::size_t firstNumber = 0;  ///< index into MaterialTable::numbers
 };
 
-/// How one line of the SRF file makes its polygons look: a view, good as long as the table is.
-/// Numbers that the kind does not have are 0.
+/// What one line of the SRF file says of its polygons' look: a view into the material table, which
+/// has to outlive it. Numbers that the kind does not have are 0.
 class MaterialAppearance {
 public:
     /// `numbers` are those of the line's kind, in the order of the file.
@@ -140,8 +140,8 @@ struct MaterialRecord {
     std::uint32_t group = 0;   ///< packet group that it is written in, unless in a strip
 };
 
-/// The Material Data Base. The polygons of one SRF line look the same, so that what the line says
-/// is stored once, and of its numbers those that its kind has.
+/// The Material Data Base. All polygons of one SRF line look the same, so the line is stored once,
+/// with only the numbers that its kind has.
 struct MaterialTable {
     Table<MaterialRecord> records{"Material Data Base"};
     Table<MaterialLine> lines{"Material Data Base"};

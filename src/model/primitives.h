@@ -11,7 +11,7 @@ namespace mqf2vxb {
 /// The packets of one code in one body: one packet group of the output. The groups of a model are
 /// counted from 0 in the order of the bodies and, in a body, of its entries.
 struct PrimitiveTypeEntry {
-    std::uint32_t primIndex = 0;  ///< ordinal of the group; the shared body counts on its own
+    std::uint32_t primIndex = 0;  ///< number of the group; the shared body starts at 0 again
     PrimitiveTypeCode type = 0;
     std::uint32_t polyNum = 0;  ///< polygons, or meshes in a run with a BND file
 };
@@ -27,7 +27,7 @@ struct CoordinatePrimitiveHeader {
     std::int32_t coord = 0;
     std::uint32_t sharedVertexNum = 0;
     std::uint32_t sharedNormalNum = 0;
-    /// Copies of those of every body drawn under `coord`.
+    /// The entries of every body that is drawn under `coord`, copied.
     Table<PrimitiveTypeEntry> maltype{"primh->maltype", "check2"};
 };
 

@@ -151,7 +151,7 @@ void assignNormalCoordinates(Model& model) {
             const std::int32_t index = polygon.normal[k];
             const bool outside =
                 index < 0 || static_cast<std::size_t>(index) >= model.normals.size();
-            // An unlit polygon's packets carry no normals, so that it may name any.
+            // An unlit polygon's packets carry no normals, so it may name normals that do not exist.
             if (outside && appearance.unlit()) {
                 continue;
             }

@@ -11,8 +11,8 @@
 namespace mqf2vxb {
 namespace {
 
-/// A pivot that the vertices of one list have subtracted, once for each of its coordinate's places
-/// in the list.
+/// A pivot to subtract from every vertex of one coordinate list, once for each time that its
+/// coordinate stands in the list.
 struct ListPivot {
     std::uint32_t pivot;
     std::uint32_t times;
@@ -54,8 +54,8 @@ private:
     std::vector<ListPivot> found_;
 };
 
-/// Rounding makes each subtraction's place in the order count, so that many pivots of one
-/// coordinate cannot be put together: a ceiling keeps short files from asking for hours.
+/// The order of the subtractions matters, because each of them rounds; so the pivots of one
+/// coordinate cannot be added up beforehand. This ceiling keeps short files from taking hours.
 constexpr std::uint64_t mostSubtractions = std::uint64_t{1} << 30U;
 
 std::uint64_t subtractions(const std::vector<ListPivot>& pivots) {
@@ -78,7 +78,7 @@ void subtract(const Table<PivotRecord>& pivots, const std::vector<ListPivot>& li
     }
 }
 
-/// The vertices by their lists.
+/// The numbers of all vertices, those with the same list side by side.
 std::vector<std::uint32_t> verticesByList(const Model& model) {
     const auto listOf = [](const VertexRecord& vertex) {
         return static_cast<std::size_t>(vertex.cno);

@@ -30,8 +30,8 @@ void writeCoordinateSection(const Model& model, const OutputLayout& layout,
         const auto& e = coordinate.extra;
         const auto parent = static_cast<std::size_t>(coordinate.parent);
 
-        // The words between translation and extra are as many as those of matrix and translation
-        // and stay zero; so does the first word.
+        // Between translation and extra is room for a second matrix and translation, which the
+        // file leaves zero like the first word of the record.
         const std::array<std::uint32_t, format::coordinateSize - 1> words{
             pair(m[0], m[1]),
             pair(m[2], m[3]),

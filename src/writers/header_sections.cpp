@@ -42,7 +42,7 @@ void writeSharedGlobalHeader(const Model& model, const OutputLayout& layout,
 }
 
 void writeAnimationGlobalHeader(const OutputLayout& layout, OutputWordStream& stream) {
-    // The size stands here twice, and counts both.
+    // The format has two size words here, and the size counts both.
     for (int i = 0; i < 2; ++i) {
         stream.putWord(layout.animationHeader.size - 1,
                        "/* Animation Primitive Global Header Size */");
@@ -59,7 +59,7 @@ void writeImageGlobalHeader(const OutputLayout& layout, OutputWordStream& stream
     stream.putWord(layout.clutTop > 0 ? layout.clutTop | bit31 : 0, "/* Clut Top */");
 }
 
-/// The packet groups that `primIndex` counts, and the offset that their own are told from.
+/// The packet groups that `primIndex` numbers, and where the file's Primitive Index words count from.
 struct PacketTop {
     std::span<const std::uint32_t> groups;
     std::uint32_t offset;
@@ -146,7 +146,7 @@ void writeBlockTable(const Model& model, const OutputLayout& layout, OutputWordS
         std::uint32_t top = 0;
         if (model.coordinates[c].hasObjects) {
             const auto header = headerOf.find(coordinate);
-            // One whose objects are not drawn points behind the headers of the others.
+            // Objects, but nothing to draw: the word points behind the headers of all coordinates.
             top = header == headerOf.end() ? layout.sharedPrimitiveHeader : header->second;
         }
         stream.putWord(top, "/* Coordinate%d Primitive Top */", coordinate);

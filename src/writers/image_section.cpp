@@ -63,7 +63,7 @@ void writeImageSection(const Model& model, const OutputLayout& layout, FileSyste
     // The first word of each data area alone carries the area's comment.
     stream.checkPosition(layout.imageTop, "image data");
     std::string_view comment = "/* Image Top */";
-    std::string cluts;  // of all images: those that have one are of one type
+    std::string cluts;  // in slot order: all images with a CLUT are of one type
     for (const PixelTypeEntry& entry : model.malimage.malpxltype) {
         for (const std::size_t slot : entry.images) {
             const ImageRecord& image = model.images[slot];

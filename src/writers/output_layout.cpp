@@ -78,7 +78,7 @@ void placeGlobalHeaders(const Model& model, Walk& walk, OutputLayout& layout) {
     layout.sharedHeader =
         placeGlobalHeader(walk, primitives.hasShared(), format::sharedGlobalHeaderSize,
                           countFirstHeaders(model, layout, false));
-    // Every motion moves coordinates, so that their top is always told.
+    // Every motion moves coordinates, so its header always has a Coordinate Top word.
     layout.animationHeader =
         placeGlobalHeader(walk, !model.motions.empty(), format::animationGlobalHeaderSize, 1);
     layout.imageHeader =

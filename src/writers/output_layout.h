@@ -32,7 +32,7 @@ struct OutputLayout {
 
     /// The first header of every `malprimh` entry, in table order.
     std::vector<std::uint32_t> coordinateHeaders;
-    /// Behind all of these.
+    /// Behind all of them, also when there is no shared polygon.
     std::uint32_t sharedPrimitiveHeader = 0;
 
     std::uint32_t independentPrimitiveTop = 0;
@@ -63,7 +63,7 @@ struct OutputLayout {
 
 /// Whether the model draws a polygon that is not shared.
 bool hasIndependentPolygons(const Model& model);
-/// The images are written: they are wanted and there are some.
+/// Whether the file has an image section: images are wanted, and the model has some.
 bool imagesWritten(const Model& model);
 
 /// Sums up the sizes of everything in the file. Reports a type without a size rule and a file
