@@ -106,6 +106,12 @@ TEST(Reader, NamesTheFaultOfADamagedFile) {
     Words plain = convertFiles(triangle).words();
     plain.push_back(0);
     reports += show(readWords(plain));
+    ModelFiles strip;  // a smooth one with a flat sprite of 70 x 80
+    strip.geo = "4 1 2;0;0;0;0;0 0 1;0 0 1 2 0 0 0 0 0;3 3 70 80 0 0 9 9 0";
+    strip.srf = "2;0 0 G T 0;1 0 F T 0";
+    strip.bnd = "1;2 0 1";
+    strip.images = {image(2, {0, 0})};
+    reports += show(readWords(convertFiles(strip).words()));
     for (const FindingKind* kind : findingKinds()) {
         EXPECT_TRUE(reports.find(kind->code()) != std::string::npos || kind == &finding::tooLong ||
                     kind == &finding::unreadable)

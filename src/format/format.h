@@ -19,9 +19,11 @@ inline constexpr std::uint32_t coordinatePointer = 0x0400;
 /// The largest number and size in a word that holds both.
 inline constexpr std::uint32_t largestNumber = 0x7FFF;
 inline constexpr std::uint32_t largestSize = 0xFFFF;
-/// The largest vertex or normal index in a packet.
-inline constexpr std::int32_t largestIndex = 0xFFFF;
-inline constexpr std::int32_t largestColour = 0xFF;
+/// Whether a packet's field holds a vertex or normal index, or each of those whose bits are joined in
+/// `bits`.
+constexpr bool indexFits(std::uint32_t bits) { return bits <= 0xFFFF; }
+/// The same for a component of a colour.
+constexpr bool colourFits(std::uint32_t bits) { return bits <= 0xFF; }
 
 inline constexpr std::uint64_t fileHeaderSize = 4;
 /// One block before the coordinates, one for each, one after them.

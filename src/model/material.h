@@ -137,7 +137,10 @@ struct MaterialRecord {
     CoordinateListId cno = CoordinateListId::origin;
     std::int32_t polygon = 0;  ///< index into the Polygon Data Base
     std::uint32_t line = 0;    ///< index into MaterialTable::lines
-    std::uint32_t group = 0;   ///< packet group that it is written in, unless in a strip
+    std::uint32_t group = 0;   ///< packet group that it is written in by itself, or `noGroup`
+
+    /// The polygon is written in a strip, or, in a model with meshes, with another record.
+    static constexpr std::uint32_t noGroup = 0xFFFFFFFFU;
 };
 
 /// The Material Data Base. All polygons of one SRF line look the same, so the line is stored once,

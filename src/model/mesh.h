@@ -14,6 +14,7 @@ struct MeshRecord {
     std::uint32_t firstPolygon = 0;  ///< index into Model::meshPolygons
     std::uint32_t polyNum = 0;
     std::uint32_t group = 0;  ///< packet group that it is written in
+    bool repeats = false;     ///< it names a polygon more than once
 };
 
 /// A polygon of a mesh.

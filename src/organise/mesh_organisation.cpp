@@ -1,36 +1,41 @@
 #include "organise/mesh_organisation.h"
 
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
+
+#include "format/packet_forms.h"
 
 namespace mqf2vxb {
 namespace {
 
-/// The materials and meshes of the polygons by polygon number.
+/// The materials and meshes of the polygons by polygon number. Of several materials of a polygon
+/// the first counts.
 class PolygonUse {
 public:
     explicit PolygonUse(const Model& model) : model_(model), uses_(model.polygons.size()) {
-        for (std::size_t m = 0; m < model.materials.records.size(); ++m) {
+        for (std::uint32_t m = 0; m < model.materials.records.size(); ++m) {
             Use& use = useOf(model.materials.records[m].polygon);
-            use.material = use.material == none ? static_cast<std::uint32_t>(m) : several;
+            if (use.material == none) {
+                use.material = m;
+            } else {
+                further_.push_back(m);
+            }
         }
     }
 
-    /// The one material of a polygon of a mesh.
-    std::uint32_t take(std::size_t mesh, std::int32_t polygon) {
-        if (static_cast<std::size_t>(polygon) >= uses_.size()) {  // a negative number too
+    /// The material of a polygon of a mesh; `repeated` is set when the mesh has the polygon already.
+    std::uint32_t take(std::size_t mesh, std::int32_t polygon, bool& repeated) {
+        // A negative number is none of the table's either.
+        if (static_cast<std::size_t>(polygon) >= uses_.size() || useOf(polygon).material == none) {
             refuse(mesh, polygon, "no material");
         }
         Use& use = useOf(polygon);
-        if (use.material == none || use.material == several) {
-            refuse(mesh, polygon, use.material == none ? "no material" : "two materials");
-        }
-        if (use.mesh == mesh) {
-            refuse(mesh, polygon, "a second place in the mesh");
-        }
-        if (use.mesh != none) {
+        if (use.mesh != none && use.mesh != mesh) {
             refuse(mesh, polygon, "a place in mesh " + std::to_string(use.mesh) + " too");
         }
+        repeated = repeated || use.mesh == mesh;
         use.mesh = static_cast<std::uint32_t>(mesh);
         return use.material;
     }
@@ -45,6 +50,29 @@ public:
         }
     }
 
+    /// Refuses a further material of a polygon that belongs to a packet group of meshes of one
+    /// polygon. The group holds the packets of all materials of its code and list, and the file
+    /// counts its meshes: the two would disagree.
+    void checkFurtherMaterials() const {
+        if (further_.empty()) {
+            return;
+        }
+        std::set<std::pair<CoordinateListId, PrimitiveTypeCode>> groups;
+        for (const MeshRecord& mesh : model_.meshes) {
+            if (mesh.polyNum == 1 && findPacketForm(mesh.type) != nullptr) {
+                groups.emplace(mesh.cno, mesh.type);
+            }
+        }
+        for (const std::uint32_t m : further_) {
+            const MaterialRecord& material = model_.materials.records[m];
+            if (groups.contains({material.cno, material.type})) {
+                notCorrectData({model_.description.srf.fileName},
+                               "polygon " + std::to_string(material.polygon) +
+                                   " has a second material, whose packet no mesh counts");
+            }
+        }
+    }
+
     [[noreturn]] void refuse(std::size_t mesh, std::int32_t polygon,
                              const std::string& what) const {
         notCorrectData(place(), "polygon " + std::to_string(polygon) + " of mesh " +
@@ -54,7 +82,6 @@ public:
 
 private:
     static constexpr std::uint32_t none = 0xFFFFFFFFU;
-    static constexpr std::uint32_t several = none - 1;
 
     struct Use {
         std::uint32_t material = none;
@@ -64,6 +91,7 @@ private:
 
     const Model& model_;
     std::vector<Use> uses_;
+    std::vector<std::uint32_t> further_;  // materials that are not the first of their polygon
 };
 
 }  // namespace
@@ -77,7 +105,7 @@ void organiseMeshes(Model& model) {
         }
         for (std::uint32_t k = 0; k < mesh.polyNum; ++k) {
             MeshPolygon& polygon = model.meshPolygons[mesh.firstPolygon + k];
-            polygon.material = use.take(i, polygon.number);
+            polygon.material = use.take(i, polygon.number, mesh.repeats);
             MaterialRecord& material = model.materials.records[polygon.material];
             if (k == 0) {
                 mesh.type = material.type | (mesh.polyNum > 1 ? type_code::strip : 0);
@@ -93,6 +121,7 @@ void organiseMeshes(Model& model) {
         }
     }
     use.checkAllTaken();
+    use.checkFurtherMaterials();
 }
 
 }  // namespace mqf2vxb

@@ -34,66 +34,50 @@ bool fillsColours(const PacketForm& form, const DrawnPolygon& drawn) {
     }
 }
 
+/// Whether the polygon's colour words end the run, because its type has no drawing code.
+bool endsAtColours(const PacketForm& form, const DrawnPolygon& drawn) {
+    const bool coloured = form.family != PacketFamily::window || drawn.appearance.colourPerVertex();
+    return !hasDrawingCode(drawn.type) && form.colours > 0 && coloured;
+}
+
+/// Whether nothing else is made of the polygon before its colour words.
+bool coloursComeFirst(const PacketForm& form) {
+    return form.family == PacketFamily::lit || form.family == PacketFamily::unlit;
+}
+
 /// What a strip's polygon lacks of what the packets of the strip have; null when it has all.
 const char* missingInStrip(const PacketForm& form, const DrawnPolygon& drawn) {
+    const bool ends = endsAtColours(form, drawn);
+    if (ends && coloursComeFirst(form)) {
+        return nullptr;
+    }
     if (form.textured && !drawn.appearance.textured()) {
         return "no texture";
     }
     if (form.windowed() && !drawn.appearance.windowed()) {
         return "no texture window";
     }
-    return fillsColours(form, drawn) ? nullptr : "another number of colours";
-}
-
-/// The numbers of vertices and of normals that packets can point at: an index counts from the first
-/// record of all, that of a shared polygon from the first shared one.
-struct Blocks {
-    Blocks(const Model& model, bool shared)
-        : vertices(shared ? model.primitives.SharedVertexTotal : model.vertices.size()),
-          normals(shared ? model.primitives.SharedNormalTotal : model.normals.size()) {}
-
-    std::size_t vertices;
-    std::size_t normals;
-};
-
-/// Whether all indices that a strip may take from this polygon are in their blocks. A polygon has
-/// the packets of its mesh's first: an unlit one may have to bring normals that nothing else asks
-/// for, a line or a sprite more vertices than it has.
-bool indicesInBlocks(const Model& model, const PacketForm& form, const DrawnPolygon& drawn,
-                     const Blocks& blocks) {
-    const bool lit = form.packet.has(Field::N0) && !model.normals.empty();
-    const bool anyCorner = drawn.appearance.shading == 'G';  // its normals are turned with it
-    for (std::size_t i = 0; i < form.corners(); ++i) {
-        const bool normal = lit && (anyCorner || form.packet.has(cornerField(Field::N0, i)));
-        if (static_cast<std::uint32_t>(drawn.vertex(i)) >= blocks.vertices ||
-            (normal && static_cast<std::uint32_t>(drawn.normal(i)) >= blocks.normals)) {
-            return false;
-        }
-    }
-    return true;
+    return ends || fillsColours(form, drawn) ? nullptr : "another number of colours";
 }
 
 /// Whether all strips have what their packets need: looks at the materials in their own order, which
-/// takes half of the time that the order of the strips takes, and tells as much in most models.
+/// takes less time than the order of the strips.
 bool allStripsFilled(const Model& model) {
-    const Blocks independent(model, false);
-    const Blocks shared(model, true);
     const auto filled = [&](const MaterialRecord& material) {
         const PacketForm* form = findPacketForm(material.type);
-        if (form == nullptr || !form->strip()) {
-            return true;
-        }
-        const DrawnPolygon drawn = drawnPolygon(model, material);
-        return missingInStrip(*form, drawn) == nullptr &&
-               indicesInBlocks(model, *form, drawn,
-                               material.cno == CoordinateListId::shared ? shared : independent);
+        return form == nullptr || !form->strip() ||
+               missingInStrip(*form, drawnPolygon(model, material)) == nullptr;
     };
     return model.meshes.empty() ||
            std::all_of(model.materials.records.begin(), model.materials.records.end(), filled);
 }
 
-/// Whether no number of any polygon or material is one that a packet could not hold, drawn or not:
-/// so it is in nearly every model, and costs less to find out than to look at every packet.
+bool hasTexture(const Model& model, std::int32_t texture) {
+    return texture >= 0 && static_cast<std::size_t>(texture) < model.images.size();
+}
+
+/// Whether all numbers fit that any polygon or material has, drawn or not. So it is in nearly every
+/// model, and it costs less to find out than to look at every packet.
 bool allNumbersFit(const Model& model) {
     std::uint32_t indices = 0;
     for (const PolygonRecord& polygon : model.polygons) {
@@ -105,46 +89,47 @@ bool allNumbersFit(const Model& model) {
     for (const std::int32_t number : model.materials.numbers) {
         numbers |= static_cast<std::uint32_t>(number);
     }
-    // A strip gives its form to materials without texture too, which then have texture 0.
-    std::int64_t texture = -1;
-    for (const MaterialLine& line : model.materials.lines) {
+    const auto textureFits = [&](const MaterialLine& line) {
         const MaterialAppearance look = model.materials.appearance(line);
-        texture = std::max(texture, look.textured() ? std::int64_t{look.texture()} : -1);
-    }
-    return indices <= static_cast<std::uint32_t>(format::largestIndex) &&
-           numbers <= static_cast<std::uint32_t>(format::largestColour) &&
-           texture < static_cast<std::int64_t>(model.images.size());
+        return !look.textured() || hasTexture(model, look.texture());
+    };
+    return format::indexFits(indices) && format::colourFits(numbers) &&
+           std::all_of(model.materials.lines.begin(), model.materials.lines.end(), textureFits);
 }
 
+/// Looks at what each packet carries and refuses what its words could not hold.
 class PacketCheck {
 public:
     explicit PacketCheck(const Model& model) : model_(model) {}
 
-    void polygon(const PacketForm& form, const MaterialRecord& material,
+    void polygon(const PacketForm& form, const MaterialRecord& /*material*/,
                  const DrawnPolygon& drawn) const {
-        checkPacket(form, form.packet, drawn, blocksOf(material.cno));
+        checkPacket(form, form.packet, drawn);
     }
 
-    void strip(const PacketForm& /*form*/, std::size_t mesh) { mesh_ = mesh; }
+    void strip(std::size_t mesh) { mesh_ = mesh; }
 
     void stripPolygon(const PacketForm& form, const DrawnPolygon& drawn, std::size_t k) const {
-        checkFillsStrip(form, drawn);
-        checkPacket(form, k == 0 ? form.packet : form.further, drawn,
-                    blocksOf(model_.meshes[mesh_].cno));
+        if (const char* const missing = missingInStrip(form, drawn)) {
+            refuseMesh(drawn, missing);
+        }
+        checkPacket(form, k == 0 ? form.packet : form.further, drawn);
     }
 
 private:
-    [[nodiscard]] Blocks blocksOf(CoordinateListId list) const {
-        return {model_, list == CoordinateListId::shared};
-    }
-
-    void checkPacket(const PacketForm& form, const PacketWords& words, const DrawnPolygon& drawn,
-                     const Blocks& blocks) const {
+    void checkPacket(const PacketForm& form, const PacketWords& words,
+                     const DrawnPolygon& drawn) const {
+        const bool ends = endsAtColours(form, drawn);
+        if (ends && coloursComeFirst(form)) {
+            return;
+        }
         const std::int32_t texture = drawn.appearance.texture();
-        if (form.textured &&
-            (texture < 0 || static_cast<std::size_t>(texture) >= model_.images.size())) {
+        if (form.textured && !hasTexture(model_, texture)) {
             refuseMaterial(drawn, "texture " + std::to_string(texture) +
                                       ", which the model does not have");
+        }
+        if (ends) {
+            return;
         }
         for (std::size_t i = 0; i < form.colours; ++i) {
             const Colour colour = packetColour(form, drawn, i);
@@ -154,40 +139,27 @@ private:
         }
         for (std::size_t i = 0; i < form.corners(); ++i) {
             if (words.has(cornerField(Field::V0, i))) {
-                checkIndex(drawn, "vertex", drawn.vertex(i), blocks.vertices);
+                checkIndex(drawn, "vertex", drawn.vertex(i));
             }
             if (words.has(cornerField(Field::N0, i))) {
-                checkIndex(drawn, "normal", drawn.normal(i), blocks.normals);
+                checkIndex(drawn, "normal", drawn.normal(i));
             }
         }
     }
 
-    /// A model without normals may name any.
-    void checkIndex(const DrawnPolygon& drawn, const std::string& what, std::int32_t index,
-                    std::size_t number) const {
-        const auto refuse = [&](const std::string& cause) {
+    void checkIndex(const DrawnPolygon& drawn, const std::string& what, std::int32_t index) const {
+        if (!format::indexFits(static_cast<std::uint32_t>(index))) {
             notCorrectData({model_.description.geo.fileName},
                            "polygon " + std::to_string(drawn.number) + " has the " + what +
-                               " index " + std::to_string(index) + cause);
-        };
-        if (index < 0 || index > format::largestIndex) {
-            refuse(", and a packet holds 0 to 65535");
-        }
-        if (static_cast<std::size_t>(index) >= number && number > 0) {
-            refuse(", and its packet can name 0 to " + std::to_string(number - 1));
+                               " index " + std::to_string(index) +
+                               ", and a packet holds 0 to 65535");
         }
     }
 
     void checkColour(const DrawnPolygon& drawn, std::int32_t component) const {
-        if (component < 0 || component > format::largestColour) {
+        if (!format::colourFits(static_cast<std::uint32_t>(component))) {
             refuseMaterial(drawn, "the colour component " + std::to_string(component) +
                                       ", and a packet holds 0 to 255");
-        }
-    }
-
-    void checkFillsStrip(const PacketForm& form, const DrawnPolygon& drawn) const {
-        if (const char* const missing = missingInStrip(form, drawn)) {
-            refuseMesh(drawn, missing);
         }
     }
 

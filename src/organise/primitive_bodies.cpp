@@ -177,9 +177,13 @@ void buildPrimitiveBodies(Model& model) { buildBodies(model, model.materials.rec
 
 void buildMeshPrimitiveBodies(Model& model) {
     buildBodies(model, model.meshes);
-    // A mesh of one polygon is written as that polygon.
+    for (MaterialRecord& material : model.materials.records) {
+        material.group = MaterialRecord::noGroup;
+    }
     for (const MeshRecord& mesh : model.meshes) {
-        model.materials.records[model.polygonsOf(mesh).front().material].group = mesh.group;
+        if (mesh.polyNum == 1) {
+            model.materials.records[model.polygonsOf(mesh).front().material].group = mesh.group;
+        }
     }
 }
 

@@ -1,21 +1,9 @@
 #include "packets/drawn_polygon.h"
 
+#include "base/diagnostics.h"
+#include "format/drawing_code.h"
+
 namespace mqf2vxb {
-namespace {
-
-std::uint32_t spriteCode(const DrawnPolygon& drawn) {
-    const auto isSquare = [&](std::int32_t size) {
-        return drawn.vertex(1) == size && drawn.vertex(2) == size;
-    };
-    constexpr std::uint32_t freeSize = 0x60;
-    constexpr std::uint32_t size1 = 0x68;
-    constexpr std::uint32_t size8 = 0x70;
-    constexpr std::uint32_t size16 = 0x78;
-    return isSquare(1) ? size1 : isSquare(8) ? size8 : isSquare(16) ? size16 : freeSize;
-}
-
-}  // namespace
-
 void StripVertices::follow(DrawnPolygon& drawn, std::size_t k) {
     if (k == 0) {
         stripVertex_ = {drawn.vertex(0), drawn.vertex(1), drawn.vertex(2)};
@@ -48,21 +36,25 @@ std::uint32_t drawingCode(std::int32_t type, const DrawnPolygon& drawn) {
     const MaterialAppearance& appearance = drawn.appearance;
     const bool smoothlyLit = !appearance.unlit() && appearance.shading == 'G';
     const bool perCorner = appearance.colourPerVertex() || smoothlyLit;
-    constexpr std::uint32_t perCornerBit = 0x10;
-    constexpr std::uint32_t quadrangleBit = 0x08;
-    constexpr std::uint32_t texturedBit = 0x04;
-    constexpr std::uint32_t flag04Bit = 0x02;
-
-    std::uint32_t code = (appearance.flag & material_flag::bit04) != 0 ? flag04Bit : 0;
+    std::uint32_t code = 0;
+    const auto set = [&code](std::uint32_t bits, bool when) { code |= when ? bits : 0; };
+    set(drawing_code::flag04, (appearance.flag & material_flag::bit04) != 0);
     switch (type) {
     case polygon_type::triangle:
     case polygon_type::quadrangle:
-        code |= 0x20 | (perCorner ? perCornerBit : 0) |
-                (type == polygon_type::quadrangle ? quadrangleBit : 0) |
-                (appearance.textured() ? texturedBit : 0);
+        set(drawing_code::face, true);
+        set(drawing_code::colourPerCorner, perCorner);
+        set(drawing_code::quadrangle, type == polygon_type::quadrangle);
+        set(drawing_code::textured, appearance.textured());
         break;
-    case polygon_type::line: code |= 0x40 | (perCorner ? perCornerBit : 0); break;
-    case polygon_type::sprite: code |= spriteCode(drawn) | texturedBit; break;
+    case polygon_type::line:
+        set(drawing_code::line, true);
+        set(drawing_code::colourPerCorner, perCorner);
+        break;
+    case polygon_type::sprite:
+        set(drawing_code::sprite | drawing_code::textured, true);
+        set(drawing_code::spriteSize(drawn.vertex(1), drawn.vertex(2)), true);
+        break;
     default: unknownGeoFlag(drawn.number, type);
     }
     return code;

@@ -15,6 +15,9 @@ namespace mqf2vxb {
 /// is asked for by the corner's place in the packet.
 class DrawnPolygon {
 public:
+    /// The polygon's own corner for each corner of the packet.
+    using Corners = std::array<std::uint8_t, 4>;
+
     DrawnPolygon(const MaterialRecord& material, MaterialAppearance look,
                  const PolygonRecord& record)
         : number(material.polygon), type(record.type), appearance(look), record_(record) {}
@@ -34,13 +37,15 @@ public:
     [[nodiscard]] std::int32_t u(std::size_t i) const { return appearance.u(corner_[i]); }
     [[nodiscard]] std::int32_t v(std::size_t i) const { return appearance.v(corner_[i]); }
 
+    [[nodiscard]] const Corners& corners() const { return corner_; }
+    void turnTo(const Corners& corners) { corner_ = corners; }
     void exchangeCorners(std::size_t one, std::size_t other) {
         std::swap(corner_[one], corner_[other]);
     }
 
 private:
     const PolygonRecord& record_;
-    std::array<std::uint8_t, 4> corner_{0, 1, 2, 3};
+    Corners corner_{0, 1, 2, 3};
 };
 
 /// The three most recent vertices of a strip, oldest first.

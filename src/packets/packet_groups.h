@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 
 #include "format/packet_forms.h"
 #include "model/model.h"
@@ -15,8 +16,8 @@ inline DrawnPolygon drawnPolygon(const Model& model, const MaterialRecord& mater
             model.polygons[static_cast<std::size_t>(material.polygon)]};
 }
 
-/// Asks the memory for what the polygons of meshes behind this one are drawn from. They lie
-/// scattered over their tables, and without this a tenth of a model of meshes' time is waiting.
+/// Asks the memory for what the polygons of meshes behind this one are drawn from: they lie
+/// scattered over their tables.
 [[gnu::always_inline]] inline void fetchAhead(const Model& model, std::size_t meshPolygon) {
     constexpr std::size_t distance = 4;  // each table is asked once the one before has answered
     if (meshPolygon + 3 * distance >= model.meshPolygons.size()) {
@@ -37,14 +38,15 @@ inline DrawnPolygon drawnPolygon(const Model& model, const MaterialRecord& mater
 
 /// Walks everything that is drawn in the order of the tables, which memory likes better than the
 /// order of the packet groups. Calls `visitor.polygon(form, material, drawn)` for each polygon that
-/// is written by itself, `visitor.strip(form, i)` for each mesh i that is written as a strip, and
-/// then `visitor.stripPolygon(form, drawn, k)` for each of its polygons, turned as the strip needs
-/// it, where k is its position in the strip. Passes over codes without a form.
+/// is written by itself, `visitor.strip(i)` for each mesh i that is written as a strip, and then
+/// `visitor.stripPolygon(form, drawn, k)` for each of its polygons, turned as the strip needs it,
+/// where k is its position in the strip. A polygon that stands twice in a strip is turned from where
+/// the first time left it. Passes over codes without a form.
 template <class Visitor>
 void walkDrawn(const Model& model, Visitor& visitor) {
     for (const MaterialRecord& material : model.materials.records) {
         const PacketForm* form = findPacketForm(material.type);
-        if (form != nullptr && !form->strip()) {
+        if (form != nullptr && material.group != MaterialRecord::noGroup) {
             visitor.polygon(*form, material, drawnPolygon(model, material));
         }
     }
@@ -54,13 +56,22 @@ void walkDrawn(const Model& model, Visitor& visitor) {
         if (form == nullptr || !form->strip()) {
             continue;
         }
-        visitor.strip(*form, i);
+        visitor.strip(i);
         StripVertices vertices;
+        std::map<std::int32_t, DrawnPolygon::Corners> turned;
         std::size_t k = 0;
         for (const MeshPolygon& polygon : model.polygonsOf(mesh)) {
             fetchAhead(model, mesh.firstPolygon + k);
             DrawnPolygon drawn = drawnPolygon(model, model.materials.records[polygon.material]);
-            vertices.follow(drawn, k);
+            if (mesh.repeats) {
+                DrawnPolygon::Corners& corners =
+                    turned.try_emplace(polygon.number, drawn.corners()).first->second;
+                drawn.turnTo(corners);
+                vertices.follow(drawn, k);
+                corners = drawn.corners();
+            } else {
+                vertices.follow(drawn, k);
+            }
             visitor.stripPolygon(*form, drawn, k++);
         }
     }

@@ -60,6 +60,8 @@ constexpr std::array<const FindingKind*, findingKindNum> kinds{
     &finding::keyFramesOverlap,
     &finding::imageOffset,
     &finding::unreadable,
+    &finding::stripVertexOutside,
+    &finding::stripNormalOutside,
 };
 
 constexpr bool numbersAscend() {

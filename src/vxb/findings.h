@@ -146,6 +146,14 @@ inline constexpr FindingKind keyFramesOverlap{
 
 inline constexpr FindingKind imageOffset{
     49, Severity::error, "{word} is {found}; it has to be from {expected} to the end of the data"};
+inline constexpr FindingKind stripVertexOutside{
+    51, Severity::warning,
+    "vertex index {found} is outside the block of {expected} vertices; the strip's packets do not "
+    "tell whether its polygon is a line or a sprite, which may carry it"};
+inline constexpr FindingKind stripNormalOutside{
+    52, Severity::warning,
+    "normal index {found} is outside the block of {expected} normals; in a strip a polygon that is "
+    "flat or unlit may carry it"};
 /// Raised by who reads files, not by the reader of their bytes; {word} is the cause.
 inline constexpr FindingKind unreadable{50, Severity::error, "the file cannot be read: {word}"};
 
@@ -153,7 +161,7 @@ inline constexpr FindingKind unreadable{50, Severity::error, "the file cannot be
 
 /// All kinds of findings, in the order of their numbers.
 std::span<const FindingKind* const> findingKinds();
-inline constexpr std::size_t findingKindNum = 50;
+inline constexpr std::size_t findingKindNum = 52;
 
 /// One thing found in a file.
 struct Finding {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <numeric>
 
+#include "format/drawing_code.h"
 #include "format/format.h"
 #include "vxb/packet_decoder.h"
 #include "vxb/reading.h"
@@ -273,18 +274,21 @@ namespace {
 
 /// The drawing code of a polygon that is no strip's, as its type tells it.
 std::uint32_t drawingCode(PrimitiveTypeCode code) {
-    std::uint32_t result = 0x20;
-    result |= (code & (type_code::smooth | type_code::colourPerCorner)) != 0 ? 0x10U : 0;
-    result |= (code & type_code::strip) == type_code::quadrangle ? 0x08U : 0;
-    result |= (code & type_code::textured) != 0 ? 0x04U : 0;
-    result |= (code & type_code::flag04) != 0 ? 0x02U : 0;
+    std::uint32_t result = drawing_code::face;
+    const auto set = [&](std::uint32_t bit, bool when) { result |= when ? bit : 0; };
+    set(drawing_code::colourPerCorner,
+        (code & (type_code::smooth | type_code::colourPerCorner)) != 0);
+    set(drawing_code::quadrangle, (code & type_code::strip) == type_code::quadrangle);
+    set(drawing_code::textured, (code & type_code::textured) != 0);
+    set(drawing_code::flag04, (code & type_code::flag04) != 0);
     return result;
 }
 
 /// Checks the words of one group's packets.
 class PacketCheck {
 public:
-    PacketCheck(Reading& r, const PacketGroup& group) : r_(r), group_(group) {
+    PacketCheck(Reading& r, const PacketGroup& group)
+        : r_(r), group_(group), strip_(group.form != nullptr && group.form->strip()) {
         const VxbFile& file = r.file;
         vertexNum_ = group.shared ? file.vertices.shared.number
                                   : file.vertices.independent.number + file.vertices.shared.number;
@@ -297,8 +301,7 @@ public:
 
     void check() {
         forEachPolygon(r_.file, group_, [this](const PacketPolygon& polygon) {
-            drawingCode_ =
-                polygon.form->strip() ? polygon[Field::C0] >> 24U : drawingCode(group_.code);
+            drawingCode_ = strip_ ? polygon[Field::C0] >> 24U : drawingCode(group_.code);
             forEachField(r_.file, polygon,
                          [&](Field field, std::uint32_t offset, std::uint32_t value) {
                              checkField(field, offset, value);
@@ -323,7 +326,7 @@ private:
         case Field::V2:
         case Field::V3:
             if (checkVertices_ && value >= vertexNum_) {
-                r_.report(finding::vertexOutside, offset, value, vertexNum_);
+                vertexOutside(offset, value);
             }
             break;
         case Field::N0:
@@ -331,7 +334,9 @@ private:
         case Field::N2:
         case Field::N3:
             if (checkNormals_ && value >= normalNum_) {
-                r_.report(finding::normalOutside, offset, value, normalNum_);
+                // A strip's polygons carry normals whether they are lit and smooth or not.
+                r_.report(strip_ ? finding::stripNormalOutside : finding::normalOutside, offset,
+                          value, normalNum_);
             }
             break;
         case Field::page:
@@ -357,8 +362,19 @@ private:
         }
     }
 
+    /// A line or a sprite in a strip carries fields that are no vertices. Its drawing code tells it
+    /// from a triangle, but not every form has one.
+    void vertexOutside(std::uint32_t offset, std::uint32_t value) {
+        if (strip_ && group_.form->colours == 0) {
+            r_.report(finding::stripVertexOutside, offset, value, vertexNum_);
+        } else if ((drawingCode_ & drawing_code::kindMask) == drawing_code::face) {
+            r_.report(finding::vertexOutside, offset, value, vertexNum_);
+        }
+    }
+
     Reading& r_;
     const PacketGroup& group_;
+    bool strip_;
     std::uint32_t vertexNum_ = 0;
     std::uint32_t normalNum_ = 0;
     bool checkVertices_ = false;

@@ -46,7 +46,7 @@ public:
         next += form.size();
     }
 
-    void strip(const PacketForm& /*form*/, std::size_t mesh) {
+    void strip(std::size_t mesh) {
         stripNext_ = &next_[model_.meshes[mesh].group];
         words_[(*stripNext_)++] = model_.meshes[mesh].polyNum;
     }
@@ -92,11 +92,10 @@ private:
     }
 
     /// The file stops at `position`, unless it stops before.
-    bool stopAt(std::size_t position, const DrawnPolygon& drawn, bool unknownType) {
+    void stopAt(std::size_t position, const DrawnPolygon& drawn, bool unknownType) {
         if (!stop_ || position < stop_->position) {
             stop_ = Stop{position, unknownType, drawn.number, drawn.type};
         }
-        return false;
     }
 
     void takeIndices(const DrawnPolygon& drawn) {
@@ -111,7 +110,8 @@ private:
     bool takeColours(const PacketForm& form, const DrawnPolygon& drawn, std::size_t position) {
         const std::int32_t type = drawnType(form, drawn);
         if (!hasDrawingCode(type)) {
-            return stopAt(position, drawn, true);
+            stopAt(position, drawn, true);
+            return false;
         }
         const std::uint32_t code = drawingCode(type, drawn) << 24U;
         for (std::size_t i = 0; i < form.colours; ++i) {
@@ -128,7 +128,8 @@ private:
         const auto textures = form.windowed() ? ImagePlacement::windowTextures(drawn)
                                               : image.pageTextures(drawn, form.corners());
         if (!textures) {
-            return stopAt(position, drawn, false);
+            stopAt(position, drawn, false);
+            return false;
         }
         for (std::size_t i = 0; i < textures->size(); ++i) {
             fields_[at(Field::T0) + i] = (*textures)[i];

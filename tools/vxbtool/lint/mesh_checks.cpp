@@ -35,7 +35,7 @@ public:
     void polygon(const PacketForm& /*form*/, const MaterialRecord& /*material*/,
                  const DrawnPolygon& /*drawn*/) {}
 
-    void strip(const PacketForm& /*form*/, std::size_t mesh) { mesh_ = mesh; }
+    void strip(std::size_t mesh) { mesh_ = mesh; }
 
     void stripPolygon(const PacketForm& /*form*/, const DrawnPolygon& drawn, std::size_t k) {
         const TracedFile& bnd = *linted_.source.bnd;
