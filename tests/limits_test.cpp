@@ -74,8 +74,6 @@ const Limit limits[] = {
          return motion("1;0 " + std::to_string(n) + " a;" + repeated(n, "START a 0x0;") +
                        "TYPE ps0r0t0");
      }},
-    {"number of a START line", 65535,
-     [](std::size_t n) { return motion("1;0 1 a;START a " + hexOf(n) + ";TYPE ps0r0t0"); }},
     {"number of a SEQ line", 255,
      [](std::size_t n) {
          return motion("0;SEQ " + std::to_string(n) + " ps0r0t1 0;TYPE ps0r0t1;1 2 3");
@@ -96,7 +94,7 @@ const Limit limits[] = {
          return motion("0;" + repeated(n - 1, "END 0x0;") +
                        "GOTO a 0x0 0x0;a;END 0x0;TYPE ps0r0t0");
      }},
-    {"step that a coordinate starts with", 65534,
+    {"step that a coordinate starts with", 65535,
      [](std::size_t n) {
          return motion("1;0 0 a;" + repeated(n, "END 0x0;") + "a;END 0x0;TYPE ps0r0t0");
      }},

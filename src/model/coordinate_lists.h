@@ -46,7 +46,7 @@ private:
     CoordinateListId add(CoordinateListId list, std::int32_t coordinate);
 
     std::vector<Node> nodes_{{CoordinateListId::empty, -1, -1, 0}};
-    KeyMap<CoordinateListId> longer_;
+    KeyMap<std::uint64_t, CoordinateListId> longer_;
 };
 
 }  // namespace mqf2vxb

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -41,6 +42,8 @@ struct Model {
     Primitives primitives;
     ImageTypes malimage;
     std::vector<PrimitiveTypeCode> aptype;  ///< the Animation Packet Type Table
+    /// The first type of a SEQ line that has no size rule.
+    std::optional<PrimitiveTypeCode> unsizedStepType;
 
     /// The polygons of a mesh in strip order.
     [[nodiscard]] std::span<const MeshPolygon> polygonsOf(const MeshRecord& mesh) const {

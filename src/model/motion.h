@@ -22,7 +22,8 @@ struct AnimationIndexRecord {
 
 /// One SEQ, GOTO or END line.
 struct AnimationSequenceRecord {
-    std::uint32_t keyFrame = 0;  ///< SEQ only: in its type's group, then over all motions
+    /// SEQ only: the number of its key frame, as read; organisation counts it over all motions.
+    std::uint32_t keyFrame = 0;
     PrimitiveTypeCode type = 0;  ///< 0 unless this is a SEQ line
     std::uint32_t control = 0;
 
@@ -46,8 +47,6 @@ struct MotionRecord {
     PrimitiveTypeCode type = 0;
     Table<AnimationIndexRecord> indexTable{"Animation Index Data Base"};
     Table<AnimationSequenceRecord> seqTable{"Animation Sequence Data Base"};
-    /// The types of its SEQ lines, each once.
-    Table<PrimitiveTypeCode> stepTypes{"Animation Sequence Data Base"};
     Table<AnimationPacketTypeRecord> packetTypeTable{"Animation Packet Type Data Base"};
 };
 

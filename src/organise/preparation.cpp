@@ -1,6 +1,7 @@
 #include "organise/preparation.h"
 
 #include <algorithm>
+#include <optional>
 #include <string>
 #include <unordered_map>
 #include <unordered_set>
@@ -26,57 +27,42 @@ std::uint64_t wordsOf(PrimitiveTypeCode type) {
     return form != nullptr ? form->words() : 0;
 }
 
-/// Key frames of one TYPE group, numbered over all motions.
-struct KeyFrameGroup {
-    std::uint32_t first;      ///< number of its first key frame
-    std::uint64_t firstWord;  ///< where that one stands, from Matrix Top
-    std::uint64_t wordsEach;
-};
-
 /// Where every key frame stands in the matrix part.
 class KeyFrameOffsets {
 public:
-    explicit KeyFrameOffsets(const Table<MotionRecord>& motions) {
-        for (const MotionRecord& motion : motions) {
-            for (const AnimationPacketTypeRecord& group : motion.packetTypeTable) {
-                const std::uint64_t words = wordsOf(group.type);
-                groups_.push_back({number_, words_, words});
+    /// Numbers the groups of all motions.
+    explicit KeyFrameOffsets(Table<MotionRecord>& motions) {
+        for (MotionRecord& motion : motions) {
+            for (AnimationPacketTypeRecord& group : motion.packetTypeTable) {
+                group.firstPacketNo = number_;
+                group.firstWord = words_;
+                groups_.push_back(&group);
                 number_ += group.packetNum;
-                words_ += words * group.packetNum;
+                words_ += wordsOf(group.type) * group.packetNum;
             }
         }
     }
 
-    /// The word offset of a key frame; of one that there is not, the words of all.
+    /// The word offset of a key frame by its number over all motions; the words of all key frames
+    /// when there is none of this number.
     [[nodiscard]] std::uint64_t offset(std::uint32_t keyFrame) const {
         if (keyFrame >= number_) {
             return words_;
         }
-        const auto behind = std::upper_bound(
-            groups_.begin(), groups_.end(), keyFrame,
-            [](std::uint32_t number, const KeyFrameGroup& group) { return number < group.first; });
-        const KeyFrameGroup& group = *(behind - 1);
-        return group.firstWord + (keyFrame - group.first) * group.wordsEach;
+        const auto behind =
+            std::upper_bound(groups_.begin(), groups_.end(), keyFrame,
+                             [](std::uint32_t number, const AnimationPacketTypeRecord* group) {
+                                 return number < group->firstPacketNo;
+                             });
+        const AnimationPacketTypeRecord& group = **(behind - 1);
+        return group.firstWord + (keyFrame - group.firstPacketNo) * wordsOf(group.type);
     }
 
 private:
-    std::vector<KeyFrameGroup> groups_;
+    std::vector<const AnimationPacketTypeRecord*> groups_;
     std::uint32_t number_ = 0;
     std::uint64_t words_ = 0;
 };
-
-void numberKeyFrames(Table<MotionRecord>& motions) {
-    std::uint32_t packetNo = 0;
-    std::uint64_t word = 0;
-    for (MotionRecord& motion : motions) {
-        for (AnimationPacketTypeRecord& group : motion.packetTypeTable) {
-            group.firstPacketNo = packetNo;
-            group.firstWord = word;
-            packetNo += group.packetNum;
-            word += wordsOf(group.type) * group.packetNum;
-        }
-    }
-}
 
 std::vector<PrimitiveTypeCode> packetTypes(const Table<MotionRecord>& motions) {
     std::vector<PrimitiveTypeCode> aptype;
@@ -96,7 +82,8 @@ using TypeIndex = std::unordered_map<PrimitiveTypeCode, std::uint32_t>;
 /// What the SEQ steps of one motion point into.
 class KeyFrames {
 public:
-    KeyFrames(MotionRecord& motion, const KeyFrameOffsets& offsets, const TypeIndex& typeIndex)
+    KeyFrames(const MotionRecord& motion, const KeyFrameOffsets& offsets,
+              const TypeIndex& typeIndex)
         : motion_(motion), offsets_(offsets), typeIndex_(typeIndex) {
         for (const AnimationPacketTypeRecord& group : motion.packetTypeTable) {
             const auto [place, isNew] = groups_.try_emplace(group.type, Group{&group, false});
@@ -104,8 +91,11 @@ public:
         }
     }
 
-    /// Completes the control word of a step, and turns its key frame from one of its type's group
-    /// into one of all motions. One of a type that the motion has no group of is that already.
+    /// The first type of the steps so far that has no size rule.
+    [[nodiscard]] std::optional<PrimitiveTypeCode> unsizedType() const { return unsizedType_; }
+
+    /// Completes the control word of a step. Its key frame, so far counted in the group of its type,
+    /// is counted over all motions from here on; in a motion without such a group it stays as read.
     void resolve(AnimationSequenceRecord& step) {
         const StepType& type = types_.find(step.type, [&] { return newType(step.type); });
         if (type.group == nullptr) {
@@ -113,9 +103,10 @@ public:
             return;
         }
         if (step.keyFrame >= type.group->packetNum) {
-            refuse(motion_, formatText("a SEQ line names key frame %u of the type 0x%08x, which "
+            refuse(motion_, formatText("a SEQ line names key frame %d of the type 0x%08x, which "
                                        "has %u",
-                                       step.keyFrame, step.type, type.group->packetNum));
+                                       static_cast<std::int32_t>(step.keyFrame), step.type,
+                                       type.group->packetNum));
         }
         complete(step, type.group->firstWord + step.keyFrame * type.wordsEach, type.index);
         step.keyFrame += type.group->firstPacketNo;
@@ -134,7 +125,9 @@ private:
     };
 
     StepType newType(PrimitiveTypeCode type) {
-        motion_.stepTypes.append(type);
+        if (findKeyFrameForm(type) == nullptr && !unsizedType_) {
+            unsizedType_ = type;
+        }
         StepType result;
         result.wordsEach = wordsOf(type);
         if (const auto found = typeIndex_.find(type); found != typeIndex_.end()) {
@@ -158,11 +151,12 @@ private:
         step.control |= static_cast<std::uint32_t>(offset) | index << packetTypeShift;
     }
 
-    MotionRecord& motion_;
+    const MotionRecord& motion_;
     const KeyFrameOffsets& offsets_;
     const TypeIndex& typeIndex_;
     std::unordered_map<PrimitiveTypeCode, Group> groups_;
-    KeyMap<StepType> types_;
+    KeyMap<std::uint64_t, StepType> types_;
+    std::optional<PrimitiveTypeCode> unsizedType_;
 };
 
 /// Refuses counts and sizes that their words cannot hold.
@@ -184,15 +178,14 @@ void checkSizes(const MotionRecord& motion) {
 
 }  // namespace
 
-std::vector<PrimitiveTypeCode> prepareAnimation(Table<MotionRecord>& motions) {
-    numberKeyFrames(motions);
-    std::vector<PrimitiveTypeCode> aptype = packetTypes(motions);
+void prepareAnimation(Model& model) {
+    const KeyFrameOffsets offsets(model.motions);
+    model.aptype = packetTypes(model.motions);
     TypeIndex typeIndex;
-    for (const PrimitiveTypeCode type : aptype) {
+    for (const PrimitiveTypeCode type : model.aptype) {
         typeIndex.emplace(type, static_cast<std::uint32_t>(typeIndex.size()));
     }
-    const KeyFrameOffsets offsets(motions);
-    for (MotionRecord& motion : motions) {
+    for (MotionRecord& motion : model.motions) {
         checkSizes(motion);
         KeyFrames keyFrames(motion, offsets, typeIndex);
         for (AnimationSequenceRecord& step : motion.seqTable) {
@@ -200,8 +193,10 @@ std::vector<PrimitiveTypeCode> prepareAnimation(Table<MotionRecord>& motions) {
                 keyFrames.resolve(step);
             }
         }
+        if (!model.unsizedStepType) {
+            model.unsizedStepType = keyFrames.unsizedType();
+        }
     }
-    return aptype;
 }
 
 }  // namespace mqf2vxb

@@ -105,7 +105,7 @@ private:
     std::uint32_t bodyOfShared_ = none;
     std::uint32_t sharedBody_ = 0;  // the first body behind the independent ones
     std::vector<EntryPlace> entries_;
-    KeyMap<std::uint32_t> entryOfKey_;
+    KeyMap<std::uint64_t, std::uint32_t> entryOfKey_;
 };
 
 /// The headers by their coordinate.
@@ -130,7 +130,7 @@ private:
     }
 
     Table<CoordinatePrimitiveHeader>& malprimh_;
-    KeyMap<std::size_t> headerOf_;
+    KeyMap<std::uint64_t, std::size_t> headerOf_;
 };
 
 void buildPrimitiveHeaders(Primitives& primitives, const CoordinateLists& lists,

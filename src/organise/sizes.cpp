@@ -28,10 +28,12 @@ std::vector<std::uint64_t> primtsize(const Model& model) {
     return sizes;
 }
 
+void animmtsizeMissing(PrimitiveTypeCode type) { typeMismatch("animmtsize", type); }
+
 std::uint64_t animmtsize(PrimitiveTypeCode type) {
     const KeyFrameForm* form = findKeyFrameForm(type);
     if (form == nullptr) {
-        typeMismatch("animmtsize", type);
+        animmtsizeMissing(type);
     }
     return form->words();
 }

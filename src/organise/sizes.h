@@ -14,6 +14,8 @@ namespace mqf2vxb {
 std::vector<std::uint64_t> primtsize(const Model& model);
 /// One key frame.
 std::uint64_t animmtsize(PrimitiveTypeCode type);
+/// Reports a type of key frames that has no rule.
+[[noreturn]] void animmtsizeMissing(PrimitiveTypeCode type);
 /// The descriptors of `count` images.
 std::uint64_t imagetsize(PrimitiveTypeCode type, std::uint64_t count);
 

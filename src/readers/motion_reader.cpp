@@ -26,8 +26,6 @@ constexpr unsigned firstNumberShift = 23;  // GOTO
 constexpr unsigned numberShift = 16;
 constexpr std::uint32_t largest7Bits = 0x7F;
 constexpr std::uint32_t largest8Bits = 0xFF;
-constexpr std::uint32_t largest16Bits = 0xFFFF;
-constexpr std::uint32_t largest32Bits = 0xFFFFFFFF;
 
 std::string_view firstWord(const LineReader& reader) {
     std::string_view rest = reader.line();
@@ -152,8 +150,7 @@ AnimationSequenceHeaderRecord readSequenceHeader(LineReader& reader, SequenceNam
     if (line.is("START")) {
         std::uint32_t number = 0;
         line.scan(WordView{named.name}, HexNumber{number});
-        checkWidth(reader, number, largest16Bits);
-        header.value = number << numberShift;
+        header.value = number << numberShift;  // of a longer number its low 16 bits
     } else if (line.is("KEY2")) {
         line.scan(WordView{named.name}, WordView{named.second});
     } else {
@@ -205,7 +202,6 @@ bool readStep(const LineReader& reader, WordLine& line, AnimationSequenceRecord&
         }
         step.type = keyFrameType(code, "seqcheck");
         checkWidth(reader, number, largest8Bits);
-        checkWidth(reader, keyFrame, largest32Bits);
         step.control = static_cast<std::uint32_t>(number) << numberShift;
         step.keyFrame = static_cast<std::uint32_t>(keyFrame);
     } else if (line.is("GOTO")) {

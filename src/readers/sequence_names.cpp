@@ -1,11 +1,9 @@
 #include "readers/sequence_names.h"
 
-#include <bit>
-#include <functional>
 #include <string>
-#include <vector>
 
 #include "base/diagnostics.h"
+#include "base/key_map.h"
 #include "format/format.h"
 
 namespace mqf2vxb {
@@ -14,74 +12,46 @@ namespace {
 constexpr std::uint32_t largest16Bits = 0xFFFF;
 constexpr unsigned highHalf = 16;
 
-/// The labels of one motion by their names: a table of labels, each at the first free place from
-/// its name's hash on. A map with a node for each label takes three times as long.
+/// The labels of one motion.
 class Labels {
 public:
     Labels(const Table<StepName>& labels, std::uint32_t firstSeqNo, const MotionRecord& motion)
-        : labels_(labels),
-          firstSeqNo_(firstSeqNo),
-          motion_(motion),
-          places_(std::bit_ceil(4 * labels.size() + 1)) {
-        for (std::size_t i = 0; i < labels.size(); ++i) {
-            const std::string_view name = labels[i].name;
-            const std::uint32_t hash = hashOf(name);
-            Place& place = places_[placeOf(name, hash)];
-            if (place.label != none) {
-                refuse("two steps have the label " + std::string(name));
+        : firstSeqNo_(firstSeqNo), motion_(motion), steps_(labels.size()) {
+        for (const StepName& label : labels) {
+            bool isNew = false;
+            steps_.find(label.name, [&] {
+                isNew = true;
+                return label.step;
+            });
+            if (!isNew) {
+                refuse("two steps have the label " + std::string(label.name));
             }
-            place = {hash, static_cast<std::uint32_t>(i)};
         }
     }
 
-    /// The number of the step with this label, or `otherwise`. A number above `largest` is
+    /// The number of the step with this label, or `otherwise`. One that does not fit 16 bits is
     /// refused.
-    [[nodiscard]] std::uint32_t find(std::string_view name, std::uint32_t otherwise,
-                                     std::uint32_t largest = largest16Bits) const {
-        const std::uint32_t label = places_[placeOf(name, hashOf(name))].label;
-        if (label == none) {
+    [[nodiscard]] std::uint32_t find(std::string_view name, std::uint32_t otherwise) const {
+        const std::uint32_t* const step = steps_.find(name);
+        if (step == nullptr) {
             return otherwise;
         }
-        const std::uint32_t number = firstSeqNo_ + labels_[label].step;
-        if (number > largest) {
+        const std::uint32_t number = firstSeqNo_ + *step;
+        if (number > largest16Bits) {
             refuse("the step " + std::string(name) + " has the number " + std::to_string(number) +
-                   ", which is above " + std::to_string(largest));
+                   ", which is above 65535");
         }
         return number;
     }
 
 private:
-    static constexpr std::uint32_t none = 0xFFFFFFFFU;
-
-    struct Place {
-        std::uint32_t hash = 0;
-        std::uint32_t label = none;
-    };
-
-    static std::uint32_t hashOf(std::string_view name) {
-        return static_cast<std::uint32_t>(std::hash<std::string_view>()(name));
-    }
-
-    /// Where the label with this name stands, or would. The size is a power of two, and at most a
-    /// quarter of the places are taken, so that most names are found at the first.
-    [[nodiscard]] std::size_t placeOf(std::string_view name, std::uint32_t hash) const {
-        const std::size_t mask = places_.size() - 1;
-        std::size_t i = hash & mask;
-        while (places_[i].label != none &&
-               (places_[i].hash != hash || labels_[places_[i].label].name != name)) {
-            i = (i + 1) & mask;
-        }
-        return i;
-    }
-
     [[noreturn]] void refuse(const std::string& cause) const {
         notCorrectData({motion_.name}, cause);
     }
 
-    const Table<StepName>& labels_;
     std::uint32_t firstSeqNo_;
     const MotionRecord& motion_;
-    std::vector<Place> places_;
+    KeyMap<std::string_view, std::uint32_t> steps_;  // by label
 };
 
 }  // namespace
@@ -98,8 +68,7 @@ void resolveNames(const SequenceNames& names, std::uint32_t firstSeqNo, MotionRe
     const HeaderNames* headerNames = names.headers.records().data();
     for (std::size_t i = 0; i < motion.indexTable.size(); ++i) {
         AnimationIndexRecord& index = motion.indexTable[i];
-        index.startSeq = labels.find(names.starts[i], format::unresolvedSequence,
-                                     format::unresolvedSequence - 1);
+        index.startSeq = labels.find(names.starts[i], format::unresolvedSequence);
         for (AnimationSequenceHeaderRecord& header : index.seqHeaderTable) {
             const auto [name, second] = *headerNames++;
             header.value |= labels.find(name, 0);

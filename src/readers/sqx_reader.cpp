@@ -2,6 +2,7 @@
 
 #include <unordered_map>
 
+#include "base/seeded_hash.h"
 #include "text/token_reader.h"
 
 namespace mqf2vxb {
@@ -10,7 +11,7 @@ namespace {
 /// A name and a number of one character, each with a separator.
 constexpr std::size_t shortestGroup = 4;
 
-using ListsByName = std::unordered_map<std::string, CoordinateListId>;
+using ListsByName = std::unordered_map<std::string, CoordinateListId, SeededHash>;
 
 ListsByName listsByName(const Table<CoordinateRecord>& coordinates, CoordinateLists& lists) {
     ListsByName result;

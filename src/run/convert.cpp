@@ -74,7 +74,7 @@ void organiseModel(const RunOptions& options, Model& model) {
     if (options.imageOutput) {
         model.malimage = makeImageTypes(model.images);
     }
-    model.aptype = prepareAnimation(model.motions);
+    prepareAnimation(model);
 
     assignNormalCoordinates(model);
     if (model.primitives.hasShared()) {

@@ -138,10 +138,8 @@ void placeAnimation(const Model& model, Walk& walk, OutputLayout& layout) {
             walk.pass(group.packetNum * animmtsize(group.type));
         }
     }
-    for (const MotionRecord& motion : model.motions) {
-        for (const PrimitiveTypeCode type : motion.stepTypes) {
-            animmtsize(type);
-        }
+    if (model.unsizedStepType) {
+        animmtsizeMissing(*model.unsizedStepType);
     }
 }
 

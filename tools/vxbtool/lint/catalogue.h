@@ -149,6 +149,10 @@ inline constexpr Kind keyFrameWraps{
 inline constexpr Kind keyFrameElsewhere{
     "L049", Severity::warning,
     "the motion has no key frames of this type: key frame {keyFrame} is counted over all motions"};
+// Meshes again.
+inline constexpr Kind stripNamesNothing{
+    "L050", Severity::warning,
+    "polygon {polygon} brings {what} {index} into its strip, which names nothing; the model has {count}"};
 
 }  // namespace kind
 

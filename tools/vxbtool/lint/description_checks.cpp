@@ -3,6 +3,7 @@
 #include <string_view>
 #include <unordered_map>
 
+#include "base/seeded_hash.h"
 #include "text/scan.h"
 
 namespace vxbtool::lint {
@@ -18,7 +19,7 @@ std::string_view keyOf(const TracedLine& line) {
 
 void checkDescription(const TracedFile& mqf, std::span<const TracedLine> lines,
                       Findings& findings) {
-    std::unordered_map<std::string_view, const TracedLine*> latest;
+    std::unordered_map<std::string_view, const TracedLine*, mqf2vxb::SeededHash> latest;
     for (const TracedLine& line : lines) {
         const SourcePlace place{&mqf, line.offset};
         const std::string_view key = keyOf(line);

@@ -5,6 +5,7 @@
 #include <unordered_set>
 #include <vector>
 
+#include "base/seeded_hash.h"
 #include "vxbtool/lint/model_checks.h"
 
 namespace vxbtool::lint {
@@ -173,7 +174,7 @@ private:
 
     void checkGroups(const std::vector<NamedList>& assignments) {
         const std::vector<NamedList> groups = namedLists(*source_.sqx, 1);
-        std::unordered_set<std::string> groupNames;
+        std::unordered_set<std::string, SeededHash> groupNames;
         for (const NamedList& group : groups) {
             groupNames.insert(group.name->text);
             for (const TracedToken* range : group.items) {
@@ -198,7 +199,7 @@ private:
             }
             known = &assignment;
         }
-        std::unordered_set<std::string> carried;
+        std::unordered_set<std::string, SeededHash> carried;
         for (const auto& [coordinate, assignment] : latest) {
             for (const TracedToken* object : assignment->items) {
                 carried.insert(object->text);

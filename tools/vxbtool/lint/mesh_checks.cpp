@@ -37,7 +37,7 @@ public:
 
     void strip(std::size_t mesh) { mesh_ = mesh; }
 
-    void stripPolygon(const PacketForm& /*form*/, const DrawnPolygon& drawn, std::size_t k) {
+    void stripPolygon(const PacketForm& form, const DrawnPolygon& drawn, std::size_t k) {
         const TracedFile& bnd = *linted_.source.bnd;
         const SourcePlace place{&bnd, bnd.tokens[firstToken_[mesh_] + k].offset};
         const auto polygon = fmt::arg("polygon", drawn.number);
@@ -56,10 +56,34 @@ public:
         if (!sameForm(first, drawn.appearance)) {
             findings_.add(kind::stripMixed, place, polygon);
         }
+        checkIndices(form, k == 0 ? form.packet : form.further, drawn, place);
         remember(drawn, k);
     }
 
 private:
+    /// Nothing looks up the third field of a line, or a normal that the polygon does not have for
+    /// itself. The sizes of a sprite are none of these: they have their places in its packet.
+    void checkIndices(const PacketForm& form, const PacketWords& words, const DrawnPolygon& drawn,
+                      const SourcePlace& place) {
+        const Model& model = linted_.model;
+        const auto check = [&](Field field, const char* what, std::int32_t index,
+                               std::size_t count) {
+            if (words.has(field) && static_cast<std::size_t>(index) >= count) {
+                findings_.add(kind::stripNamesNothing, place, fmt::arg("polygon", drawn.number),
+                              fmt::arg("what", what), fmt::arg("index", index),
+                              fmt::arg("count", count));
+            }
+        };
+        for (std::size_t i = 0; i < form.corners(); ++i) {
+            if (drawn.type != polygon_type::sprite) {
+                check(cornerField(Field::V0, i), "vertex", drawn.vertex(i), model.vertices.size());
+            }
+            if (!model.normals.empty()) {
+                check(cornerField(Field::N0, i), "normal", drawn.normal(i), model.normals.size());
+            }
+        }
+    }
+
     void remember(const DrawnPolygon& drawn, std::size_t k) {
         const auto geo = [&](std::size_t corner) { return geoNumber(drawn, drawn.vertex(corner)); };
         edge_ = {k == 0 ? drawn.vertex(1) : edge_[1], drawn.vertex(2)};

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "base/seeded_hash.h"
 #include "format/fixed_point.h"
 #include "format/key_frame_forms.h"
 #include "text/scan.h"
@@ -17,7 +18,7 @@ namespace {
 
 using namespace mqf2vxb;
 
-using Names = std::unordered_set<std::string_view>;
+using Names = std::unordered_set<std::string_view, SeededHash>;
 
 /// Walks the lines of one motion file beside the records that were read from them.
 class MotionCheck {
@@ -122,7 +123,7 @@ private:
         } else if (step.showsKeyFrame() && !hasGroup(step.type)) {
             constexpr std::size_t typeWord = 2;
             findings_.add(kind::keyFrameElsewhere, word(typeWord),
-                          fmt::arg("keyFrame", step.keyFrame));
+                          fmt::arg("keyFrame", static_cast<std::int32_t>(step.keyFrame)));
         }
     }
 
