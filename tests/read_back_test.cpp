@@ -20,6 +20,7 @@ namespace {
 using Triple = std::array<float, 3>;
 
 struct ToldPolygon {
+    std::size_t points = 0;  ///< how many of its fields are vertices
     std::uint32_t code = 0;
     std::array<std::size_t, 4> vertex{};
     std::array<std::size_t, 4> normal{};
@@ -38,7 +39,6 @@ struct ToldPolygon {
         return kinds.find(kind) != std::string_view::npos;
     }
     [[nodiscard]] bool unlit() const { return (flag & 1U) != 0; }
-    [[nodiscard]] std::size_t corners() const { return (code & 0x18U) == 0x10U ? 4 : 3; }
 };
 
 class ToldModel {
@@ -72,7 +72,10 @@ private:
             const Numbers line =
                 numbersOf(text.at(static_cast<std::size_t>(1 + counts[0] + counts[1] + i)));
             ToldPolygon& polygon = polygons.emplace_back();
-            polygon.code = line.at(0) == 0 ? 8 : 0x10;
+            constexpr std::array<std::uint32_t, 4> shapes{8, 0x10, 0, 0x20};
+            polygon.code = shapes.at(static_cast<std::size_t>(line.at(0)));
+            polygon.points =
+                std::array<std::size_t, 4>{3, 4, 2, 1}.at(static_cast<std::size_t>(line[0]));
             for (std::size_t k = 0; k < 4; ++k) {
                 polygon.vertex[k] = static_cast<std::size_t>(line.at(1 + k));
                 polygon.normal[k] = static_cast<std::size_t>(line.at(5 + k));
@@ -155,6 +158,7 @@ private:
             for (std::size_t p = std::stoul(range);
                  p <= std::stoul(range.substr(range.find('-') + 1)); ++p) {
                 look.code = polygons.at(p).code;
+                look.points = polygons[p].points;
                 look.vertex = polygons[p].vertex;
                 look.normal = polygons[p].normal;
                 polygons[p] = look;
@@ -165,7 +169,6 @@ private:
     void makeCodes() {
         for (ToldPolygon& p : polygons) {
             const bool coloured = p.is("GHN");
-            const std::size_t corners = p.corners();
             p.code |= p.is("TDHWSN") ? 1 : 0;
             p.code |= coloured && !p.unlit() ? 2 : 0;
             p.code |= (p.unlit() ? coloured : p.shading == 'G') ? 4 : 0;
@@ -175,7 +178,7 @@ private:
             p.code |= (p.flag & 2U) != 0 ? 0x100000 : 0;
             p.code |= (p.flag & 4U) != 0 ? 0x200000 : 0;
             p.coordinates = coordinates_.at(p.vertex[0]);
-            for (std::size_t k = 1; k < corners; ++k) {
+            for (std::size_t k = 1; k < p.points; ++k) {
                 if (coordinates_.at(p.vertex[k]).at(0) != coordinates_.at(p.vertex[0]).at(0)) {
                     p.coordinates.clear();
                     p.code |= 0x1000000;
@@ -191,7 +194,7 @@ private:
             std::array<std::size_t, 3> latest{};
             for (std::size_t k = 0; mesh.size() > 1 && k < mesh.size(); ++k) {
                 ToldPolygon& p = polygons.at(static_cast<std::size_t>(mesh[k]));
-                p.code |= 0x18;
+                p.code = polygons[static_cast<std::size_t>(mesh[0])].code | 0x18;
                 p.place = k;
                 for (std::size_t j = 1; k > 0 && j < 3; ++j) {
                     const auto* const same =
@@ -242,17 +245,23 @@ public:
         bool same = true;
         for (std::size_t k = 0; k < packet.corners(); ++k) {
             if (packet.has(cornerField(Field::V0, k))) {
-                same &=
-                    equal(file_.point(shared ? file_.vertices.shared : everything(file_.vertices),
-                                      packet.vertex(k)),
-                          told_.vertices.at(polygon.vertex[k]), scale_);
+                same &= polygon.points < 3 ? packet.vertex(k) == polygon.vertex[k]
+                                           : equal(file_.point(shared ? file_.vertices.shared
+                                                                      : everything(file_.vertices),
+                                                               packet.vertex(k)),
+                                                   told_.vertices.at(polygon.vertex[k]), scale_);
             }
             if (packet.has(cornerField(Field::N0, k)) && !told_.normals.empty()) {
                 // A flat shared polygon has its first normal at every corner.
                 const std::size_t n = shared && polygon.shading == 'F' ? 0 : k;
-                same &= equal(file_.point(shared ? file_.normals.shared : everything(file_.normals),
-                                          packet[cornerField(Field::N0, k)]),
-                              told_.normals.at(polygon.normal[n]), 4096);
+                const std::uint32_t index = packet[cornerField(Field::N0, k)];
+                // Nothing looks up the normals 1 to 3 of a flat polygon.
+                same &= polygon.normal[n] >= told_.normals.size()
+                            ? index == polygon.normal[n]
+                            : equal(file_.point(shared ? file_.normals.shared
+                                                       : everything(file_.normals),
+                                                index),
+                                    told_.normals.at(polygon.normal[n]), 4096);
             }
             if (packet.has(cornerField(Field::C0, k))) {
                 same &= (packet[cornerField(Field::C0, k)] & 0xFFFFFFU) == colour(polygon, k);

@@ -131,28 +131,54 @@ private:
     void makePolygons() {
         const bool meshes = chance(50);
         const std::uint32_t normals = chance(80) ? 1 + below(8) : 0;
+        // Strips with lines, sprites and flat polygons among smooth ones; never with shared polygons,
+        // whose gathering renumbers only some of the fields of such a strip.
+        const bool mixed = meshes && chance(30);
         std::string polygons, materials, strips;
         std::uint32_t polygonNum = 0;
+        std::uint32_t materialNum = 0;
         const std::uint32_t units = below(25);
         for (std::uint32_t unit = 0; unit < units; ++unit) {
             const std::uint32_t length = meshes && chance(60) ? 2 + below(4) : 1;
-            std::vector<std::uint32_t> ends = chance(35) ? apart() : std::vector<std::uint32_t>{};
+            std::vector<std::uint32_t> ends =
+                !mixed && chance(35) ? apart() : std::vector<std::uint32_t>{};
             const Block* block = ends.empty()
                                      ? &blocks_[below(static_cast<std::uint32_t>(blocks_.size()))]
                                      : nullptr;
             const bool triangle = length > 1 || chance(50);
-            materials += material(polygonNum, length);
+            const std::string look = material();
+            const bool mixes = mixed && length > 1;
+            const bool manyColours =
+                look.find_first_of("GHN", look.find_first_of("FG") + 1) != std::string::npos;
+            const auto addMaterial = [&](std::uint32_t first, std::uint32_t count,
+                                         std::string text) {
+                materials += std::to_string(first) + "-" + std::to_string(first + count - 1) + text;
+                ++materialNum;
+            };
+            std::string flat = look;
+            flat[look.find_first_of("FG")] = 'F';
+            if (mixes) {
+                addMaterial(polygonNum, 1, look);
+            }
+            addMaterial(polygonNum + (mixes ? 1 : 0), length - (mixes ? 1 : 0),
+                        mixes ? flat : look);
             strips += std::to_string(length);
             for (std::uint32_t i = 0; i < length; ++i) {
+                const bool free = mixes && i > 0;
+                const std::uint32_t type = free && !manyColours && chance(40) ? 2 + below(2)
+                                           : triangle                         ? 0
+                                                                              : 1;
+                const std::size_t corners = type < 2 ? 4 : 4 - type;
                 std::array<std::uint32_t, 4> vertex{};
                 for (std::size_t k = 0; k < vertex.size(); ++k) {
-                    vertex[k] = k < ends.size() ? ends[k] : corner(block);
+                    vertex[k] = k < ends.size() ? ends[k] : k < corners ? corner(block) : below(20);
                 }
-                polygons += triangle ? "0" : "1";
+                polygons += std::to_string(type);
                 for (const std::uint32_t v : vertex) {
                     polygons += " " + std::to_string(v);
                 }
-                polygons += numbers(4, std::max(normals, 1U)) + ";";
+                polygons += numbers(1, std::max(normals, 1U)) +
+                            numbers(3, std::max(normals, 1U) + (free ? 3 : 0)) + ";";
                 strips += " " + std::to_string(polygonNum++);
             }
             strips += ";";
@@ -163,12 +189,12 @@ private:
             model_.geo += number(1000) + numbers(2, 40000) + ";";
         }
         model_.geo += polygons;
-        model_.srf = std::to_string(units) + ";" + materials;
+        model_.srf = std::to_string(materialNum) + ";" + materials;
         model_.bnd = meshes ? std::to_string(units) + ";" + strips : "";
     }
 
-    /// The SRF line of these polygons.
-    std::string material(std::uint32_t first, std::uint32_t count) {
+    /// An SRF line behind its polygons.
+    std::string material() {
         const char kind = "CGTDHWSN"[below(8)];
         const bool window = std::string("WSN").find(kind) != std::string::npos;
         const bool textured = window || std::string("TDH").find(kind) != std::string::npos;
@@ -177,8 +203,7 @@ private:
         const std::uint32_t flag =
             below(16) << 1U | (unlit ? 1 : 0) | (unlit && !window && chance(40) ? 0x80U : 0);
         std::ostringstream line;
-        line << first << '-' << first + count - 1 << ' ' << std::hex << flag << std::dec
-             << (chance(50) ? " F " : " G ") << kind;
+        line << ' ' << std::hex << flag << std::dec << (chance(50) ? " F " : " G ") << kind;
         if (textured) {
             line << ' ' << below(static_cast<std::uint32_t>(model_.images.size()));
         }
