@@ -4,7 +4,6 @@
 
 #include "support/memory_files.h"
 #include "support/test_folder.h"
-#include "vxbtool/convert/depfile.h"
 
 namespace mqf2vxb::tests {
 namespace {
@@ -120,9 +119,6 @@ TEST_F(Convert, RefusesToOverwriteAnInput) {
 }
 
 TEST_F(Convert, ListsTheInputsInADepfile) {
-    EXPECT_EQ(vxbtool::depfileText("a b.vxb", std::array<std::string, 2>{"c#$d", "e\\ f:g\\h"}),
-              "a\\ b.vxb: \\\n  c\\#$$d \\\n  e\\\\\\ f\\:g\\h\n\nc\\#$$d:\n\ne\\\\\\ f\\:g\\h:\n");
-
     fs::create_directory(folder.path() / "art");
     folder.run("mv *.geo *.srf *.axs *.frm *.bnd *.sqx *.clp *.pxl art; cp m.mqf art");
     const TestFolder::Result result = convert("art/m.mqf");
