@@ -1,10 +1,10 @@
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <array>
 
 #include "support/memory_files.h"
 #include "support/test_folder.h"
-#include "vxbtool/convert/depfile.h"
 
 namespace mqf2vxb::tests {
 namespace {
@@ -94,20 +94,41 @@ TEST_F(Convert, ReplacesOutputsOnlyWhenAllAreWhole) {
     }
     EXPECT_FALSE(leftTemporaryFiles());
 
-    folder.run("chmod 640 m.vxb");
+    folder.run("chmod 6640 m.vxb");
     expect("-o m.vxb --hex hex --depfile m.d good.mqf", 0);
     EXPECT_EQ(folder.read("m.vxb"), wanted);
     EXPECT_EQ(fs::status(folder.path() / "m.vxb").permissions(), fs::perms{0640});
 }
 
 TEST_F(Convert, RemovesTemporaryFilesOnASignal) {
-    // The tool waits for a reader of the hex text when the VXB file is begun already.
-    const TestFolder::Result result =
-        folder.run("mkfifo hex; '" VXBTOOL_PROGRAM "' convert --hex hex m.mqf & "
-                   "while ! ls .vxbtool-* >seen 2>&1; do sleep 0.01; done; kill $!; wait $!");
-    EXPECT_EQ(result.status, 128 + SIGTERM);
+    folder.run("mkfifo hex");
+    for (const int signal : {SIGTERM, SIGXCPU, SIGALRM, SIGUSR2}) {
+        // The tool waits for a reader of the hex text when the VXB file is begun already.
+        const TestFolder::Result result =
+            folder.run("true; '" VXBTOOL_PROGRAM "' convert --hex hex m.mqf & "
+                       "while ! ls .vxbtool-* >seen 2>&1; do sleep 0.01; done; kill -" +
+                       std::to_string(signal) + " $!; wait $!");
+        EXPECT_EQ(result.status, 128 + signal);
+        EXPECT_FALSE(leftTemporaryFiles());
+        EXPECT_EQ(folder.read("m.vxb"), "");
+    }
+}
+
+TEST_F(Convert, ReportsAFileThatMayNotGrow) {
+    const std::string report = "\nCan't write this file!\n\nFile Name:m.vxb\n";
+    EXPECT_EQ(folder.run("ulimit -f 1; '" VXBTOOL_PROGRAM "' convert m.mqf").output,
+              "m.vxb: Can't write this file!\n" + report);
     EXPECT_FALSE(leftTemporaryFiles());
-    EXPECT_EQ(folder.read("m.vxb"), "");
+    EXPECT_THAT(folder.run("ulimit -f 1; '" MQF2VXB_PROGRAM "' m.mqf").output,
+                testing::EndsWith(report));
+}
+
+TEST_F(Convert, WritesNoMessageIntoAnOutput) {
+    folder.run("for i in 1 2 3 4; do sed s/g.geo/none.geo/ m.mqf >bad$i.mqf; done; "
+               "exec '" VXBTOOL_PROGRAM "' convert --lint -j 4 m.mqf bad*.mqf <&- >&- 2>&-");
+    EXPECT_EQ(folder.read("m.vxb"), wanted);
+    folder.run("rm m.vxb; exec '" MQF2VXB_PROGRAM "' m.mqf <&- >&- 2>&-");
+    EXPECT_EQ(folder.read("m.vxb"), wanted);
 }
 
 TEST_F(Convert, RefusesToOverwriteAnInput) {
@@ -120,9 +141,6 @@ TEST_F(Convert, RefusesToOverwriteAnInput) {
 }
 
 TEST_F(Convert, ListsTheInputsInADepfile) {
-    EXPECT_EQ(vxbtool::depfileText("a b.vxb", std::array<std::string, 2>{"c#$d", "e\\ f:g\\h"}),
-              "a\\ b.vxb: \\\n  c\\#$$d \\\n  e\\\\\\ f\\:g\\h\n\nc\\#$$d:\n\ne\\\\\\ f\\:g\\h:\n");
-
     fs::create_directory(folder.path() / "art");
     folder.run("mv *.geo *.srf *.axs *.frm *.bnd *.sqx *.clp *.pxl art; cp m.mqf art");
     const TestFolder::Result result = convert("art/m.mqf");

@@ -6,14 +6,17 @@
 // session.status; CLI::ValidationError thrown from the callback is bad usage. List NAME.cpp in
 // tools/CMakeLists.txt, call addName() below, and describe the subcommand in docs/man/vxbtool.1.
 
+#include <cerrno>
 #include <cstdio>
 #include <exception>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
 
+#include "run/process.h"
 #include "vxbtool/check/check.h"
 #include "vxbtool/completion/completion.h"
 #include "vxbtool/convert/convert.h"
@@ -73,12 +76,22 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     return static_cast<int>(session.status);
 }
 
+/// What was printed has to arrive, or a program that reads it takes a part for the whole.
+void finishStandardOutput() {
+    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+        throw std::system_error(errno, std::generic_category(), "the output cannot be written");
+    }
+}
+
 }  // namespace
 }  // namespace vxbtool
 
 int main(int argumentCount, char** arguments) {
+    mqf2vxb::guardOutputs();
     try {
-        return vxbtool::runCommandLine(argumentCount, arguments);
+        const int status = vxbtool::runCommandLine(argumentCount, arguments);
+        vxbtool::finishStandardOutput();
+        return status;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "vxbtool: %s\n", error.what());
         return static_cast<int>(vxbtool::ExitStatus::badInput);

@@ -4,7 +4,9 @@
 #include <filesystem>
 #include <string_view>
 #include <system_error>
+#include <utility>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include "base/diagnostics.h"
@@ -15,10 +17,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// What the program has open under this number.
+/// What the program has open under this number; closed at the end when it is `owned`.
 class OpenFile final : public mqf2vxb::OutputFile {
 public:
-    explicit OpenFile(int descriptor) : descriptor_(descriptor) {}
+    OpenFile(int descriptor, bool owned) : descriptor_(descriptor), owned_(owned) {}
+    OpenFile(const OpenFile&) = delete;
+    OpenFile& operator=(const OpenFile&) = delete;
+    ~OpenFile() override { (void)close(); }
 
     [[nodiscard]] bool write(std::string_view bytes) override {
         while (!bytes.empty()) {
@@ -31,10 +36,13 @@ public:
         }
         return true;
     }
-    [[nodiscard]] bool close() override { return true; }
+    [[nodiscard]] bool close() override {
+        return !std::exchange(owned_, false) || ::close(descriptor_) == 0;
+    }
 
 private:
     int descriptor_;
+    bool owned_;
 };
 
 /// The number of "/dev/stdout", "/dev/fd/3" and the like; -1 for any other name.
@@ -68,7 +76,7 @@ std::unique_ptr<mqf2vxb::OutputFile> ConvertFiles::create(const std::string& nam
     if (fs::exists(status)) {
         // Opened anew, a file that standard output was redirected to would lose what it holds.
         if (const int descriptor = descriptorOf(name); descriptor >= 0) {
-            return std::make_unique<OpenFile>(descriptor);
+            return std::make_unique<OpenFile>(descriptor, false);
         }
         if (!fs::is_regular_file(status)) {
             return disk_.create(name);
@@ -78,15 +86,24 @@ std::unique_ptr<mqf2vxb::OutputFile> ConvertFiles::create(const std::string& nam
         }
     }
     const fs::path target = mqf2vxb::finalTarget(name);
-    const std::string temporary = temporaryFiles_.reserve(target.parent_path());
-    if (temporary.empty()) {
+    // Nobody else reads what will replace a file that nobody else may read, not even in between.
+    constexpr mode_t ownerOnly = 0600;
+    constexpr mode_t everybody = 0666;
+    const TemporaryFiles::Created temporary =
+        temporaryFiles_.create(target.parent_path(), fs::exists(status) ? ownerOnly : everybody);
+    if (temporary.descriptor < 0) {
         return nullptr;
     }
-    staged_.push_back({temporary, target, name});
+    auto file = std::make_unique<OpenFile>(temporary.descriptor, true);
+    staged_.push_back({temporary.name, target, name});
     if (fs::exists(status)) {
-        fs::permissions(temporary, status.permissions(), error);
+        // Without the bits that would run the new file as another user.
+        const auto kept = static_cast<mode_t>(status.permissions() & fs::perms::all);
+        if (::fchmod(temporary.descriptor, kept) != 0) {
+            return nullptr;
+        }
     }
-    return disk_.create(temporary);
+    return file;
 }
 
 void ConvertFiles::commit() {

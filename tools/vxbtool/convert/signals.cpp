@@ -18,24 +18,23 @@ constexpr int wakeUp = SIGUSR1;
 
 }  // namespace
 
-std::string TemporaryFiles::reserve(const std::string& folder) {
+TemporaryFiles::Created TemporaryFiles::create(const std::string& folder, mode_t permissions) {
     constexpr int mostTries = 1000;  // names that an earlier, killed run left behind
     const std::lock_guard lock(mutex_);
     for (int i = 0; i < mostTries; ++i) {
         // Not made from the output's name, which may be as long as names can be.
         const std::string leaf = fmt::format(".vxbtool-{}-{}.tmp", ::getpid(), ++counter_);
         std::string name = std::filesystem::path(folder) / leaf;
-        const int file = ::open(name.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0666);
+        const int file = ::open(name.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, permissions);
         if (file >= 0) {
-            ::close(file);
             names_.insert(name);
-            return name;
+            return {name, file};
         }
         if (errno != EEXIST) {
             break;
         }
     }
-    return {};
+    return {{}, -1};
 }
 
 bool TemporaryFiles::rename(const std::string& file, const std::string& target) {
@@ -66,7 +65,8 @@ std::unique_lock<std::mutex> TemporaryFiles::removeAll() {
 SignalWatch::SignalWatch(TemporaryFiles& files) : files_(files) {
     ::sigemptyset(&signals_);
     ::sigaddset(&signals_, wakeUp);
-    for (const int signal : std::array{SIGINT, SIGTERM, SIGHUP}) {
+    for (const int signal : std::array{SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGALRM, SIGVTALRM,
+                                       SIGPROF, SIGXCPU, SIGUSR2}) {
         struct sigaction action {};
         ::sigaction(signal, nullptr, &action);
         if (action.sa_handler != SIG_IGN) {

@@ -13,8 +13,13 @@ namespace vxbtool {
 /// thread may call.
 class TemporaryFiles {
 public:
-    /// Creates an empty file with a new name in `folder`; an empty name when that cannot be done.
-    [[nodiscard]] std::string reserve(const std::string& folder);
+    /// A new file, open for writing.
+    struct Created {
+        std::string name;
+        int descriptor;  ///< negative when the file could not be created
+    };
+    /// Creates an empty file with a new name in `folder` and with these permissions, less the umask.
+    [[nodiscard]] Created create(const std::string& folder, mode_t permissions);
     /// Gives a finished file its right name; false when that cannot be done.
     [[nodiscard]] bool rename(const std::string& file, const std::string& target);
     void remove(const std::string& file);
@@ -27,8 +32,8 @@ private:
     unsigned counter_ = 0;
 };
 
-/// While it lives, SIGINT, SIGTERM and SIGHUP remove the temporary files before they end the
-/// program, unless they are ignored, as under nohup. Made before other threads are started, which
+/// While it lives, the signals with which users, terminals, timers and limits end a program remove
+/// the temporary files first, but for those that are ignored, as SIGHUP under nohup. Made before other threads are started, which
 /// inherit that they do not receive these signals.
 class SignalWatch {
 public:
