@@ -1,15 +1,16 @@
 #!/usr/bin/env bash
 # Installs the Debian packages that the project needs and that are missing.
-# Usage: install-packages.sh [build] [test] [tools] [fuzz]     (no argument: all sets)
+# Usage: install-packages.sh [build] [test] [tools] [check] [fuzz]     (no argument: all sets)
 set -euo pipefail
 
 build_packages=(g++ cmake ninja-build)
-test_packages=(libgtest-dev libgmock-dev make clang-format clang-tidy)
+test_packages=(libgtest-dev libgmock-dev make)
 tools_packages=(libcli11-dev libfmt-dev nlohmann-json3-dev)
+check_packages=(git clang-format clang-tidy dpkg-dev file lintian)
 fuzz_packages=(clang libclang-rt-14-dev llvm)
 
 if (($# == 0)); then
-    set -- build test tools fuzz
+    set -- build test tools check fuzz
 fi
 wanted=()
 for set_name in "$@"; do
@@ -17,9 +18,10 @@ for set_name in "$@"; do
     build) wanted+=("${build_packages[@]}") ;;
     test) wanted+=("${test_packages[@]}") ;;
     tools) wanted+=("${tools_packages[@]}") ;;
+    check) wanted+=("${check_packages[@]}") ;;
     fuzz) wanted+=("${fuzz_packages[@]}") ;;
     *)
-        echo "usage: $0 [build] [test] [tools] [fuzz]" >&2
+        echo "usage: $0 [build] [test] [tools] [check] [fuzz]" >&2
         exit 2
         ;;
     esac

@@ -170,6 +170,9 @@ TEST_F(Convert, ConvertsManyModelsSideBySide) {
         const std::string name = "out/" + std::to_string(i) + ".vxb";
         EXPECT_EQ(folder.read(name), i == 20 || i == 30 ? "" : wanted) << i;
     }
+    if (folder.run("script -qc true log").status != 0) {
+        GTEST_SKIP() << "the machine has no pseudo-terminals, so nobody sees a progress line";
+    }
     const TestFolder::Result onTerminal =
         folder.run("script -qc \"'" VXBTOOL_PROGRAM "' convert -j 1 many/1.mqf many/2.mqf\" log");
     EXPECT_EQ(onTerminal.output, "\r\x1b[K[1/2] many/1.mqf\r\x1b[K[2/2] many/2.mqf\r\x1b[K");

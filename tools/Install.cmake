@@ -1,18 +1,10 @@
-# The tool, its manual pages, its completion scripts and the package that find_package(mqf2vxb) finds.
+# The tool, its completion scripts and the package that find_package(mqf2vxb) finds.
 
 include(CMakePackageConfigHelpers)
 
 set(package_folder ${CMAKE_INSTALL_LIBDIR}/cmake/mqf2vxb)
 
 install(TARGETS vxbtool EXPORT mqf2vxbTargets RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(FILES ${PROJECT_SOURCE_DIR}/docs/man/vxbtool.1
-    DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
-# The pages that the manual names.
-install(
-    FILES
-        ${PROJECT_SOURCE_DIR}/docs/findings.md
-        ${PROJECT_SOURCE_DIR}/docs/json-schema.md
-    DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
 function(install_completion shell folder name)
     set(script ${CMAKE_CURRENT_BINARY_DIR}/completion.${shell})
