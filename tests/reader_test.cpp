@@ -112,10 +112,10 @@ TEST(Reader, NamesTheFaultOfADamagedFile) {
     strip.bnd = "1;2 0 1";
     strip.images = {image(2, {0, 0})};
     reports += show(readWords(convertFiles(strip).words()));
-    for (const FindingKind* kind : findingKinds()) {
-        EXPECT_TRUE(reports.find(kind->code()) != std::string::npos || kind == &finding::tooLong ||
-                    kind == &finding::unreadable)
-            << kind->code();
+    for (const FindingKind& kind : findingKinds) {
+        EXPECT_TRUE(reports.find(kind.code) != std::string::npos || &kind == &finding::tooLong ||
+                    &kind == &finding::unreadable)
+            << kind.code;
     }
 }
 
@@ -149,7 +149,7 @@ TEST(Reader, KeepsItsReportShort) {
     std::copy_n(sound.begin(), 200, words.begin());
     const VxbFile file = readWords(words);
     EXPECT_GT(file.findings.count(Severity::error), 0U);
-    EXPECT_LE(file.findings.kept().size(), Findings::keptPerKind * findingKindNum);
+    EXPECT_LE(file.findings.kept().size(), Findings::keptPerKind * findingKinds.size());
 }
 
 }  // namespace

@@ -61,8 +61,8 @@ std::string wrongPlace(const ReportedFinding& finding, const mqf2vxb::tests::Fil
 
 TEST(AnyModel, LintNamesPlacesThatAreThereAndAgreesWithTheConverter) {
     std::set<std::string> codes;
-    for (const lint::Kind* kind : lint::kinds()) {
-        codes.emplace(kind->code);
+    for (const lint::FindingKind& kind : lint::kinds) {
+        codes.emplace(kind.code);
     }
     std::set<std::string> seen;
     for (std::uint32_t seed = 1; seed <= 500; ++seed) {

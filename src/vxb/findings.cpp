@@ -9,70 +9,10 @@
 namespace mqf2vxb {
 namespace {
 
-constexpr std::array<const FindingKind*, findingKindNum> kinds{
-    &finding::unevenLength,
-    &finding::tooLong,
-    &finding::endsInside,
-    &finding::wrongId,
-    &finding::notZero,
-    &finding::bit31Missing,
-    &finding::bit31Set,
-    &finding::bit23Missing,
-    &finding::bit23Set,
-    &finding::nobodysWords,
-    &finding::offsetMisses,
-    &finding::offsetOutside,
-    &finding::offsetOfNothing,
-    &finding::chainLoops,
-    &finding::chainGoesOn,
-    &finding::blockMisses,
-    &finding::blockTwice,
-    &finding::blockDangles,
-    &finding::headerUnused,
-    &finding::countDisagrees,
-    &finding::sizeDisagrees,
-    &finding::unknownGlobalHeader,
-    &finding::unknownType,
-    &finding::typeTwice,
-    &finding::groupDisagrees,
-    &finding::groupOverlaps,
-    &finding::groupOutside,
-    &finding::stripDoesNotFit,
-    &finding::vertexOutside,
-    &finding::normalOutside,
-    &finding::wrongPage,
-    &finding::wrongWindow,
-    &finding::wrongDrawingCode,
-    &finding::imagesDiffer,
-    &finding::oddBlock,
-    &finding::wrongOffset,
-    &finding::normalsUnowned,
-    &finding::parentMisses,
-    &finding::parentLoops,
-    &finding::animatedMisses,
-    &finding::animatedOutside,
-    &finding::startUnresolved,
-    &finding::stepOutside,
-    &finding::unknownControl,
-    &finding::keyFrameTypeOutside,
-    &finding::keyFrameOutside,
-    &finding::keyFramePastEnd,
-    &finding::keyFramesOverlap,
-    &finding::imageOffset,
-    &finding::unreadable,
-    &finding::stripVertexOutside,
-    &finding::stripNormalOutside,
-};
-
-constexpr bool numbersAscend() {
-    for (std::size_t i = 0; i < kinds.size(); ++i) {
-        if (kinds[i]->number != i + 1) {
-            return false;
-        }
-    }
-    return true;
+/// The place of a kind in the catalogue.
+std::size_t placeOf(const FindingKind& kind) {
+    return static_cast<std::size_t>(&kind - findingKinds.data());
 }
-static_assert(numbersAscend());
 
 std::string hexadecimal(std::uint32_t value) {
     std::array<char, 11> text{};
@@ -95,13 +35,6 @@ std::string valueText(const Finding& finding, std::string_view name) {
 
 }  // namespace
 
-std::string FindingKind::code() const {
-    const std::string digits = std::to_string(number);
-    return "VXB" + std::string(3 - std::min<std::size_t>(digits.size(), 3), '0') + digits;
-}
-
-std::span<const FindingKind* const> findingKinds() { return kinds; }
-
 std::string Finding::text() const {
     std::string result;
     std::string_view rest = kind->text;
@@ -117,12 +50,12 @@ std::string Finding::text() const {
 
 std::string Finding::line() const {
     return "word " + std::to_string(offset) +
-           (kind->severity == Severity::error ? ": error " : ": warning ") + kind->code() + ": " +
-           text();
+           (kind->severity == Severity::error ? ": error " : ": warning ") +
+           std::string(kind->code) + ": " + text();
 }
 
 void Findings::add(const Finding& finding) {
-    if (counts_[finding.kind->number]++ < keptPerKind) {
+    if (counts_[placeOf(*finding.kind)]++ < keptPerKind) {
         kept_.push_back(finding);
     }
 }
@@ -132,12 +65,12 @@ void Findings::sort() {
                      [](const Finding& a, const Finding& b) { return a.offset < b.offset; });
 }
 
-std::size_t Findings::count(const FindingKind& kind) const { return counts_[kind.number]; }
+std::size_t Findings::count(const FindingKind& kind) const { return counts_[placeOf(kind)]; }
 
 std::size_t Findings::count(Severity severity) const {
     std::size_t sum = 0;
-    for (const FindingKind* kind : kinds) {
-        sum += kind->severity == severity ? count(*kind) : 0;
+    for (const FindingKind& kind : findingKinds) {
+        sum += kind.severity == severity ? count(kind) : 0;
     }
     return sum;
 }

@@ -58,15 +58,15 @@ struct CheckArguments {
 
 std::vector<std::string> checkCodes() {
     std::vector<std::string> codes;
-    for (const FindingKind* kind : mqf2vxb::findingKinds()) {
-        codes.push_back(kind->code());
+    for (const FindingKind& kind : mqf2vxb::findingKinds) {
+        codes.emplace_back(kind.code);
     }
     return codes;
 }
 
 ReportedFinding reported(const Finding& finding, const std::string& file) {
     ReportedFinding result;
-    result.code = finding.kind->code();
+    result.code = finding.kind->code;
     result.severity = finding.kind->severity;
     result.text = finding.text();
     result.file = file;

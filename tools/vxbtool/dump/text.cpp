@@ -27,7 +27,7 @@ public:
             const Finding& finding = rest_.front();
             output_.format("{:>10}^ {}: {} [{}]\n", "",
                            finding.kind->severity == Severity::error ? "error" : "warning",
-                           finding.text(), finding.kind->code());
+                           finding.text(), finding.kind->code);
         }
     }
 

@@ -37,9 +37,10 @@ std::string plainText(std::string_view text) {
     return plain;
 }
 
-std::string row(std::string_view code, mqf2vxb::Severity severity, std::string_view text) {
-    return fmt::format("| {} | {} | {} |\n", code,
-                       severity == mqf2vxb::Severity::error ? "error" : "warning", plainText(text));
+std::string row(const mqf2vxb::FindingKind& kind) {
+    return fmt::format("| {} | {} | {} |\n", kind.code,
+                       kind.severity == mqf2vxb::Severity::error ? "error" : "warning",
+                       plainText(kind.text));
 }
 
 }  // namespace
@@ -48,13 +49,13 @@ std::string catalogueDocument() {
     std::string document(introduction);
     document += "\n## vxbtool check\n";
     document += tableHead;
-    for (const mqf2vxb::FindingKind* kind : mqf2vxb::findingKinds()) {
-        document += row(kind->code(), kind->severity, kind->text);
+    for (const mqf2vxb::FindingKind& kind : mqf2vxb::findingKinds) {
+        document += row(kind);
     }
     document += "\n## vxbtool lint\n";
     document += tableHead;
-    for (const lint::Kind* kind : lint::kinds()) {
-        document += row(kind->code, kind->severity, kind->text);
+    for (const mqf2vxb::FindingKind& kind : lint::kinds) {
+        document += row(kind);
     }
     return document;
 }

@@ -31,7 +31,7 @@ class Findings {
 public:
     /// Adds a finding. The values are fmt::arg()s for the names in the kind's text.
     template <class... Values>
-    void add(const Kind& kind, SourcePlace place, const Values&... values) {
+    void add(const FindingKind& kind, SourcePlace place, const Values&... values) {
         found_.push_back({&kind, place, fmt::format(fmt::runtime(kind.text), values...)});
     }
 
@@ -40,7 +40,7 @@ public:
 
 private:
     struct Found {
-        const Kind* kind;
+        const FindingKind* kind;
         SourcePlace place;
         std::string text;
     };

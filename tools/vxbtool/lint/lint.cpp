@@ -55,8 +55,8 @@ struct LintArguments {
 
 std::vector<std::string> lintCodes() {
     std::vector<std::string> codes;
-    for (const lint::Kind* kind : lint::kinds()) {
-        codes.emplace_back(kind->code);
+    for (const lint::FindingKind& kind : lint::kinds) {
+        codes.emplace_back(kind.code);
     }
     return codes;
 }

@@ -102,7 +102,7 @@ public:
 
 private:
     template <class... Values>
-    void add(const Kind& kind, std::size_t number, const Values&... values) const {
+    void add(const FindingKind& kind, std::size_t number, const Values&... values) const {
         findings_.add(kind, linted_.source.material(line_, wordsBeforeNumbers + number), values...,
                       fmt::arg("image", appearance_.texture()), fmt::arg("width", texels_.width),
                       fmt::arg("height", texels_.height));
