@@ -70,13 +70,12 @@ constexpr Bodies unlit{
 /// The drawing packet that a double packet holds twice: a zero word, and for every corner its
 /// colour if it has one, a zero word and its texture if there is one.
 constexpr PacketWords drawingPacket(std::size_t corners, bool smooth, bool textured) {
-    constexpr std::array<Field, 4> colour{C0, C1, C2, C3};
     constexpr std::array<PacketWord, 4> texture{{texture0, texture1, {T2, zero}, {T3, zero}}};
     PacketWords words;
     words.add({zero, zero});
     for (std::size_t i = 0; i < corners; ++i) {
         if (i == 0 || smooth) {
-            words.add({colour[i], zero});
+            words.add({cornerField(C0, i), zero});
         }
         words.add({zero, zero});
         if (textured) {
@@ -119,16 +118,6 @@ constexpr PrimitiveTypeCode shapeBits(PacketShape shape) {
     }
 }
 
-constexpr PrimitiveTypeCode familyBits(PacketFamily family) {
-    switch (family) {
-    case PacketFamily::unlit: return type_code::unlit;
-    case PacketFamily::window: return type_code::window;
-    case PacketFamily::unlitWindow: return type_code::unlit | type_code::window;
-    case PacketFamily::doubleImage: return type_code::unlit | type_code::doubleImage;
-    default: return 0;
-    }
-}
-
 /// Whether the family has a form with these low bits: a window needs a texture, and outside the
 /// lit families the colours of the corners come with the smooth bit.
 constexpr bool hasForm(PacketFamily family, PrimitiveTypeCode low) {
@@ -150,7 +139,7 @@ constexpr std::size_t colourCount(const PacketForm& form) {
 
 constexpr PacketForm makeForm(PacketFamily family, PacketShape shape, PrimitiveTypeCode low) {
     PacketForm form;
-    form.code = familyBits(family) | shapeBits(shape) | low;
+    form.code = packetFamily(family).bits | shapeBits(shape) | low;
     form.family = family;
     form.shape = shape;
     form.textured = (low & type_code::textured) != 0;
@@ -168,9 +157,8 @@ constexpr PacketForm makeForm(PacketFamily family, PacketShape shape, PrimitiveT
     if (form.windowed()) {
         form.opening.add({window, zero});
     }
-    constexpr std::array<Field, 4> colour{C0, C1, C2, C3};
     for (std::size_t i = 0; i < form.colours; ++i) {
-        form.opening.add({colour[i], zero});
+        form.opening.add({cornerField(C0, i), zero});
     }
     const Bodies& bodies = !form.lit() ? unlit : smooth ? litSmooth : litFlat;
     const auto words = [&](const Body& body) { return form.textured ? body.textured : body.plain; };
@@ -190,9 +178,8 @@ constexpr std::size_t formNum = 66;
 constexpr std::array<PacketForm, formNum> makeForms() {
     std::array<PacketForm, formNum> forms;
     std::size_t size = 0;
-    // This order is that of ascending codes.
-    for (const PacketFamily family : {PacketFamily::lit, PacketFamily::window, PacketFamily::unlit,
-                                      PacketFamily::doubleImage, PacketFamily::unlitWindow}) {
+    for (const PacketFamilyTraits& traits : packetFamilies) {
+        const PacketFamily family = traits.family;
         for (const PacketShape shape :
              {PacketShape::triangle, PacketShape::quadrangle, PacketShape::strip}) {
             for (PrimitiveTypeCode low = 0; low < type_code::triangle; ++low) {
@@ -222,6 +209,16 @@ constexpr std::array<std::uint8_t, 512> indexForms() {
 }
 
 constexpr std::array<std::uint8_t, 512> formOfKey = indexForms();
+
+constexpr bool everyFormFindsItself() {
+    for (std::size_t i = 0; i < forms.size(); ++i) {
+        if (formOfKey[formKey(forms[i].code)] != i) {
+            return false;
+        }
+    }
+    return true;
+}
+static_assert(everyFormFindsItself());
 
 }  // namespace
 

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 #include "format/primitive_type.h"
 
@@ -91,6 +92,34 @@ private:
 
 enum class PacketFamily : std::uint8_t { lit, unlit, window, unlitWindow, doubleImage };
 enum class PacketShape : std::uint8_t { triangle, quadrangle, strip };
+
+struct PacketFamilyTraits {
+    PacketFamily family;
+    PrimitiveTypeCode bits;  ///< of all codes of the family
+    std::string_view name;   ///< for instance "lit"
+    std::string_view title;  ///< the same as a heading
+};
+
+/// All families, by ascending codes.
+inline constexpr std::array packetFamilies{
+    PacketFamilyTraits{PacketFamily::lit, 0, "lit", "Lit"},
+    PacketFamilyTraits{PacketFamily::window, type_code::window, "window",
+                       "Lit with a texture window"},
+    PacketFamilyTraits{PacketFamily::unlit, type_code::unlit, "unlit", "Unlit"},
+    PacketFamilyTraits{PacketFamily::doubleImage, type_code::unlit | type_code::doubleImage,
+                       "double", "Double image"},
+    PacketFamilyTraits{PacketFamily::unlitWindow, type_code::unlit | type_code::window,
+                       "unlit window", "Unlit with a texture window"},
+};
+
+/// What there is to say of a family. One that is not listed has no forms, so nobody asks for it.
+constexpr const PacketFamilyTraits& packetFamily(PacketFamily family) {
+    const PacketFamilyTraits* traits = packetFamilies.data();
+    while (traits->family != family) {
+        ++traits;
+    }
+    return *traits;
+}
 
 /// The form of the packets of one code.
 struct PacketForm {

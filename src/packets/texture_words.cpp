@@ -1,5 +1,7 @@
 #include "packets/texture_words.h"
 
+#include "format/texture_fields.h"
+
 namespace mqf2vxb {
 namespace {
 
@@ -27,7 +29,7 @@ ImagePlacement::ImagePlacement(const ImageRecord& image)
       dv_(position_.y % pageSize) {
     if (image.hasClut()) {
         const ImagePosition clut = image.clut.position();
-        clut_ = (((clut.x >> 4U) & 63U) + (clut.y << 6U)) & 0xFFFFU;
+        clut_ = mqf2vxb::clutField({clut.x, clut.y});
     }
 }
 
@@ -63,19 +65,15 @@ ImagePlacement::TextureFields ImagePlacement::windowTextures(const DrawnPolygon&
 }
 
 std::uint32_t ImagePlacement::windowWord(const MaterialAppearance& appearance) const {
-    const auto field = [](std::int64_t value, std::uint32_t shift) {
-        return ((static_cast<std::uint32_t>(value) & 0xF8U) >> 3U) << shift;
-    };
-    return field(-std::int64_t{appearance.windowWidth()}, 0) |
-           field(-std::int64_t{appearance.windowHeight()}, 5) |
-           field(appearance.windowX() + du_, 10) | field(appearance.windowY() + dv_, 15) |
-           0xE2U << 24U;
+    const auto size = [](std::int32_t texels) { return static_cast<std::uint32_t>(texels); };
+    const auto place = [](std::int64_t texel) { return static_cast<std::uint32_t>(texel); };
+    return mqf2vxb::windowWord({size(appearance.windowWidth()), size(appearance.windowHeight()),
+                                place(appearance.windowX() + du_),
+                                place(appearance.windowY() + dv_)});
 }
 
 std::uint32_t ImagePlacement::pageField(const MaterialAppearance& appearance) const {
-    return (mode_ & 3U) << 7U | ((appearance.flag >> 3U) & 3U) << 5U |
-           (position_.y & 0x200U) << 2U | (position_.y & 0x100U) >> 4U |
-           (position_.x & 0x3C0U) >> 6U;
+    return mqf2vxb::pageField({position_.x, position_.y, mode_, appearance.flag >> 3U});
 }
 
 }  // namespace mqf2vxb

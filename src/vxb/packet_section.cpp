@@ -5,6 +5,7 @@
 
 #include "format/drawing_code.h"
 #include "format/format.h"
+#include "format/texture_fields.h"
 #include "vxb/packet_decoder.h"
 #include "vxb/reading.h"
 
@@ -340,8 +341,7 @@ private:
             }
             break;
         case Field::page:
-            // Bits 0 to 4 and 11 are the page's place, 5 and 6 flag bits, 7 and 8 the depth.
-            if ((value & ~0x09FFU) != 0) {
+            if ((value & ~pageFieldBits) != 0) {
                 r_.report(finding::wrongPage, offset, value);
             }
             break;
@@ -354,7 +354,7 @@ private:
             }
             break;
         case Field::window:
-            if (value >> 20U != 0xE20) {
+            if (value >> 20U != windowMark) {
                 r_.report(finding::wrongWindow, offset, value);
             }
             break;

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "format/format.h"
+#include "format/texture_fields.h"
 #include "vxb/key_frame_decoder.h"
 #include "vxb/packet_decoder.h"
 #include "vxb/reading.h"
@@ -96,18 +97,19 @@ std::string_view globalHeaderName(GlobalHeaderKind kind) {
 }
 
 std::string formName(PrimitiveTypeCode type) {
-    constexpr std::array<std::string_view, 5> families{"lit", "unlit", "window", "unlit window",
-                                                       "double"};
-    constexpr std::array<std::string_view, 3> shapes{"triangles", "quadrangles", "strips"};
     const PacketForm* form = findPacketForm(type & ~type_code::first);
     if (form == nullptr) {
         return "unknown type";
     }
     std::string text((type & type_code::shared) != 0 ? "shared " : "");
-    text += families[static_cast<std::size_t>(form->family)];
+    text += packetFamily(form->family).name;
     text += (form->code & type_code::smooth) != 0 ? " smooth " : " flat ";
     text += form->textured ? "textured " : "";
-    text += shapes[static_cast<std::size_t>(form->shape)];
+    switch (form->shape) {
+    case PacketShape::triangle: text += "triangles"; break;
+    case PacketShape::quadrangle: text += "quadrangles"; break;
+    case PacketShape::strip: text += "strips"; break;
+    }
     return text + ((form->code & type_code::colourPerCorner) != 0 ? " with corner colours" : "");
 }
 
@@ -134,8 +136,8 @@ std::string fieldText(Field field, std::uint32_t value) {
     }
     case Field::page: {
         const TexturePage page = texturePage(value);
-        return "page at " + pair(page.x, page.y) + ", " + number(page.depth) + " bits, flag bits " +
-               number(page.flagBits);
+        return "page at " + pair(page.x, page.y) + ", " + number(page.depth()) +
+               " bits, flag bits " + number(page.flagBits);
     }
     case Field::window: {
         const TextureWindow window = textureWindow(value);
@@ -475,19 +477,6 @@ std::string placeName(const VxbFile& file, std::uint32_t offset) {
     }
     const std::uint32_t distance = offset - region->offset;
     return regionName(*region) + (distance > 0 ? " + " + number(distance) : "");
-}
-
-TexturePage texturePage(std::uint32_t field) {
-    constexpr std::array<std::uint32_t, 4> depths{4, 8, 16, 0};
-    return {(field & 0xFU) * 64, (field >> 4U & 1U) * 256 + (field >> 11U & 1U) * 512,
-            depths[field >> 7U & 3U], field >> 5U & 3U};
-}
-
-ClutPosition clutPosition(std::uint32_t field) { return {(field & 0x3FU) * 16, field >> 6U}; }
-
-TextureWindow textureWindow(std::uint32_t word) {
-    const auto field = [&](unsigned shift) { return (word >> shift & 0x1FU) * 8; };
-    return {256 - field(0), 256 - field(5), field(10), field(15)};
 }
 
 std::string_view fieldName(Field field) {

@@ -38,30 +38,6 @@ std::string formName(PrimitiveTypeCode type);
 /// when the offset leads behind its first word.
 std::string placeName(const VxbFile& file, std::uint32_t offset);
 
-/// The decoded fields of a packet's texture and colour words.
-struct TexturePage {
-    std::uint32_t x;
-    std::uint32_t y;
-    std::uint32_t depth;     ///< bits of a pixel: 4, 8 or 16; 0 for the unused setting
-    std::uint32_t flagBits;  ///< of the material, 0 to 3
-};
-TexturePage texturePage(std::uint32_t field);
-
-struct ClutPosition {
-    std::uint32_t x;
-    std::uint32_t y;
-};
-ClutPosition clutPosition(std::uint32_t field);
-
-/// In texels, in steps of 8.
-struct TextureWindow {
-    std::uint32_t width;
-    std::uint32_t height;
-    std::uint32_t x;
-    std::uint32_t y;
-};
-TextureWindow textureWindow(std::uint32_t word);
-
 /// The name of a packet field, for instance "N0"; empty for a zero field.
 std::string_view fieldName(Field field);
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "format/format.h"
+#include "format/texture_fields.h"
 #include "vxb/key_frame_decoder.h"
 #include "vxb/packet_decoder.h"
 #include "vxb/word_meaning.h"
@@ -29,7 +30,7 @@ Json fieldJson(Field field, std::uint32_t value) {
     case Field::page: {
         const TexturePage page = texturePage(value);
         return {{"position", {page.x, page.y}},
-                {"depth", page.depth > 0 ? Json(page.depth) : Json(nullptr)},
+                {"depth", page.depth() > 0 ? Json(page.depth()) : Json(nullptr)},
                 {"flagBits", page.flagBits}};
     }
     case Field::window: {

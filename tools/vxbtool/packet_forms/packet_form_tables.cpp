@@ -13,7 +13,6 @@ namespace vxbtool {
 namespace {
 
 using mqf2vxb::Field;
-using mqf2vxb::PacketFamily;
 using mqf2vxb::PacketForm;
 using mqf2vxb::PacketWord;
 using mqf2vxb::PacketWords;
@@ -32,19 +31,6 @@ further one those of "further".
 
 This page is made from the program: `vxbtool packet-forms > docs/packet-forms.md`.
 )";
-
-struct Heading {
-    PacketFamily family;
-    std::string_view text;
-};
-
-constexpr std::array<Heading, 5> headings{{
-    {PacketFamily::lit, "Lit"},
-    {PacketFamily::window, "Lit with a texture window"},
-    {PacketFamily::unlit, "Unlit"},
-    {PacketFamily::unlitWindow, "Unlit with a texture window"},
-    {PacketFamily::doubleImage, "Double image"},
-}};
 
 std::string_view fieldName(Field field) {
     constexpr std::array<std::string_view, mqf2vxb::fieldNum> names{
@@ -85,12 +71,12 @@ std::string rowOf(const PacketForm& form) {
 
 std::string packetFormDocument() {
     std::string document(introduction);
-    for (const Heading& heading : headings) {
+    for (const mqf2vxb::PacketFamilyTraits& family : mqf2vxb::packetFamilies) {
         document += fmt::format("\n## {}\n\n| Code | Opening | Packet | Further | Words |\n"
                                 "|---|---|---|---|---|\n",
-                                heading.text);
+                                family.title);
         for (const PacketForm& form : mqf2vxb::packetForms()) {
-            if (form.family == heading.family) {
+            if (form.family == family.family) {
                 document += rowOf(form);
             }
         }
