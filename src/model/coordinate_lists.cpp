@@ -1,8 +1,7 @@
 #include "model/coordinate_lists.h"
 
-#include <new>
-
 #include "base/diagnostics.h"
+#include "base/out_of_memory.h"
 
 namespace mqf2vxb {
 namespace {
@@ -17,12 +16,14 @@ std::uint64_t keyOf(CoordinateListId list, std::int32_t coordinate) {
 CoordinateLists::CoordinateLists() { append(CoordinateListId::empty, 0); }
 
 CoordinateListId CoordinateLists::append(CoordinateListId list, std::int32_t coordinate) {
-    try {
-        return longer_.find(keyOf(list, coordinate), [&] { return add(list, coordinate); });
-    } catch (const std::bad_alloc&) {
-        tableAllocationFailed({"Vertex's Coordinate Index Data Base"}, sizeof(Node),
-                              nodes_.size() + 1, true);
-    }
+    return withMemory(
+        [&] {
+            return longer_.find(keyOf(list, coordinate), [&] { return add(list, coordinate); });
+        },
+        [&] {
+            tableAllocationFailed({"Vertex's Coordinate Index Data Base"}, sizeof(Node),
+                                  nodes_.size() + 1, true);
+        });
 }
 
 CoordinateListId CoordinateLists::add(CoordinateListId list, std::int32_t coordinate) {

@@ -1,11 +1,10 @@
 #include "run/convert.h"
 
 #include <cstdio>
-#include <new>
 #include <span>
-#include <stdexcept>
 
 #include "base/diagnostics.h"
+#include "base/out_of_memory.h"
 #include "organise/image_types.h"
 #include "organise/limits.h"
 #include "organise/mesh_organisation.h"
@@ -91,7 +90,7 @@ void organiseModel(const RunOptions& options, Model& model) {
 void checkOutputNames(const RunOptions& options, const Inputs& inputs, const FileSystem& files) {
     const auto checkInputs = [&](const std::string& output) {
         if (!files.exists(output)) {
-            return;  // and the inputs do: hundreds of images need no look at each
+            return;  // no input is this file, since all inputs exist
         }
         for (const std::string& input : inputs.names()) {
             if (files.same(output, input)) {
@@ -110,7 +109,7 @@ void checkOutputNames(const RunOptions& options, const Inputs& inputs, const Fil
 }
 
 void convert(RunOptions options, const std::string& mqfName, FileSystem& files) {
-    try {
+    withMemory([&] {
         Inputs inputs(files);
         Model model;
         readModel(mqfName, inputs, model);
@@ -118,11 +117,7 @@ void convert(RunOptions options, const std::string& mqfName, FileSystem& files) 
         makeOutputName(mqfName, options);
         checkOutputNames(options, inputs, files);
         writeModel(model, options, files);
-    } catch (const std::bad_alloc&) {
-        outOfMemory();
-    } catch (const std::length_error&) {
-        outOfMemory();
-    }
+    });
 }
 
 void run(int argumentCount, const char* const* arguments) {

@@ -2,14 +2,13 @@
 
 #include <algorithm>
 #include <exception>
-#include <new>
-#include <stdexcept>
 #include <system_error>
 #include <vector>
 
 #include <fmt/core.h>
 
 #include "base/diagnostics.h"
+#include "base/out_of_memory.h"
 #include "files/inputs.h"
 #include "run/convert.h"
 #include "vxbtool/convert/depfile.h"
@@ -42,7 +41,7 @@ void writeDepfile(const ConvertJob& job, ConvertFiles& files) {
 }
 
 void convertStaged(const ConvertJob& job, const ConvertRun& run, ConvertFiles& files) {
-    try {
+    mqf2vxb::withMemory([&] {
         mqf2vxb::Inputs inputs(files);
         mqf2vxb::Model model;
         mqf2vxb::readModel(job.model, inputs, model);
@@ -53,11 +52,7 @@ void convertStaged(const ConvertJob& job, const ConvertRun& run, ConvertFiles& f
             writeDepfile(job, files);
         }
         files.commit();
-    } catch (const std::bad_alloc&) {
-        mqf2vxb::outOfMemory();
-    } catch (const std::length_error&) {
-        mqf2vxb::outOfMemory();
-    }
+    });
 }
 
 /// What lint has to say beside what the conversion reports.

@@ -3,11 +3,10 @@
 #include <algorithm>
 #include <iterator>
 #include <memory>
-#include <new>
 #include <optional>
-#include <stdexcept>
 
 #include "base/diagnostics.h"
+#include "base/out_of_memory.h"
 #include "run/convert.h"
 #include "vxbtool/lint/findings.h"
 #include "vxbtool/lint/model_checks.h"
@@ -65,7 +64,7 @@ public:
 
 private:
     void run(const std::string& mqfName, const RunOptions& options) {
-        try {
+        withMemory([&] {
             readModel(mqfName, inputs_, model);
             read = true;
             polygons = model.polygons;
@@ -73,11 +72,7 @@ private:
             organised = true;
             NoFiles noFiles;
             writeModel(model, options, noFiles);
-        } catch (const std::bad_alloc&) {
-            outOfMemory();
-        } catch (const std::length_error&) {
-            outOfMemory();
-        }
+        });
     }
 
     Inputs inputs_;
