@@ -24,11 +24,11 @@ public:
 
     /// Reads a whole file; one that cannot be opened is reported.
     [[nodiscard]] FileContents open(const std::string& name);
-    /// The first `most` bytes of a file at least; all of them when somebody watches.
+    /// The first `most` bytes of a file at least; all of them when there is an observer.
     [[nodiscard]] FileStart openStart(const std::string& name, std::size_t most);
     /// Every file opened so far, in order.
     [[nodiscard]] const std::vector<std::string>& names() const { return names_; }
-    /// Null when nobody watches.
+    /// Null when there is none.
     [[nodiscard]] InputObserver* observer() const { return observer_; }
 
     /// The text line read last, with its line feed when it had one. A text file that is empty

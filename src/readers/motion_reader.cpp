@@ -193,7 +193,7 @@ bool readStep(const LineReader& reader, WordLine& line, AnimationSequenceRecord&
         std::int32_t number = 0;
         std::int32_t keyFrame = 0;
         CodeText code;
-        // Nearly every code is of one digit each: taken as a whole, it saves a fifth of the line.
+        // Nearly every code has one digit for each of its numbers and can be taken as a whole.
         std::array<char, 8> text{};
         if (!line.scanPlain(number, text, keyFrame) || !readShortCode(text, code)) {
             keyFrame = 0;  // it is scanned behind the code only

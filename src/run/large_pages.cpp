@@ -1,7 +1,6 @@
 // The program's allocator: that of the C library, with large blocks in large pages. A conversion
-// touches most of its memory once, and a fault for every 4 KiB of it costs more than filling them:
-// large pages save a tenth to a fifth of a large model's time. Where the system gives none, nothing
-// changes.
+// touches most of its memory once, and a fault for every 4 KiB of it costs more than filling them.
+// Where the system gives no large pages, nothing changes. docs/benchmarks.md tells what they save.
 
 #include <sys/mman.h>
 

@@ -32,14 +32,14 @@ public:
     [[nodiscard]] bool isCut() const { return cut_; }
 
     /// The scan of the current line has more to do at its end: the line is a part of a longer one,
-    /// or somebody watches.
+    /// or there is an observer.
     [[nodiscard]] bool isSpecial() const { return part_ || observer() != nullptr; }
     [[nodiscard]] InputObserver* observer() const { return inputs_.observer(); }
 
     // A scan that finds the end of its line by itself takes the next line with these two.
 
-    /// The next line, which may be any; null when it is not to be taken whole, for it is a part of
-    /// a longer one, or somebody watches.
+    /// The text from the start of the next line on, whatever line that is. Null when the line may
+    /// not be taken whole: when it is a part of a longer one, or there is an observer.
     [[nodiscard]] const char* wholeLine() const {
         return cut_ || observer() != nullptr ? nullptr : text().data() + next_;
     }

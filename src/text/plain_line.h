@@ -14,10 +14,10 @@
 
 namespace mqf2vxb {
 
-/// Scans a line that is written as programs write it: numbers of up to seven digits with blanks
+/// Scans a line in the form in which programs write lines: numbers of up to seven digits with blanks
 /// between them, and the line feed right behind the last field. The end of such a line needs no
-/// search of its own, and its place stays in a register: half of the time that any other line
-/// takes. What it scans the general scan finds in the same line too.
+/// search of its own, and its place stays in a register.  A line that it accepts has the same values in the general scan; every other line is
+/// left to that.
 class PlainLine {
 public:
     /// Looks at the line behind the reader's current one.
@@ -169,17 +169,17 @@ inline bool PlainLine::scan(float& value) {
         }
         places = static_cast<std::size_t>(at_ - digits);
     }
-    // Both numbers are exact, so that the quotient is the double nearest to what is written. The
-    // float nearest to that is the float nearest to what is written, but for a quotient right
-    // between two floats: the last 29 bits of a double are those that a float does not have.
+    // The number is n / 10^p with p at most 7. Both are exact in a double, so their quotient is
+    // rounded once, and the conversion to a float rounds it again. Together they could miss the
+    // nearest float only beside a middle of two floats, which is k / 2^j with k below 2^25. But a
+    // number that is not this middle differs from it by at least 1 / (10^p 2^j), more than
+    // 2^-24 / 2^j, and the quotient is rounded by no more than 2^-28 / 2^j: it stays on its side.
     constexpr std::array<double, 8> powers{1E0, 1E1, 1E2, 1E3, 1E4, 1E5, 1E6, 1E7};
-    constexpr std::uint64_t restBits = 0x1FFFFFFF;
-    constexpr std::uint64_t middle = 0x10000000;
     const double power = powers[places];
     const double magnitude =
         (static_cast<double>(whole) * power + static_cast<double>(fraction)) / power;
     value = static_cast<float>(minus ? -magnitude : magnitude);
-    return (std::bit_cast<std::uint64_t>(magnitude) & restBits) != middle;
+    return true;
 }
 
 inline bool PlainLine::scan(Hex hex) {

@@ -186,7 +186,7 @@ inline bool LineScanner::scan(std::span<std::int32_t> values) {
     if (failed_) {
         return false;
     }
-    // In registers, these save a third of a number's time.
+    // Copies, so that they stay in registers.
     std::string_view rest = rest_;
     Scanned scanned = Scanned::number;
     for (std::size_t i = 0; i < values.size() && scanned == Scanned::number; ++i) {
