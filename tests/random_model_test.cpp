@@ -49,14 +49,14 @@ std::string result(MemoryFileSystem& files, Inputs inputs) {
         RunOptions options;
         options.outputName = "m.vxb";
         organiseModel(options, model);
-        writeModel(model, options, files);
+        writeModel(model, options, files, files);
         return files.outputs.at("m.vxb");
     } catch (const Report& report) {
         return report.text().substr(0, report.text().find("Top address"));
     }
 }
 
-/// Where somebody watches, every line takes the general scan: the fast one must find the same.
+/// With an observer every line takes the general scan: the fast one must find the same.
 TEST(RandomModels, DamagedFilesReadAlikeOnTheFastWay) {
     Watcher watcher;
     for (std::uint32_t seed = 1; seed <= 1200; ++seed) {

@@ -6,6 +6,7 @@
 #include <map>
 #include <sstream>
 
+#include "files/disk_files.h"
 #include "support/memory_files.h"
 #include "vxb/vxb_reader.h"
 #include "vxb/word_meaning.h"
@@ -43,7 +44,7 @@ TEST(Reader, FindsNoErrorInConvertedFiles) {
         const VxbFile file = readWords(done.words());
         EXPECT_EQ(file.findings.count(Severity::error), 0U) << show(file);
     }
-    DiskFileSystem disk;
+    DiskInputFiles disk;
     MemoryFileSystem examples{{}};
     for (const auto& entry : std::filesystem::directory_iterator(MQF2VXB_EXAMPLES)) {
         examples.inputs[entry.path().filename()] = disk.read(entry.path())->text();

@@ -116,7 +116,7 @@ std::optional<std::string> reportWithout(std::size_t n, MemoryFileSystem& files)
     const RunOptions options = withHex();
     allocationsLeft = n;
     try {
-        convert(options, "m.mqf", files);
+        convert(options, "m.mqf", files, files);
     } catch (const Report& report) {
         restore();
         return report.text();

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "files/file_system.h"
+#include "files/input_files.h"
 #include "files/input_observer.h"
 
 namespace mqf2vxb {
@@ -18,9 +18,9 @@ inline constexpr std::size_t longestLine = 255;
 /// text file to the next.
 class Inputs {
 public:
-    explicit Inputs(FileSystem& files) : Inputs(files, nullptr) {}
+    explicit Inputs(InputFiles& files) : Inputs(files, nullptr) {}
     /// The observer sees everything that is read; it outlives the inputs.
-    Inputs(FileSystem& files, InputObserver& observer) : Inputs(files, &observer) {}
+    Inputs(InputFiles& files, InputObserver& observer) : Inputs(files, &observer) {}
 
     /// Reads a whole file; one that cannot be opened is reported.
     [[nodiscard]] FileContents open(const std::string& name);
@@ -37,11 +37,11 @@ public:
     std::string lineBuffer;
 
 private:
-    Inputs(FileSystem& files, InputObserver* observer) : files_(files), observer_(observer) {
+    Inputs(InputFiles& files, InputObserver* observer) : files_(files), observer_(observer) {
         lineBuffer.reserve(longestLine);
     }
 
-    FileSystem& files_;
+    InputFiles& files_;
     InputObserver* observer_;
     std::vector<std::string> names_;
 };

@@ -46,7 +46,7 @@ constexpr std::size_t longestHexLine(std::string_view comment) {
 
 }  // namespace
 
-BlockWriter::BlockWriter(FileSystem& files, std::string name)
+BlockWriter::BlockWriter(OutputFiles& files, std::string name)
     : name_(std::move(name)),
       file_(files.create(name_)),
       bytes_(std::make_unique_for_overwrite<char[]>(capacity)) {
@@ -106,7 +106,7 @@ void BlockWriter::close() {
     }
 }
 
-OutputWordStream::OutputWordStream(FileSystem& files, const std::string& vxbName,
+OutputWordStream::OutputWordStream(OutputFiles& files, const std::string& vxbName,
                                    const std::string* hexName)
     : vxb_(files, vxbName),
       hex_(hexName != nullptr ? std::make_unique<BlockWriter>(files, *hexName) : nullptr) {}

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-#include "files/file_system.h"
+#include "files/output_files.h"
 #include "model/image.h"
 
 namespace mqf2vxb {
@@ -17,7 +17,7 @@ namespace mqf2vxb {
 class BlockWriter {
 public:
     /// Creates the file; one that cannot be created is reported.
-    BlockWriter(FileSystem& files, std::string name);
+    BlockWriter(OutputFiles& files, std::string name);
     ~BlockWriter();
     BlockWriter(const BlockWriter&) = delete;
     BlockWriter& operator=(const BlockWriter&) = delete;
@@ -64,7 +64,7 @@ private:
 class OutputWordStream {
 public:
     /// Creates the VXB file and, unless `hexName` is null, then the hex text.
-    OutputWordStream(FileSystem& files, const std::string& vxbName, const std::string* hexName);
+    OutputWordStream(OutputFiles& files, const std::string& vxbName, const std::string* hexName);
 
     /// Puts words that share a comment. A "%d" in the comment stands for `argument`, unless that
     /// is -1. The comment has no line feed and is short; an empty one leaves the word alone on its

@@ -117,7 +117,7 @@ void readImages(Inputs& inputs, Table<ImageRecord>& images) {
     }
 }
 
-FileContents imageFile(const ImageRecord& image, FileSystem& files) {
+FileContents imageFile(const ImageRecord& image, InputFiles& files) {
     if (image.file) {
         return *image.file;
     }

@@ -12,6 +12,6 @@ namespace mqf2vxb {
 void readImages(Inputs& inputs, Table<ImageRecord>& images);
 
 /// The bytes of an image's file, for its data. A file that is no longer what was read is refused.
-[[nodiscard]] FileContents imageFile(const ImageRecord& image, FileSystem& files);
+[[nodiscard]] FileContents imageFile(const ImageRecord& image, InputFiles& files);
 
 }  // namespace mqf2vxb

@@ -5,6 +5,7 @@
 
 #include "base/diagnostics.h"
 #include "base/out_of_memory.h"
+#include "files/disk_files.h"
 #include "organise/image_types.h"
 #include "organise/limits.h"
 #include "organise/mesh_organisation.h"
@@ -87,13 +88,13 @@ void organiseModel(const RunOptions& options, Model& model) {
     checkPackets(model);
 }
 
-void checkOutputNames(const RunOptions& options, const Inputs& inputs, const FileSystem& files) {
+void checkOutputNames(const RunOptions& options, const Inputs& inputs, const OutputFiles& outputs) {
     const auto checkInputs = [&](const std::string& output) {
-        if (!files.exists(output)) {
+        if (!outputs.exists(output)) {
             return;  // no input is this file, since all inputs exist
         }
         for (const std::string& input : inputs.names()) {
-            if (files.same(output, input)) {
+            if (outputs.same(output, input)) {
                 notCorrectData({output}, "the output is the same file as the input " + input);
             }
         }
@@ -101,22 +102,23 @@ void checkOutputNames(const RunOptions& options, const Inputs& inputs, const Fil
     checkInputs(options.outputName);
     if (options.hexOutput) {
         checkInputs(options.hexName);
-        if (files.same(options.hexName, options.outputName)) {
+        if (outputs.same(options.hexName, options.outputName)) {
             notCorrectData({options.hexName},
                            "the hex text is the same file as the output " + options.outputName);
         }
     }
 }
 
-void convert(RunOptions options, const std::string& mqfName, FileSystem& files) {
+void convert(RunOptions options, const std::string& mqfName, InputFiles& inputFiles,
+             OutputFiles& outputFiles) {
     withMemory([&] {
-        Inputs inputs(files);
+        Inputs inputs(inputFiles);
         Model model;
         readModel(mqfName, inputs, model);
         organiseModel(options, model);
         makeOutputName(mqfName, options);
-        checkOutputNames(options, inputs, files);
-        writeModel(model, options, files);
+        checkOutputNames(options, inputs, outputFiles);
+        writeModel(model, options, inputFiles, outputFiles);
     });
 }
 
@@ -130,8 +132,9 @@ void run(int argumentCount, const char* const* arguments) {
             print(usageText());
             return;
         }
-        DiskFileSystem files;
-        convert(std::move(options), all[mqfIndex], files);
+        DiskInputFiles inputFiles;
+        DiskOutputFiles outputFiles;
+        convert(std::move(options), all[mqfIndex], inputFiles, outputFiles);
     } catch (const Report& report) {
         print(report.text());
     }

@@ -2,8 +2,9 @@
 
 #include <string>
 
-#include "files/file_system.h"
+#include "files/input_files.h"
 #include "files/inputs.h"
+#include "files/output_files.h"
 #include "model/model.h"
 #include "model/options.h"
 
@@ -17,11 +18,12 @@ void readModel(const std::string& mqfName, Inputs& inputs, Model& model);
 void organiseModel(const RunOptions& options, Model& model);
 
 /// Refuses an output name that is the same file as an input or as the other output.
-void checkOutputNames(const RunOptions& options, const Inputs& inputs, const FileSystem& files);
+void checkOutputNames(const RunOptions& options, const Inputs& inputs, const OutputFiles& outputs);
 
 /// Converts one model. A conversion is a function of its options and its files: any number may run
 /// in one process, also side by side. Throws a Report when it fails.
-void convert(RunOptions options, const std::string& mqfName, FileSystem& files);
+void convert(RunOptions options, const std::string& mqfName, InputFiles& inputFiles,
+             OutputFiles& outputFiles);
 
 /// The whole program: banner, options, conversion; what there is to say goes to standard output.
 void run(int argumentCount, const char* const* arguments);

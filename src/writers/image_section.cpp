@@ -51,7 +51,7 @@ void writeDescriptors(const Model& model, OutputWordStream& stream) {
 
 }  // namespace
 
-void writeImageSection(const Model& model, const OutputLayout& layout, FileSystem& files,
+void writeImageSection(const Model& model, const OutputLayout& layout, InputFiles& files,
                        OutputWordStream& stream) {
     stream.checkPosition(layout.imageSection, "image section");
     stream.putWord(format::endOfChain, "/* Next Primitive Pointer */");

@@ -11,8 +11,9 @@
 
 namespace mqf2vxb {
 
-void writeModel(const Model& model, const RunOptions& options, FileSystem& files) {
-    OutputWordStream stream(files, options.outputName,
+void writeModel(const Model& model, const RunOptions& options, InputFiles& inputs,
+                OutputFiles& outputs) {
+    OutputWordStream stream(outputs, options.outputName,
                             options.hexOutput ? &options.hexName : nullptr);
     const OutputLayout layout = computeLayout(model);
 
@@ -32,7 +33,7 @@ void writeModel(const Model& model, const RunOptions& options, FileSystem& files
         writeAnimationSection(model, layout, stream);
     }
     if (imagesWritten(model)) {
-        writeImageSection(model, layout, files, stream);
+        writeImageSection(model, layout, inputs, stream);
     }
     stream.checkPosition(layout.fileSize, "end of the file");
 

@@ -43,7 +43,7 @@ std::optional<FileContents> MemoryFileSystem::readAgain(const std::string& name,
     for (const auto& [changed, bytes] : later) {
         inputs[changed] = bytes;
     }
-    return FileSystem::readAgain(name, size);
+    return InputFiles::readAgain(name, size);
 }
 
 std::unique_ptr<OutputFile> MemoryFileSystem::create(const std::string& name) {
@@ -61,7 +61,7 @@ Words Conversion::words() const {
 Conversion convertFiles(MemoryFileSystem& files, const RunOptions& options) {
     Conversion result;
     try {
-        convert(options, "m.mqf", files);
+        convert(options, "m.mqf", files, files);
     } catch (const Report& report) {
         result.report = report.text();
         result.place = report.place().file + ":" + std::to_string(report.place().line);

@@ -9,8 +9,9 @@
 #include <string_view>
 #include <vector>
 
-#include "files/file_system.h"
+#include "files/input_files.h"
 #include "files/inputs.h"
+#include "files/output_files.h"
 #include "model/options.h"
 
 namespace mqf2vxb::tests {
@@ -20,7 +21,7 @@ using Files = std::map<std::string, std::string>;
 using Words = std::vector<std::uint32_t>;
 
 /// Files that exist in memory only.
-class MemoryFileSystem final : public FileSystem {
+class MemoryFileSystem final : public InputFiles, public OutputFiles {
 public:
     explicit MemoryFileSystem(Files files) : inputs(std::move(files)) {}
 
@@ -30,9 +31,6 @@ public:
     [[nodiscard]] std::unique_ptr<OutputFile> create(const std::string& name) override;
     [[nodiscard]] bool exists(const std::string& name) const override {
         return inputs.contains(name);
-    }
-    [[nodiscard]] bool same(const std::string& one, const std::string& other) const override {
-        return one == other;
     }
 
     Files inputs;

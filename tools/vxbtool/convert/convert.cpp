@@ -47,7 +47,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
 
-#include "files/file_system.h"
+#include "files/disk_files.h"
 #include "vxbtool/convert/console.h"
 #include "vxbtool/convert/job.h"
 #include "vxbtool/convert/signals.h"

@@ -64,13 +64,13 @@ int descriptorOf(std::string_view name) {
 
 }  // namespace
 
-ConvertFiles::~ConvertFiles() {
+StagedOutputs::~StagedOutputs() {
     for (const Staged& file : staged_) {
         temporaryFiles_.remove(file.temporary);
     }
 }
 
-std::unique_ptr<mqf2vxb::OutputFile> ConvertFiles::create(const std::string& name) {
+std::unique_ptr<mqf2vxb::OutputFile> StagedOutputs::create(const std::string& name) {
     std::error_code error;
     const fs::file_status status = fs::status(name, error);
     if (fs::exists(status)) {
@@ -106,7 +106,7 @@ std::unique_ptr<mqf2vxb::OutputFile> ConvertFiles::create(const std::string& nam
     return file;
 }
 
-void ConvertFiles::commit() {
+void StagedOutputs::commit() {
     while (!staged_.empty()) {
         const Staged& file = staged_.back();
         if (!temporaryFiles_.rename(file.temporary, file.target)) {

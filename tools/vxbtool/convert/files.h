@@ -4,23 +4,23 @@
 #include <string>
 #include <vector>
 
+#include "files/disk_files.h"
 #include "vxbtool/convert/signals.h"
-#include "vxbtool/shared/model_files.h"
 
 namespace vxbtool {
 
-/// The files of one model's conversion. Outputs are written under temporary names beside their
+/// The outputs of one model's conversion. They are written under temporary names beside their
 /// places, and take these with commit().
-class ConvertFiles final : public ModelFiles {
+class StagedOutputs final : public mqf2vxb::OutputFiles {
 public:
-    ConvertFiles(std::string base, TemporaryFiles& temporaryFiles)
-        : ModelFiles(std::move(base)), temporaryFiles_(temporaryFiles) {}
-    ConvertFiles(const ConvertFiles&) = delete;
-    ConvertFiles& operator=(const ConvertFiles&) = delete;
+    explicit StagedOutputs(TemporaryFiles& temporaryFiles) : temporaryFiles_(temporaryFiles) {}
+    StagedOutputs(const StagedOutputs&) = delete;
+    StagedOutputs& operator=(const StagedOutputs&) = delete;
     /// Removes what was not committed.
-    ~ConvertFiles() override;
+    ~StagedOutputs() override;
 
-    /// A device, a pipe and what is open already, such as "/dev/stdout", are written directly. A file that may not be written is not replaced.
+    /// A device, a pipe and what is open already, such as "/dev/stdout", are written directly. A file
+    /// that may not be written is not replaced.
     [[nodiscard]] std::unique_ptr<mqf2vxb::OutputFile> create(const std::string& name) override;
     /// Puts the outputs in their places, the one created last first; one that cannot be put there
     /// is reported.
@@ -33,7 +33,7 @@ private:
         std::string name;
     };
 
-    mqf2vxb::DiskFileSystem disk_;
+    mqf2vxb::DiskOutputFiles disk_;
     TemporaryFiles& temporaryFiles_;
     std::vector<Staged> staged_;
 };

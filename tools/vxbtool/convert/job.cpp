@@ -15,13 +15,14 @@
 #include "vxbtool/convert/files.h"
 #include "vxbtool/lint/lint.h"
 #include "vxbtool/shared/finding_report.h"
+#include "vxbtool/shared/model_files.h"
 #include "writers/model_writer.h"
 
 namespace vxbtool {
 namespace {
 
 /// An output that is a hard link to an input is no danger: it is replaced, not written into.
-void checkNoInputIsOutput(const ConvertFiles& files, const ConvertRun& run) {
+void checkNoInputIsOutput(const ModelFiles& files, const ConvertRun& run) {
     for (const std::string& input : files.opened()) {
         if (run.outputs.contains(mqf2vxb::finalTarget(input))) {
             mqf2vxb::notCorrectData({input}, "this input is also an output");
@@ -29,9 +30,9 @@ void checkNoInputIsOutput(const ConvertFiles& files, const ConvertRun& run) {
     }
 }
 
-void writeDepfile(const ConvertJob& job, ConvertFiles& files) {
-    const std::string text = depfileText(job.options.outputName, files.opened());
-    const std::unique_ptr<mqf2vxb::OutputFile> file = files.create(job.depfile);
+void writeDepfile(const ConvertJob& job, const ModelFiles& inputs, StagedOutputs& outputs) {
+    const std::string text = depfileText(job.options.outputName, inputs.opened());
+    const std::unique_ptr<mqf2vxb::OutputFile> file = outputs.create(job.depfile);
     if (!file) {
         mqf2vxb::cannotOpen(job.depfile);
     }
@@ -40,18 +41,19 @@ void writeDepfile(const ConvertJob& job, ConvertFiles& files) {
     }
 }
 
-void convertStaged(const ConvertJob& job, const ConvertRun& run, ConvertFiles& files) {
+void convertStaged(const ConvertJob& job, const ConvertRun& run, ModelFiles& files,
+                   StagedOutputs& outputs) {
     mqf2vxb::withMemory([&] {
         mqf2vxb::Inputs inputs(files);
         mqf2vxb::Model model;
         mqf2vxb::readModel(job.model, inputs, model);
         mqf2vxb::organiseModel(job.options, model);
         checkNoInputIsOutput(files, run);
-        mqf2vxb::writeModel(model, job.options, files);
+        mqf2vxb::writeModel(model, job.options, files, outputs);
         if (!job.depfile.empty()) {
-            writeDepfile(job, files);
+            writeDepfile(job, files, outputs);
         }
-        files.commit();
+        outputs.commit();
     });
 }
 
@@ -65,8 +67,7 @@ std::string lintText(const ConvertJob& job, const ConvertRun& run) {
 }
 
 /// Names the option that leads to a component which is not where it was looked for.
-std::string baseHint(const std::string& component, const ConvertJob& job,
-                     const ConvertFiles& files) {
+std::string baseHint(const std::string& component, const ConvertJob& job, const ModelFiles& files) {
     const std::filesystem::path folder = std::filesystem::path(job.model).parent_path();
     const std::vector<std::string>& opened = files.opened();
     std::error_code error;
@@ -81,7 +82,7 @@ std::string baseHint(const std::string& component, const ConvertJob& job,
 
 /// The cause with its place, as editors and build systems look for it, and the converter's report.
 std::string reportText(const mqf2vxb::Report& report, const ConvertJob& job,
-                       const ConvertFiles& files) {
+                       const ModelFiles& files) {
     const mqf2vxb::Place& place = report.place();
     std::string where = place.file.empty() ? job.model : files.pathOf(place.file);
     if (place.line > 0) {
@@ -94,13 +95,14 @@ std::string reportText(const mqf2vxb::Report& report, const ConvertJob& job,
 }  // namespace
 
 ConvertOutcome convertModel(const ConvertJob& job, ConvertRun& run) {
-    ConvertFiles files(job.base, run.temporaryFiles);
+    ModelFiles files(job.base);
+    StagedOutputs outputs(run.temporaryFiles);
     ConvertOutcome outcome;
     try {
         if (job.lint) {
             outcome.messages = lintText(job, run);
         }
-        convertStaged(job, run, files);
+        convertStaged(job, run, files, outputs);
         outcome.converted = true;
     } catch (const mqf2vxb::Report& report) {
         outcome.messages += reportText(report, job, files);

@@ -25,27 +25,19 @@ public:
     [[nodiscard]] bool close() override { return true; }
 };
 
-/// Files that can be written without any effect.
-class NoFiles final : public FileSystem {
+/// Outputs that go nowhere.
+class NoOutputs final : public OutputFiles {
 public:
-    [[nodiscard]] std::optional<FileContents> read(const std::string& /*name*/) override {
-        return std::nullopt;
-    }
     [[nodiscard]] std::unique_ptr<OutputFile> create(const std::string& /*name*/) override {
         return std::make_unique<NoFile>();
-    }
-    [[nodiscard]] bool exists(const std::string& /*name*/) const override { return false; }
-    [[nodiscard]] bool same(const std::string& /*one*/,
-                            const std::string& /*other*/) const override {
-        return false;
     }
 };
 
 /// One conversion that is watched, as far as it gets.
 class WatchedConversion {
 public:
-    WatchedConversion(const std::string& mqfName, float scale, FileSystem& files)
-        : inputs_(files, trace) {
+    WatchedConversion(const std::string& mqfName, float scale, InputFiles& files)
+        : files_(files), inputs_(files, trace) {
         RunOptions options;
         options.scale = scale;
         try {
@@ -70,11 +62,12 @@ private:
             polygons = model.polygons;
             organiseModel(options, model);
             organised = true;
-            NoFiles noFiles;
-            writeModel(model, options, noFiles);
+            NoOutputs outputs;
+            writeModel(model, options, files_, outputs);
         });
     }
 
+    InputFiles& files_;
     Inputs inputs_;
 };
 
@@ -109,7 +102,7 @@ ReportedFinding errorFinding(const Report& report, const std::string& mqfName, c
 
 }  // namespace
 
-std::vector<ReportedFinding> lintModel(const std::string& mqfName, float scale, FileSystem& files) {
+std::vector<ReportedFinding> lintModel(const std::string& mqfName, float scale, InputFiles& files) {
     const WatchedConversion conversion(mqfName, scale, files);
     const Trace& trace = conversion.trace;
     Findings findings;

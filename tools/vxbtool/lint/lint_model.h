@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "files/file_system.h"
+#include "files/input_files.h"
 #include "vxbtool/shared/finding_report.h"
 
 namespace vxbtool::lint {
@@ -12,6 +12,6 @@ namespace vxbtool::lint {
 /// not convert has that as its first finding, an error, and beside it only what its text shows when
 /// the conversion ended before the tables were final.
 std::vector<ReportedFinding> lintModel(const std::string& mqfName, float scale,
-                                       mqf2vxb::FileSystem& files);
+                                       mqf2vxb::InputFiles& files);
 
 }  // namespace vxbtool::lint

@@ -34,16 +34,6 @@ std::optional<mqf2vxb::FileContents> ModelFiles::readAgain(const std::string& na
     return open(name, [=, this](const std::string& path) { return disk_.readAgain(path, size); });
 }
 
-std::unique_ptr<mqf2vxb::OutputFile> ModelFiles::create(const std::string& /*name*/) {
-    return nullptr;
-}
-
-bool ModelFiles::exists(const std::string& name) const { return disk_.exists(name); }
-
-bool ModelFiles::same(const std::string& one, const std::string& other) const {
-    return disk_.same(one, other);
-}
-
 const std::string& ModelFiles::pathOf(const std::string& name) const {
     const auto found = paths_.find(name);
     return found == paths_.end() ? name : found->second;

@@ -1,4 +1,4 @@
-#include "files/file_system.h"
+#include "files/disk_files.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -68,7 +68,7 @@ fs::path finalTarget(const std::string& name) {
 }
 
 /// Small files follow each other through one buffer, whose pages are there already.
-FileContents DiskFileSystem::room(std::size_t size) {
+FileContents DiskInputFiles::room(std::size_t size) {
     constexpr std::size_t bufferSize = std::size_t{1} << 18U;
     if (size + FileContents::padding > bufferSize) {
         return FileContents(size);
@@ -79,30 +79,12 @@ FileContents DiskFileSystem::room(std::size_t size) {
     return {buffer_, size};
 }
 
-std::optional<FileStart> FileSystem::readStart(const std::string& name, std::size_t /*most*/) {
-    std::optional<FileContents> contents = read(name);
-    if (!contents) {
-        return std::nullopt;
-    }
-    const std::size_t size = contents->text().size();
-    return FileStart{std::move(*contents), size, true};
-}
-
-std::optional<FileContents> FileSystem::readAgain(const std::string& name, std::size_t size) {
-    std::optional<FileContents> contents = read(name);
-    if (!contents || contents->text().size() < size) {
-        return std::nullopt;
-    }
-    contents->shrink(size);
-    return contents;
-}
-
-std::optional<FileContents> DiskFileSystem::read(const std::string& name) {
+std::optional<FileContents> DiskInputFiles::read(const std::string& name) {
     const FileHandle file = openInput(name);
     return file ? readAll(*file, name, sizeOf(name)) : std::nullopt;
 }
 
-std::optional<FileStart> DiskFileSystem::readStart(const std::string& name, std::size_t most) {
+std::optional<FileStart> DiskInputFiles::readStart(const std::string& name, std::size_t most) {
     const FileHandle file = openInput(name);
     if (!file) {
         return std::nullopt;
@@ -125,7 +107,7 @@ std::optional<FileStart> DiskFileSystem::readStart(const std::string& name, std:
     return FileStart{std::move(*contents), size, announced.has_value()};
 }
 
-std::optional<FileContents> DiskFileSystem::readAgain(const std::string& name, std::size_t size) {
+std::optional<FileContents> DiskInputFiles::readAgain(const std::string& name, std::size_t size) {
     const FileHandle file = openInput(name);
     if (!file) {
         return std::nullopt;
@@ -138,7 +120,7 @@ std::optional<FileContents> DiskFileSystem::readAgain(const std::string& name, s
     return contents;
 }
 
-std::optional<FileContents> DiskFileSystem::readAll(std::FILE& file, const std::string& name,
+std::optional<FileContents> DiskInputFiles::readAll(std::FILE& file, const std::string& name,
                                                     std::optional<std::size_t> announced) {
     // The size is a guess only: a pipe has none, and a file may grow while it is read.
     constexpr std::size_t smallest = 4096;
@@ -164,7 +146,7 @@ std::optional<FileContents> DiskFileSystem::readAll(std::FILE& file, const std::
     return contents;
 }
 
-std::unique_ptr<OutputFile> DiskFileSystem::create(const std::string& name) {
+std::unique_ptr<OutputFile> DiskOutputFiles::create(const std::string& name) {
     FileHandle file(std::fopen(name.c_str(), "wb"));
     if (!file) {
         return nullptr;
@@ -173,12 +155,12 @@ std::unique_ptr<OutputFile> DiskFileSystem::create(const std::string& name) {
     return std::make_unique<DiskOutputFile>(std::move(file));
 }
 
-bool DiskFileSystem::exists(const std::string& name) const {
+bool DiskOutputFiles::exists(const std::string& name) const {
     std::error_code error;
     return fs::exists(name, error);
 }
 
-bool DiskFileSystem::same(const std::string& one, const std::string& other) const {
+bool DiskOutputFiles::same(const std::string& one, const std::string& other) const {
     const bool oneExists = exists(one);
     const bool otherExists = exists(other);
     if (oneExists && otherExists) {

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "base/file_contents.h"
+
+namespace mqf2vxb {
+
+/// The most bytes of an input file: a device or a pipe may never end.
+inline constexpr std::size_t largestFile = std::size_t{1} << 31U;
+
+/// How a file begins.
+struct FileStart {
+    FileContents contents;
+    std::size_t fileSize = 0;  ///< all bytes of the file, of which `contents` may be the first
+    /// The name leads to the same bytes again: the file is no pipe.
+    bool canBeReadAgain = true;
+
+    [[nodiscard]] bool isWhole() const { return contents.text().size() == fileSize; }
+};
+
+/// How a conversion reads files, so that it can also run on files in memory.
+class InputFiles {
+public:
+    InputFiles() = default;
+    InputFiles(const InputFiles&) = delete;
+    InputFiles& operator=(const InputFiles&) = delete;
+    virtual ~InputFiles() = default;
+
+    /// All bytes of a file; nothing when it cannot be opened and read. One that does not fit
+    /// `largestFile` is refused.
+    [[nodiscard]] virtual std::optional<FileContents> read(const std::string& name) = 0;
+    /// The first `most` bytes of a file at least. A file that cannot be read again comes whole.
+    [[nodiscard]] virtual std::optional<FileStart> readStart(const std::string& name,
+                                                             std::size_t /*most*/) {
+        std::optional<FileContents> contents = read(name);
+        if (!contents) {
+            return std::nullopt;
+        }
+        const std::size_t size = contents->text().size();
+        return FileStart{std::move(*contents), size, true};
+    }
+    /// The first `size` bytes of a file that had them when it was read before; nothing when it has
+    /// them no longer.
+    [[nodiscard]] virtual std::optional<FileContents> readAgain(const std::string& name,
+                                                                std::size_t size) {
+        std::optional<FileContents> contents = read(name);
+        if (!contents || contents->text().size() < size) {
+            return std::nullopt;
+        }
+        contents->shrink(size);
+        return contents;
+    }
+};
+
+}  // namespace mqf2vxb
