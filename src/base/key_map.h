@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <string_view>
@@ -32,8 +33,8 @@ template <>
 struct KeyTraits<std::string_view> {
     static constexpr std::string_view none{};
     static bool isNone(std::string_view key) { return key.data() == nullptr; }
-    static std::size_t hash(std::string_view key, const HashSeed& /*seed*/) {
-        return SeededHash()(key);
+    static std::size_t hash(std::string_view key, const HashSeed& seed) {
+        return seededHash(key, seed);
     }
 };
 
@@ -44,14 +45,8 @@ struct KeyTraits<std::string_view> {
 template <class Key, class Value>
 class KeyMap {
 public:
-    /// Makes room for this many keys.
-    explicit KeyMap(std::size_t keys = 8) {
-        std::size_t size = 16;
-        while (size < 2 * keys) {
-            size *= 2;
-        }
-        places_.resize(size);
-    }
+    /// Makes room for this many keys, so much that most stand at the first place.
+    explicit KeyMap(std::size_t keys = 4) : places_(std::bit_ceil(4 * keys + 1)) {}
     KeyMap(const KeyMap&) = delete;
     KeyMap& operator=(const KeyMap&) = delete;
     KeyMap(KeyMap&&) = default;

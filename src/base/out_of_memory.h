@@ -10,7 +10,7 @@ namespace mqf2vxb {
 /// Runs `work` and returns its result. When it cannot have the memory that it needs, `report` reports
 /// that and does not return.
 template <class Work, class Report>
-decltype(auto) withMemory(Work work, Report report) {
+[[gnu::always_inline]] inline decltype(auto) withMemory(Work&& work, Report&& report) {
     try {
         return work();
     } catch (const std::bad_alloc&) {
@@ -24,7 +24,7 @@ decltype(auto) withMemory(Work work, Report report) {
 
 /// The same for work outside the tables, which have reports of their own.
 template <class Work>
-decltype(auto) withMemory(Work work) {
+[[gnu::always_inline]] inline decltype(auto) withMemory(Work&& work) {
     return withMemory(work, outOfMemory);
 }
 

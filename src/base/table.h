@@ -2,12 +2,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <new>
 #include <span>
+#include <stdexcept>
 #include <utility>
 #include <vector>
 
 #include "base/diagnostics.h"
-#include "base/out_of_memory.h"
 
 namespace mqf2vxb {
 
@@ -86,7 +87,13 @@ public:
 private:
     template <class Growth>
     void guarded(std::size_t count, bool grown, Growth growth) {
-        withMemory(growth, [&] { tableAllocationFailed(label_, sizeof(Record), count, grown); });
+        try {
+            growth();
+        } catch (const std::bad_alloc&) {
+            tableAllocationFailed(label_, sizeof(Record), count, grown);
+        } catch (const std::length_error&) {
+            tableAllocationFailed(label_, sizeof(Record), count, grown);
+        }
     }
 
     TableLabel label_;

@@ -1,10 +1,9 @@
 // vxbtool: the companion of mqf2vxb, one program with subcommands.
 //
-// To add a subcommand NAME: write NAME.h with `void addName(CLI::App& app, Session& session)` and
-// NAME.cpp, whose opening comment is its manual page. addName() adds the subcommand with its
-// options, a description and a footer of examples, and a callback that does the work and sets
-// session.status; CLI::ValidationError thrown from the callback is bad usage. List NAME.cpp in
-// tools/CMakeLists.txt, call addName() below, and describe the subcommand in docs/man/vxbtool.1.
+// Each subcommand has a folder, in which `void addName(CLI::App& app, Session& session)` adds it with
+// its options, a description and a footer of examples, and a callback that does the work and sets
+// session.status; CLI::ValidationError thrown from the callback is bad usage. CONTRIBUTING.md tells
+// what else a new one needs.
 
 #include <cerrno>
 #include <cstdio>

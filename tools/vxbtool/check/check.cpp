@@ -1,30 +1,3 @@
-// NAME
-//     vxbtool check - tell whether VXB files are sound
-//
-// SYNOPSIS
-//     vxbtool check FILE... [--json] [--werror] [-W CODE] [--all]
-//
-// DESCRIPTION
-//     Follows every offset of a file and compares everything that its words say about each other.
-//     A sound file is passed over in silence. Every fault is told on standard output, in the order
-//     of the file, as "file: word N (place): severity: text [CODE]": N is the word to blame, counted
-//     from the file's first, the place what stands there, and the text tells what was found and what
-//     was expected. An error is a fault; a warning is what the format lets stand and is surely not
-//     meant. Equal findings are folded into the first of them. docs/findings.md lists all codes.
-//
-//     Any bytes will do: a file that is no VXB file, or only a part of one, gets a report too. One
-//     that is larger than a GiB is not read.
-//
-// OPTIONS
-//     --json     report as JSON; docs/json-schema.md describes it
-//     --werror   warnings fail too
-//     -W CODE    do not report findings of this code; may be repeated
-//     --all      report equal findings one by one, the first hundred of each code
-//
-// EXIT STATUS
-//     0 nothing or only warnings were found, 1 a file has errors or cannot be read, or warnings were
-//     found with --werror, 2 bad usage.
-
 #include "vxbtool/check/check.h"
 
 #include <map>

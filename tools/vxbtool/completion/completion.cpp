@@ -1,16 +1,3 @@
-// NAME
-//     vxbtool completion - print a script for the completion of command lines
-//
-// SYNOPSIS
-//     vxbtool completion bash|zsh
-//
-// DESCRIPTION
-//     The script knows the commands and options of this program; wherever a command takes something
-//     else, it completes file names. "cmake --install" puts both scripts where the shells find them.
-//
-// EXIT STATUS
-//     0 the script was printed, 2 bad usage.
-
 #include "vxbtool/completion/completion.h"
 
 #include <cstdio>

@@ -1,34 +1,3 @@
-// NAME
-//     vxbtool convert - convert models into VXB files
-//
-// SYNOPSIS
-//     vxbtool convert MODEL... [-o FILE | --out-dir DIR] [--scale F] [--no-images] [--hex FILE]
-//                     [--depfile FILE] [--base DIR] [--lint] [-j N]
-//
-// DESCRIPTION
-//     Writes the same bytes as mqf2vxb, with the manners of a build tool. Reports go to standard
-//     error: "file:line: cause", then the report as mqf2vxb prints it. Without -o or --out-dir the
-//     output stands beside the model, ".vxb" in place of its last extension.
-//
-//     Outputs appear whole or not at all: they are written beside their places under temporary
-//     names (".vxbtool-*.tmp") and renamed at the end. A model that fails leaves the files of an
-//     earlier run alone. SIGINT, SIGTERM and SIGHUP remove the temporary files.
-//
-// OPTIONS
-//     -o FILE         name of the VXB file, taken as it stands; for one model
-//     --out-dir DIR   folder for the VXB files, created when it is missing
-//     --scale F       factor on every vertex coordinate
-//     --no-images     leave the images out
-//     --hex FILE      write every word as hex text too; for one model
-//     --depfile FILE  write the inputs as a rule for Make and Ninja; for one model
-//     --base DIR      open relative names in the model from DIR, not from the working directory
-//     --lint          report what converts and is surely not meant, like vxbtool lint; this does
-//                     not change the exit status
-//     -j N            convert N models at a time; as many as there are processors
-//
-// EXIT STATUS
-//     0 every model was converted, 1 one or more failed, 2 bad usage (nothing was written).
-
 #include "vxbtool/convert/convert.h"
 
 #include <algorithm>

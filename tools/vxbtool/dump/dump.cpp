@@ -1,24 +1,3 @@
-// NAME
-//     vxbtool dump - show every word of a VXB file with its meaning
-//
-// SYNOPSIS
-//     vxbtool dump FILE [--section NAME] [--json]
-//
-// DESCRIPTION
-//     Prints a line for each word: its offset in words, its value in hexadecimal, its name and what
-//     it says, with offsets named by their target. A line with "#" begins each part. What check finds
-//     stands below the word to blame, behind "^"; words that cannot be decoded because of it are
-//     shown as "not decoded", and those that belong to no section stand in the section "none".
-//
-// OPTIONS
-//     --section NAME  keep to one section; may be repeated. The names are header, block-table,
-//                     coordinates, global-headers, primitive-headers, packets, vertices, normals,
-//                     animation, images and none
-//     --json          print the decoded structure; docs/json-schema.md describes it
-//
-// EXIT STATUS
-//     0 the file was shown, 1 it has errors or cannot be read, 2 bad usage.
-
 #include "vxbtool/dump/dump.h"
 
 #include <cstdio>

@@ -1,23 +1,3 @@
-// NAME
-//     vxbtool info - summarise VXB files
-//
-// SYNOPSIS
-//     vxbtool info FILE... [--json]
-//
-// DESCRIPTION
-//     Tells on one screen what a file holds: its sections with their words and shares, its
-//     coordinates as a tree with the polygons under each, the polygons by their form and coordinate,
-//     vertices and normals with the box around them, images and motions. Long lists are cut short;
-//     the JSON has all of them.
-//
-//     Of a file with errors, what could be read is shown, and standard error says so.
-//
-// OPTIONS
-//     --json  print JSON; docs/json-schema.md describes it
-//
-// EXIT STATUS
-//     0 every file was shown, 1 a file has errors or cannot be read, 2 bad usage.
-
 #include "vxbtool/info/info.h"
 
 #include <cstdio>

@@ -1,29 +1,3 @@
-// NAME
-//     vxbtool lint - find what converts and is surely not meant
-//
-// SYNOPSIS
-//     vxbtool lint MODEL... [--scale F] [--base DIR] [--json] [--werror] [-W CODE] [--all]
-//
-// DESCRIPTION
-//     Does everything that a conversion does, writes nothing, and reports what the conversion is
-//     silent about: vertices that wrap, polygons that nobody draws, labels without a step and so
-//     on. A model that does not convert has its report as the first finding, an error. Then come
-//     the findings of each file, in the order of its lines, as "file:line:column: warning: text
-//     [CODE]" on standard output; on a terminal the line follows with a caret. Equal findings of
-//     one file are folded into the first of them. docs/findings.md lists all codes.
-//
-// OPTIONS
-//     --scale F   look at the vertices as this factor makes them
-//     --base DIR  open relative names in the model from DIR, not from the working directory
-//     --json      report as JSON; docs/json-schema.md describes it
-//     --werror    warnings fail too
-//     -W CODE     do not report findings of this code; may be repeated
-//     --all       report equal findings one by one
-//
-// EXIT STATUS
-//     0 nothing or only warnings were found, 1 a model does not convert, or warnings were found with
-//     --werror, 2 bad usage.
-
 #include "vxbtool/lint/lint.h"
 
 #include <memory>
