@@ -20,18 +20,11 @@ constexpr std::array<FileKey, 6> fileKeys{{{"GEO=", &ModelDescription::geo},
                                            {"FRM=", &ModelDescription::frm},
                                            {"BND=", &ModelDescription::bnd}}};
 
-void checkImageSlot(const LineReader& reader, std::int32_t slot, std::int32_t count) {
-    checkIndex(reader.fileName(), slot, count, "PXL file's index is incorrect!");
-}
-
-void checkMotionSlot(const LineReader& /*reader*/, std::int32_t /*slot*/, std::int32_t /*count*/) {
-    // A motion's slot has no check of its own beside the table's.
-}
-
-/// Reads a count line and the block of lines behind it that name the slots of `table`.
-template <class Record, class CheckSlot>
+/// Reads a count line and the block of lines behind it that name the slots of `table`. A slot that the
+/// table does not have is reported with this message, or with the table's own report.
+template <class Record>
 void readSlots(LineReader& reader, std::string_view countKey, std::string_view slotKey,
-               Table<Record>& table, CheckSlot checkSlot) {
+               std::string_view indexMessage, Table<Record>& table) {
     constexpr std::size_t shortestSlotLine = 8;
     std::int32_t count = 0;
     scanLine(reader, Literal{countKey}, count);
@@ -44,7 +37,9 @@ void readSlots(LineReader& reader, std::string_view countKey, std::string_view s
         if (!scanLine(reader, Literal{slotKey}, slot, Literal{"]="}, Word{name})) {
             reader.refuseLine("not of the form " + std::string(slotKey) + "number]=name");
         }
-        checkSlot(reader, slot, count);
+        if (!indexMessage.empty()) {
+            checkIndex(reader.fileName(), slot, count, indexMessage);
+        }
         Record& record = table.at(slot);
         record.name = name;
         record.named = true;
@@ -72,9 +67,9 @@ void readModelDescription(Inputs& inputs, const std::string& fileName,
             }
         }
         if (reader.line().starts_with("NTEX=")) {
-            readSlots(reader, "NTEX=", "TEX[", images, checkImageSlot);
+            readSlots(reader, "NTEX=", "TEX[", "PXL file's index is incorrect!", images);
         } else if (reader.line().starts_with("NCLP=")) {
-            readSlots(reader, "NCLP=", "CLP[", motions, checkMotionSlot);
+            readSlots(reader, "NCLP=", "CLP[", "", motions);
         }
     }
 }

@@ -33,8 +33,8 @@ private:
 };
 
 /// While it lives, the signals with which users, terminals, timers and limits end a program remove
-/// the temporary files first, but for those that are ignored, as SIGHUP under nohup. Made before other threads are started, which
-/// inherit that they do not receive these signals.
+/// the temporary files first, unless they are ignored, as SIGHUP is under nohup. It is made before
+/// other threads are started, so that they inherit that they do not receive these signals.
 class SignalWatch {
 public:
     explicit SignalWatch(TemporaryFiles& files);
