@@ -1,5 +1,6 @@
 #include "readers/srf_reader.h"
 
+#include <algorithm>
 #include <span>
 
 #include "text/line_reader.h"
@@ -16,7 +17,8 @@ struct PolygonRange {
     std::int32_t last;
 };
 
-/// Walks the polygon list of one line: numbers and ranges, separated by commas.
+/// Walks the polygon list of one line: numbers and ranges, separated by commas. What follows the digits
+/// of an item, up to its comma, means nothing.
 class PolygonList {
 public:
     PolygonList(const LineReader& reader, std::string_view list) : reader_(reader), rest_(list) {}
@@ -36,14 +38,12 @@ public:
                                    std::to_string(range.last) + " runs backwards");
             }
         }
-        if (rest_.starts_with(',')) {
-            rest_.remove_prefix(1);
-            if (rest_.empty()) {
-                reader_.refuseLine("the polygon list ends with a comma");
-            }
-        } else if (!rest_.empty()) {
-            reader_.refuseLine("\"" + std::string(rest_) + "\" in the polygon list");
+        const std::size_t comma = std::min(rest_.find(','), rest_.size());
+        rest_.remove_prefix(comma);
+        if (rest_ == ",") {
+            reader_.refuseLine("the polygon list ends with a comma");
         }
+        rest_.remove_prefix(rest_.empty() ? 0 : 1);
         return true;
     }
 

@@ -109,6 +109,8 @@ inline constexpr std::array kinds{
     FindingKind{
         "L050", Severity::warning,
         "polygon {polygon} brings {what} {index} into its strip, which names nothing; the model has {count}"},
+    FindingKind{"L051", Severity::warning,
+                "polygon {polygon} is named again; with a mesh file only the first line counts"},
 };
 static_assert(codesAscend(kinds));
 
@@ -182,6 +184,7 @@ inline constexpr const FindingKind& keyFrameElsewhere = findingKind(kinds, "L049
 
 // Meshes again.
 inline constexpr const FindingKind& stripNamesNothing = findingKind(kinds, "L050");
+inline constexpr const FindingKind& polygonAgainInMesh = findingKind(kinds, "L051");
 
 }  // namespace kind
 }  // namespace vxbtool::lint

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdint>
 #include <string_view>
 #include <vector>
@@ -19,6 +20,28 @@ constexpr std::uint32_t texturePageBits = 0x18;
 constexpr std::uint32_t knownFlags = material_flag::unlit | material_flag::bit02 |
                                      material_flag::bit04 | material_flag::doubleImage |
                                      texturePageBits;
+
+/// What stands behind the digits of an item of the polygon list.
+void checkPolygonList(const TracedFile& file, const SourcePlace& list, Findings& findings) {
+    std::string_view rest = std::string_view(file.text).substr(list.offset);
+    rest = rest.substr(0, rest.find_first_of(" \t\r\n"));
+    const auto skipNumber = [&rest] {
+        rest.remove_prefix(std::min(rest.find_first_not_of("0123456789"), rest.size()));
+    };
+    while (!rest.empty()) {
+        skipNumber();
+        if (rest.starts_with('-')) {
+            rest.remove_prefix(1);
+            skipNumber();
+        }
+        const std::string_view left = rest.substr(0, rest.find(','));
+        if (!left.empty()) {
+            const auto offset = static_cast<std::size_t>(left.data() - file.text.data());
+            findings.add(kind::leftOver, {&file, offset}, fmt::arg("text", left));
+        }
+        rest.remove_prefix(std::min(left.size() + 1, rest.size()));
+    }
+}
 
 void checkLine(const LintedModel& linted, std::size_t number, Findings& findings) {
     const MaterialLine& line = linted.model.materials.lines[number];
@@ -58,7 +81,9 @@ void checkNaming(const LintedModel& linted, Findings& findings) {
     }
     for (std::size_t polygon = 0; polygon < named.size(); ++polygon) {
         if (named[polygon].count > 1) {
-            findings.add(kind::polygonAgain, linted.source.material(named[polygon].again, listWord),
+            const bool meshes = linted.source.bnd != nullptr;
+            findings.add(meshes ? kind::polygonAgainInMesh : kind::polygonAgain,
+                         linted.source.material(named[polygon].again, listWord),
                          fmt::arg("polygon", polygon), fmt::arg("count", named[polygon].count));
         }
     }
@@ -68,6 +93,7 @@ void checkNaming(const LintedModel& linted, Findings& findings) {
 
 void checkMaterials(const LintedModel& linted, Findings& findings) {
     for (std::size_t i = 0; i < linted.model.materials.lines.size(); ++i) {
+        checkPolygonList(*linted.source.srf, linted.source.material(i, listWord), findings);
         checkLine(linted, i, findings);
     }
     checkNaming(linted, findings);
