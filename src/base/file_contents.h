@@ -9,12 +9,28 @@
 
 namespace mqf2vxb {
 
+/// A place in a file's text from which a scan may go on without looking for the text's end: `padding`
+/// NUL characters follow it, so that a scan that stops at a NUL stops there, and one that looks ahead
+/// that far reads nothing strange.
+class PaddedPlace {
+public:
+    static constexpr std::size_t padding = 8;
+
+    PaddedPlace() = default;  ///< no place
+    /// Null for no place.
+    [[nodiscard]] const char* get() const { return at_; }
+
+private:
+    friend class FileContents;
+    explicit PaddedPlace(const char* at) : at_(at) {}
+
+    const char* at_ = nullptr;
+};
+
 /// The bytes of one file, read in one gulp. Views into it stay good when it is moved or copied.
 class FileContents {
 public:
-    /// So many NUL characters follow the text: a scan may look ahead that far, and one that no NUL
-    /// passes has to look for no end.
-    static constexpr std::size_t padding = 8;
+    static constexpr std::size_t padding = PaddedPlace::padding;
 
     FileContents() = default;
     /// Room for `size` bytes, to be filled through data().
@@ -29,6 +45,10 @@ public:
     [[nodiscard]] std::string_view text() const {
         static constexpr std::array<char, padding> nothing{};
         return {bytes_ ? bytes_.get() : nothing.data(), size_};
+    }
+    /// The place `offset` characters from the start of the text, up to its end.
+    [[nodiscard]] PaddedPlace place(std::size_t offset) const {
+        return PaddedPlace(text().data() + offset);
     }
     /// Keeps the first `size` bytes.
     void shrink(std::size_t size) {

@@ -38,10 +38,10 @@ public:
 
     // A scan that finds the end of its line by itself takes the next line with these two.
 
-    /// The text from the start of the next line on, whatever line that is. Null when the line may
-    /// not be taken whole: when it is a part of a longer one, or there is an observer.
-    [[nodiscard]] const char* wholeLine() const {
-        return cut_ || observer() != nullptr ? nullptr : text().data() + next_;
+    /// The start of the next line, whatever line that is. No place when the line may not be taken
+    /// whole: when it is a part of a longer one, or there is an observer.
+    [[nodiscard]] PaddedPlace wholeLine() const {
+        return cut_ || observer() != nullptr ? PaddedPlace() : contents_.place(next_);
     }
     /// Makes the data line from wholeLine() to this line feed the current one; false when it is
     /// too long for one line.

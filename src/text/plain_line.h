@@ -22,7 +22,7 @@ class PlainLine {
 public:
     /// Looks at the line behind the reader's current one.
     explicit PlainLine(const LineReader& reader)
-        : start_(std::endian::native == std::endian::little ? reader.wholeLine() : nullptr),
+        : start_(std::endian::native == std::endian::little ? reader.wholeLine().get() : nullptr),
           at_(start_) {}
 
     /// False when no line can be scanned this way.
@@ -67,7 +67,7 @@ public:
     }
     /// A word of seven characters and the blank behind it.
     bool scan(std::array<char, 8>& characters) {
-        static_assert(sizeof characters <= FileContents::padding);
+        static_assert(sizeof characters <= PaddedPlace::padding);
         skipBlanks();
         std::memcpy(characters.data(), at_, sizeof characters);
         at_ += sizeof characters;
