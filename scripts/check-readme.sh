@@ -20,7 +20,7 @@ awk -v folder="$clone" '
 for block in "$clone"/*.sh; do
     printf -- '-- README.md:\n'
     sed 's/^/$ /' "$block"
-    bash -euo pipefail "$block" >"$clone/output" 2>&1 || {
+    bash -eu "$block" >"$clone/output" 2>&1 || {
         tail -n 40 "$clone/output"
         echo "a command of the README failed"
         exit 1

@@ -49,8 +49,8 @@ public:
     explicit KeyMap(std::size_t keys = 4) : places_(std::bit_ceil(4 * keys + 1)) {}
     KeyMap(const KeyMap&) = delete;
     KeyMap& operator=(const KeyMap&) = delete;
-    KeyMap(KeyMap&&) = default;
-    KeyMap& operator=(KeyMap&&) = default;
+    KeyMap(KeyMap&&) noexcept = default;
+    KeyMap& operator=(KeyMap&&) noexcept = default;
     ~KeyMap() = default;
 
     /// The value of `key`, which `make()` returns when the key is met for the first time.

@@ -2,10 +2,8 @@
 
 #include <cstdint>
 
-namespace mqf2vxb {
-
 /// The drawing code in the top byte of a colour word: the kind of polygon, and bits beside it.
-namespace drawing_code {
+namespace mqf2vxb::drawing_code {
 
 inline constexpr std::uint32_t kindMask = 0xE0;
 inline constexpr std::uint32_t face = 0x20;  ///< triangle or quadrangle
@@ -25,5 +23,4 @@ constexpr std::uint32_t spriteSize(std::int32_t width, std::int32_t height) {
     return width == 1 ? 0x08 : width == 8 ? 0x10 : width == 16 ? 0x18 : 0;
 }
 
-}  // namespace drawing_code
-}  // namespace mqf2vxb
+}  // namespace mqf2vxb::drawing_code

@@ -29,14 +29,6 @@ struct CheckArguments {
     ReportOptions report;
 };
 
-std::vector<std::string> checkCodes() {
-    std::vector<std::string> codes;
-    for (const FindingKind& kind : mqf2vxb::findingKinds) {
-        codes.emplace_back(kind.code);
-    }
-    return codes;
-}
-
 ReportedFinding reported(const Finding& finding, const std::string& file) {
     ReportedFinding result;
     result.code = finding.kind->code;
@@ -94,7 +86,7 @@ void addCheck(CLI::App& app, Session& session) {
     command->add_option("FILE", arguments->files, "VXB files to look at")
         ->type_name("")
         ->required();
-    addReportOptions(*command, arguments->report, checkCodes());
+    addReportOptions(*command, arguments->report, mqf2vxb::findingKinds);
     command->footer(checkExamples);
     command->callback([arguments, &session] { session.status = runCheck(*arguments); });
 }

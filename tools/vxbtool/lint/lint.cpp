@@ -27,14 +27,6 @@ struct LintArguments {
     ReportOptions report;
 };
 
-std::vector<std::string> lintCodes() {
-    std::vector<std::string> codes;
-    for (const lint::FindingKind& kind : lint::kinds) {
-        codes.emplace_back(kind.code);
-    }
-    return codes;
-}
-
 ExitStatus runLint(const LintArguments& arguments) {
     const float scale = parseScale(arguments.scale);
     std::vector<FileReport> reports;
@@ -68,7 +60,7 @@ void addLint(CLI::App& app, Session& session) {
     command
         ->add_option("--base", arguments->base, "Open relative names in the model from this folder")
         ->option_text("DIR");
-    addReportOptions(*command, arguments->report, lintCodes());
+    addReportOptions(*command, arguments->report, lint::kinds);
     command->footer(lintExamples);
     command->callback([arguments, &session] { session.status = runLint(*arguments); });
 }

@@ -140,15 +140,17 @@ std::size_t FileReport::count(Severity severity) const {
     return number;
 }
 
-void addReportOptions(CLI::App& command, ReportOptions& options, std::vector<std::string> codes) {
+void addReportOptions(CLI::App& command, ReportOptions& options,
+                      std::span<const mqf2vxb::FindingKind> kinds) {
     command.add_flag("--json", options.json, "Report as JSON");
     command.add_flag("--werror", options.werror, "Warnings fail too");
     command.add_flag("--all", options.all, "Report equal findings one by one");
-    const auto checkCode = [codes = std::move(codes)](const std::string& code) {
-        const bool known = std::find(codes.begin(), codes.end(), code) != codes.end();
+    const auto checkCode = [kinds](const std::string& code) {
+        const bool known = std::any_of(kinds.begin(), kinds.end(),
+                                       [&](const auto& kind) { return kind.code == code; });
         return known ? ""
-                     : fmt::format("{} is none of the codes {} to {}", code, codes.front(),
-                                   codes.back());
+                     : fmt::format("{} is none of the codes {} to {}", code, kinds.front().code,
+                                   kinds.back().code);
     };
     command.add_option("-W", options.off, "Do not report findings of this code; may be repeated")
         ->option_text("CODE")

@@ -47,8 +47,9 @@ struct ReportOptions {
     std::vector<std::string> off;  ///< codes that are not reported
 };
 
-/// Adds the options. `codes`, at least one and in their order, are those that "-W" takes.
-void addReportOptions(CLI::App& command, ReportOptions& options, std::vector<std::string> codes);
+/// Adds the options. "-W" takes the codes of these kinds, which are there as long as the program is.
+void addReportOptions(CLI::App& command, ReportOptions& options,
+                      std::span<const mqf2vxb::FindingKind> kinds);
 
 /// Leaves out what `options` turns off and, unless they ask for all, folds equal findings into the
 /// first of them. Findings are equal when they have one code and lie in one file.
