@@ -45,8 +45,8 @@ struct KeyTraits<std::string_view> {
 template <class Key, class Value>
 class KeyMap {
 public:
-    /// Makes room for this many keys, so much that most stand at the first place.
-    explicit KeyMap(std::size_t keys = 4) : places_(std::bit_ceil(4 * keys + 1)) {}
+    /// Makes room for this many keys.
+    explicit KeyMap(std::size_t keys = 8) : places_(std::bit_ceil(2 * keys + 1)) {}
     KeyMap(const KeyMap&) = delete;
     KeyMap& operator=(const KeyMap&) = delete;
     KeyMap(KeyMap&&) noexcept = default;
