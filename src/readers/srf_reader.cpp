@@ -52,9 +52,13 @@ private:
         if (rest_.empty() || !isDigit(rest_.front())) {
             reader_.refuseLine("an item of the polygon list does not begin with a digit");
         }
+        const std::string_view digits = rest_;
         std::int32_t value = 0;
-        if (scanInteger(rest_, value) == Scanned::outOfRange) {
-            reader_.refuseLine("number does not fit 32 bits");
+        if (!scanNineDigits(rest_, value)) {
+            rest_ = digits;
+            if (scanInteger(rest_, value) == Scanned::outOfRange) {
+                reader_.refuseLine("number does not fit 32 bits");
+            }
         }
         return value;
     }

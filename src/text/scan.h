@@ -130,6 +130,19 @@ inline void skipSpace(std::string_view& text) {
     text = {at, end};
 }
 
+/// Takes one to nine digits from the start of the text, as nearly every number has them; false when
+/// there are none or more.
+inline bool scanNineDigits(std::string_view& text, std::int32_t& value) {
+    constexpr std::size_t most = 9;
+    std::size_t count = 0;
+    value = 0;
+    while (count < text.size() && count < most && isDigit(text[count])) {
+        value = 10 * value + (text[count++] - '0');
+    }
+    text.remove_prefix(count);
+    return count != 0 && (text.empty() || !isDigit(text.front()));
+}
+
 /// The digits at the start of eight characters, the first seven at most, without a branch for
 /// each: the lengths of numbers are what a processor predicts worst.
 inline std::size_t scanSevenDigits(const char* text, std::uint64_t& value) {

@@ -169,6 +169,11 @@ IndexRange TokenReader::rangeItem() {
 
 std::int32_t TokenReader::number(std::string_view token) const {
     std::int32_t value = 0;
+    std::string_view rest = token;
+    if (scanNineDigits(rest, value) && rest.empty() && lines_.observer() == nullptr) {
+        return value;
+    }
+    value = 0;
     if (scanInteger(token, value) == Scanned::outOfRange) {
         refuse("number does not fit 32 bits");
     }
