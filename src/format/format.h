@@ -60,6 +60,8 @@ inline constexpr float normalScale = 4096.0F;
 inline constexpr std::uint64_t motionHeaderSize = 2;
 /// An animated coordinate without its sequence headers.
 inline constexpr std::uint64_t animationIndexSize = 6;
+/// The size that stands in a motion's header: the words from that word on.
+constexpr std::uint64_t motionSize(std::uint64_t indexWords) { return 1 + indexWords; }
 /// Type, and image number and size.
 inline constexpr std::uint64_t imageTypeSize = 2;
 

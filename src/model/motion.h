@@ -4,6 +4,7 @@
 #include <string>
 
 #include "base/table.h"
+#include "format/format.h"
 #include "format/primitive_type.h"
 
 namespace mqf2vxb {
@@ -18,6 +19,11 @@ struct AnimationIndexRecord {
     std::int32_t coord = 0;
     std::uint32_t startSeq = 0;  ///< number of the step that it starts with, over all motions
     Table<AnimationSequenceHeaderRecord> seqHeaderTable{"Animation Sequence Header Data Base"};
+
+    /// The words of its record in the file.
+    [[nodiscard]] std::uint64_t size() const {
+        return format::animationIndexSize + seqHeaderTable.size();
+    }
 };
 
 /// One SEQ, GOTO or END line.
@@ -48,6 +54,15 @@ struct MotionRecord {
     Table<AnimationIndexRecord> indexTable{"Animation Index Data Base"};
     Table<AnimationSequenceRecord> seqTable{"Animation Sequence Data Base"};
     Table<AnimationPacketTypeRecord> packetTypeTable{"Animation Packet Type Data Base"};
+
+    /// The words of all index records.
+    [[nodiscard]] std::uint64_t indexSize() const {
+        std::uint64_t size = 0;
+        for (const AnimationIndexRecord& index : indexTable) {
+            size += index.size();
+        }
+        return size;
+    }
 };
 
 }  // namespace mqf2vxb

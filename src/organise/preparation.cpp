@@ -161,19 +161,16 @@ private:
 
 /// Refuses counts and sizes that their words cannot hold.
 void checkSizes(const MotionRecord& motion) {
-    const auto check = [&](const char* what, std::size_t number, std::size_t size) {
+    const auto check = [&](const char* what, std::size_t number, std::uint64_t size) {
         if (number > format::largestNumber || size > format::largestSize) {
             refuse(motion, formatText("%zu %s in %zu words, and the format holds 32767 in 65535",
                                       number, what, size));
         }
     };
-    std::size_t size = 1;
     for (const AnimationIndexRecord& index : motion.indexTable) {
-        const std::size_t headers = index.seqHeaderTable.size();
-        check("sequence headers", headers, format::animationIndexSize + headers);
-        size += format::animationIndexSize + headers;
+        check("sequence headers", index.seqHeaderTable.size(), index.size());
     }
-    check("coordinates", motion.indexTable.size(), size);
+    check("coordinates", motion.indexTable.size(), format::motionSize(motion.indexSize()));
 }
 
 }  // namespace

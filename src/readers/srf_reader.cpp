@@ -10,8 +10,6 @@
 namespace mqf2vxb {
 namespace {
 
-constexpr bool isBlank(char c) { return c == ' ' || c == '\t'; }
-
 struct PolygonRange {
     std::int32_t first;
     std::int32_t last;
@@ -110,25 +108,26 @@ void addRecords(const LineReader& reader, const PolygonRange& range, std::uint32
     }
 }
 
-bool atBlankOrEnd(std::string_view rest) { return rest.empty() || isBlank(rest.front()); }
+/// Scans what stands between the polygon list and the numbers. True when each field is a word of
+/// its own.
+template <class Scanner>
+bool scanAppearance(Scanner& scanner, MaterialLine& line) {
+    bool words = scanner.scan(Hex{line.flag}) && scanner.atBlankOrEnd();
+    words = scanner.scan(Letter{line.shading}) && scanner.atBlankOrEnd() && words;
+    return scanner.scan(Letter{line.kind}) && scanner.atBlankOrEnd() && words;
+}
 
-/// Scans what stands between the polygon list and the numbers: flag, shading and kind. Returns
-/// the rest of the line from the fifth word on, whatever the scan made of the words before.
-std::string_view scanFlagAndLetters(const LineReader& reader, std::string_view rest,
-                                    MaterialLine& line) {
-    LineScanner words(reader, rest);
-    const bool scanned = words.scan(Hex{line.flag});
-    bool plain = scanned && atBlankOrEnd(words.rest());
-    words.scan(Letter{line.shading});
-    plain = plain && atBlankOrEnd(words.rest());
-    words.scan(Letter{line.kind});
-    if (plain && words.complete() && atBlankOrEnd(words.rest())) {
-        return words.rest();
+/// Scans the words between the polygon list and the numbers. Returns the rest of the line from the
+/// fifth word on, also when a field ends inside a word: "8L" holds the flag and the shading.
+std::string_view scanWords(const LineReader& reader, std::string_view rest, MaterialLine& line) {
+    LineScanner scanner(reader, rest);
+    if (scanAppearance(scanner, line)) {
+        return scanner.rest();
     }
-    for (int word = 2; word <= 4; ++word) {
-        takeWord(reader, rest);
-    }
-    if (!scanned) {
+    const std::string_view flag = takeWord(reader, rest);
+    takeWord(reader, rest);
+    takeWord(reader, rest);
+    if (!LineScanner(reader, flag).scan(Hex{line.flag})) {
         reader.refuseLine("flag is not a hexadecimal number");
     }
     return rest;
@@ -151,9 +150,7 @@ bool readPlainLine(LineReader& reader, MaterialTable& materials) {
     PlainLine plain(reader);
     MaterialLine line;
     std::string_view list;
-    if (!plain || !plain.scanNumberWord(list) || !plain.scan(Hex{line.flag}) ||
-        !plain.atBlankOrEnd() || !plain.scan(Letter{line.shading}) || !plain.atBlankOrEnd() ||
-        !plain.scan(Letter{line.kind}) || !plain.atBlankOrEnd()) {
+    if (!plain || !plain.scanNumberWord(list) || !scanAppearance(plain, line)) {
         return false;
     }
     line.firstNumber = materials.numbers.size();
@@ -175,7 +172,7 @@ void readMaterialLine(const LineReader& reader, MaterialTable& materials) {
     }
 
     MaterialLine line;
-    rest = scanFlagAndLetters(reader, rest, line);
+    rest = scanWords(reader, rest, line);
     line.firstNumber = materials.numbers.size();
     parseMaterialNumbers(reader, rest, materialKind(line.kind), materials.numbers);
     addLine(reader, line, list, materials);

@@ -16,8 +16,8 @@ namespace mqf2vxb {
 
 /// Scans a line in the form in which programs write lines: numbers of up to seven digits with blanks
 /// between them, and the line feed right behind the last field. The end of such a line needs no
-/// search of its own, and its place stays in a register.  A line that it accepts has the same values in the general scan; every other line is
-/// left to that.
+/// search of its own, and its place stays in a register. A line that it accepts has the same values
+/// in the general scan; every other line is left to that.
 class PlainLine {
 public:
     /// Looks at the line behind the reader's current one.

@@ -14,6 +14,11 @@
 
 namespace mqf2vxb {
 
+constexpr bool isBlank(char c) { return c == ' ' || c == '\t'; }
+/// White space of the C library's formats.
+constexpr bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
+
 /// What scanning one number met.
 enum class Scanned : std::uint8_t { number, nothing, outOfRange };
 
@@ -27,7 +32,6 @@ Scanned scanHex(std::string_view& text, std::uint32_t& value);
 /// small 0. Never out of range.
 Scanned scanReal(std::string_view& text, float& value);
 
-/// White space of the C library's formats, which includes more than blank and tab.
 inline void skipSpace(std::string_view& text);
 /// The next run of characters without white space ("%s"); empty at the end.
 std::string_view scanWord(std::string_view& text);
@@ -80,8 +84,11 @@ public:
             finishSpecial();
         }
     }
-    [[nodiscard]] bool complete() const { return !failed_; }
+    /// A field was not there.
+    [[nodiscard]] bool failed() const { return failed_; }
     [[nodiscard]] std::string_view rest() const { return rest_; }
+    /// A blank follows, or the line ends.
+    [[nodiscard]] bool atBlankOrEnd() const { return rest_.empty() || isBlank(rest_.front()); }
 
 private:
     bool take(Scanned scanned) {
@@ -107,13 +114,10 @@ bool scanLine(const LineReader& reader, Field&&... field) {
     LineScanner scanner(reader);
     (scanner.scan(field) && ...);
     scanner.finish();
-    return scanner.complete();
+    return !scanner.failed();
 }
 
 // Most of a conversion is the reading of whole numbers: they are scanned in place.
-
-constexpr bool isSpace(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
-constexpr bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
 /// The value of a hexadecimal digit; -1 when it is none.
 constexpr int hexDigit(char c) {

@@ -16,10 +16,10 @@ void writeIndex(const AnimationIndexRecord& index, OutputWordStream& stream) {
     const auto headers = static_cast<std::uint32_t>(index.seqHeaderTable.size());
     const auto coordinate = static_cast<std::uint32_t>(index.coord);
     constexpr auto recordSize = static_cast<std::uint32_t>(format::coordinateSize);
-    constexpr auto indexSize = static_cast<std::uint32_t>(format::animationIndexSize);
     stream.putWord(format::coordinatePointer << 16U | (recordSize * coordinate + 1),
                    "/* Coordinate Pointer Offset, Coordinate Offset  */");
-    stream.putWord(headers << 16U | (indexSize + headers), "/* Sequence Header Number, Size  */");
+    stream.putWord(headers << 16U | static_cast<std::uint32_t>(index.size()),
+                   "/* Sequence Header Number, Size  */");
     stream.putWord(0, "/* Sequence Pointer  */");
     stream.putWord(index.startSeq << 16U);
     stream.putWord(0);
@@ -31,10 +31,7 @@ void writeIndex(const AnimationIndexRecord& index, OutputWordStream& stream) {
 }
 
 void writeMotion(const MotionRecord& motion, bool first, OutputWordStream& stream) {
-    std::size_t size = 1;
-    for (const AnimationIndexRecord& index : motion.indexTable) {
-        size += format::animationIndexSize + index.seqHeaderTable.size();
-    }
+    const std::uint64_t size = format::motionSize(motion.indexSize());
     stream.putWord(motion.type | (first ? type_code::first : 0), "/* Animation Type */");
     stream.putWord(format::numberAndSize(static_cast<std::uint32_t>(motion.indexTable.size()),
                                          static_cast<std::uint32_t>(size)),

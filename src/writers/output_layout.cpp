@@ -122,10 +122,7 @@ void placeAnimation(const Model& model, Walk& walk, OutputLayout& layout) {
     }
     walk.pass(format::primitiveHeaderSize);
     for (const MotionRecord& motion : model.motions) {
-        walk.pass(format::motionHeaderSize);
-        for (const AnimationIndexRecord& index : motion.indexTable) {
-            walk.pass(format::animationIndexSize + index.seqHeaderTable.size());
-        }
+        walk.pass(format::motionHeaderSize + motion.indexSize());
     }
     layout.complementFunctionTop = walk.place(1 + model.aptype.size());
     layout.controlTop = walk.here();

@@ -1,6 +1,5 @@
 #include "vxbtool/packet_forms/packet_form_tables.h"
 
-#include <array>
 #include <cstdio>
 #include <string_view>
 
@@ -8,6 +7,7 @@
 #include <fmt/core.h>
 
 #include "format/packet_forms.h"
+#include "vxb/word_meaning.h"
 
 namespace vxbtool {
 namespace {
@@ -32,11 +32,8 @@ further one those of "further".
 This page is made from the program: `vxbtool packet-forms > docs/packet-forms.md`.
 )";
 
-std::string_view fieldName(Field field) {
-    constexpr std::array<std::string_view, mqf2vxb::fieldNum> names{
-        "0",  "V0", "V1", "V2",   "V3",   "N0", "N1", "N2", "N3", "T0",
-        "T1", "T2", "T3", "CLUT", "PAGE", "C0", "C1", "C2", "C3", "W"};
-    return names[static_cast<std::size_t>(field)];
+std::string_view fieldText(Field field) {
+    return field == Field::zero ? "0" : field == Field::window ? "W" : mqf2vxb::fieldName(field);
 }
 
 std::string wordText(PacketWord word) {
@@ -44,9 +41,9 @@ std::string wordText(PacketWord word) {
         return "Z";
     }
     if (mqf2vxb::isWholeWord(word.low)) {
-        return std::string(fieldName(word.low));
+        return std::string(fieldText(word.low));
     }
-    return fmt::format("[{}, {}]", fieldName(word.low), fieldName(word.high));
+    return fmt::format("[{}, {}]", fieldText(word.low), fieldText(word.high));
 }
 
 std::string wordsText(const PacketWords& words) {
