@@ -9,7 +9,7 @@
 
 namespace mqf2vxb {
 
-/// The most bytes of an input file: a device or a pipe may never end.
+/// The most bytes of an input file; a pipe may never end.
 inline constexpr std::size_t largestFile = std::size_t{1} << 31U;
 
 /// How a file begins.
@@ -43,8 +43,7 @@ public:
         const std::size_t size = contents->text().size();
         return FileStart{std::move(*contents), size, true};
     }
-    /// The first `size` bytes of a file that had them when it was read before; nothing when it has
-    /// them no longer.
+    /// The first `size` bytes of a file that was read before; nothing when it has fewer by now.
     [[nodiscard]] virtual std::optional<FileContents> readAgain(const std::string& name,
                                                                 std::size_t size) {
         std::optional<FileContents> contents = read(name);
