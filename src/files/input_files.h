@@ -30,8 +30,8 @@ public:
     InputFiles& operator=(const InputFiles&) = delete;
     virtual ~InputFiles() = default;
 
-    /// All bytes of a file; nothing when it cannot be opened and read. One that does not fit
-    /// `largestFile` is refused.
+    /// All bytes of a file; nothing when it cannot be opened and read. A device, and a file that
+    /// does not fit `largestFile`, are refused.
     [[nodiscard]] virtual std::optional<FileContents> read(const std::string& name) = 0;
     /// The first `most` bytes of a file at least. A file that cannot be read again comes whole.
     [[nodiscard]] virtual std::optional<FileStart> readStart(const std::string& name,
