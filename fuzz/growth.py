@@ -190,6 +190,7 @@ GROWING = [
     (colliding_objects, 30000, CONVERT),
     (colliding_objects, 15000, LINT),
     (overlapping_ranges, 1000, CONVERT),
+    (overlapping_ranges, 500, LINT),
     (one_motion_many_times, 100, CONVERT),
     (one_image_many_times, 150, CONVERT),
     (one_image_many_times, 150, LINT),

@@ -111,6 +111,22 @@ TEST(FindingReport, FoldsEqualFindingsUnlessAllAreWanted) {
     EXPECT_TRUE(lintCase(equalFindings(), options).findings.empty());
 }
 
+TEST(FindingReport, CountsWhatItDoesNotKeep) {
+    Case crowded = casesOf("sound").front();
+    std::string& geo = crowded.files["m.geo"];
+    geo.replace(geo.find("4 1 2"), 1, "2504");
+    for (int i = 0; i < 2500; ++i) {
+        geo.insert(geo.find("0 0 1\n"), "0 0 0\n");
+    }
+    ReportOptions options;
+    options.all = true;
+    options.off = {"L030"};
+    const FileReport report = lintCase(crowded, options);
+    EXPECT_EQ(report.findings.size(), 1000U);
+    EXPECT_EQ(report.findings.back().occurrences, 1501U);
+    EXPECT_EQ(report.count(mqf2vxb::Severity::warning), 2500U);
+}
+
 TEST(FindingReport, WritesItsJsonAsDocumented) {
     const std::vector reports{lintCase(equalFindings()), FileReport{"b\xFF.vxb", {}}};
     EXPECT_EQ(nlohmann::json::parse(jsonReport("lint", reports, true)), nlohmann::json::parse(R"({
@@ -135,8 +151,7 @@ TEST(FindingReport, WritesItsJsonAsDocumented) {
 }
 
 TEST(FindingReport, KeepsControlCharactersFromTheTerminal) {
-    ReportedFinding finding{"L005", mqf2vxb::Severity::warning, "\"\x1B[2J\" is ignored",
-                            "a.geo"};
+    ReportedFinding finding{"L005", mqf2vxb::Severity::warning, "\"\x1B[2J\" is ignored", "a.geo"};
     finding.line = 2;
     finding.column = 5;
     finding.source = "\t\xC3\xA4 \x1B[2J";

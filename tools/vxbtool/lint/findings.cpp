@@ -67,7 +67,9 @@ std::vector<ReportedFinding> Findings::inOrder(const Trace& trace) && {
 
     std::vector<ReportedFinding> result;
     result.reserve(found_.size());
+    std::map<KindInFile, std::size_t> lastOf;
     for (Found& found : found_) {
+        lastOf[{found.place.file, found.kind}] = result.size();
         ReportedFinding finding;
         finding.code = found.kind->code;
         finding.severity = found.kind->severity;
@@ -75,6 +77,9 @@ std::vector<ReportedFinding> Findings::inOrder(const Trace& trace) && {
         finding.file = found.place.file->name;
         counters[position.at(found.place.file)].place(found.place.offset, finding);
         result.push_back(std::move(finding));
+    }
+    for (const auto& [kind, last] : lastOf) {
+        result[last].occurrences += counts_[kind] - std::min(counts_[kind], keptPerKind);
     }
     return result;
 }

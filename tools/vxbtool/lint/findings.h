@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <map>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -26,16 +27,22 @@ std::string_view shownLine(std::string_view line);
 /// Where the word at position `number` of a line stands; a line with fewer gives its end.
 SourcePlace wordPlace(const TracedFile& file, const TracedLine& line, std::size_t number);
 
-/// Gathers what lint finds in one model.
+/// Gathers what lint finds in one model. Of each kind in each file only the first are kept and the
+/// others counted, since a few characters can name millions of records.
 class Findings {
 public:
+    static constexpr std::size_t keptPerKind = 1000;
+
     /// Adds a finding. The values are fmt::arg()s for the names in the kind's text.
     template <class... Values>
     void add(const FindingKind& kind, SourcePlace place, const Values&... values) {
-        found_.push_back({&kind, place, fmt::format(fmt::runtime(kind.text), values...)});
+        if (counts_[{place.file, &kind}]++ < keptPerKind) {
+            found_.push_back({&kind, place, fmt::format(fmt::runtime(kind.text), values...)});
+        }
     }
 
-    /// Everything found, in the order of the files and of their contents.
+    /// What was kept, in the order of the files and of their contents. The last one of a kind in a
+    /// file stands for those that were only counted.
     [[nodiscard]] std::vector<ReportedFinding> inOrder(const Trace& trace) &&;
 
 private:
@@ -44,7 +51,10 @@ private:
         SourcePlace place;
         std::string text;
     };
+    using KindInFile = std::pair<const TracedFile*, const FindingKind*>;
+
     std::vector<Found> found_;
+    std::map<KindInFile, std::size_t> counts_;  // kept or not
 };
 
 }  // namespace vxbtool::lint

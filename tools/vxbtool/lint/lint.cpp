@@ -1,6 +1,7 @@
 #include "vxbtool/lint/lint.h"
 
 #include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -41,7 +42,17 @@ ExitStatus runLint(const LintArguments& arguments) {
 FileReport lintFile(const std::string& model, float scale, const std::string& base,
                     const ReportOptions& options) {
     ModelFiles files(base);
-    FileReport report{model, lint::lintModel(model, scale, files)};
+    FileReport report{model, {}};
+    try {
+        report.findings = lint::lintModel(model, scale, files);
+    } catch (const std::bad_alloc&) {
+        ReportedFinding& finding = report.findings.emplace_back();
+        finding.code = lint::kind::cannotConvert.code;
+        finding.severity = lint::kind::cannotConvert.severity;
+        finding.text = "there is not enough memory to look at this model";
+        finding.file = model;
+        return report;
+    }
     for (ReportedFinding& finding : report.findings) {
         finding.file = files.pathOf(finding.file);
     }

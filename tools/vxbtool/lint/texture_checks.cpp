@@ -6,6 +6,7 @@
 #include <tuple>
 #include <vector>
 
+#include "base/key_map.h"
 #include "vxbtool/lint/model_checks.h"
 
 namespace vxbtool::lint {
@@ -158,23 +159,21 @@ struct Span {
 struct PlacedBlock {
     std::size_t image;
     std::string_view part;
-    const PxlBlock* block;
+    std::uint32_t contents;  ///< a number that blocks of equal headers and data share
 };
 
-/// The bytes of the data; a model that is watched keeps its image files.
-std::string_view bytesOf(const Table<ImageRecord>& images, const PlacedBlock& placed) {
-    return placed.block->data(images[placed.image].file->text()).bytes();
-}
-
-bool isSame(const Table<ImageRecord>& images, const PlacedBlock& one, const PlacedBlock& other) {
-    return one.block->header == other.block->header &&
-           bytesOf(images, one) == bytesOf(images, other);
+/// The bytes of the header and the data; a model that is watched keeps its image files.
+std::string_view bytesOf(const ImageRecord& image, const PxlBlock& block) {
+    const std::string_view data = block.data(image.file->text()).bytes();
+    return {data.data() - sizeof block.header, data.size() + sizeof block.header};
 }
 
 /// Reports a block that overlaps one before it, once. Blocks that are the same do no harm.
 void checkOverlap(const LintedModel& linted, Findings& findings) {
     std::vector<PlacedBlock> blocks;
     std::vector<Span> spans;
+    KeyMap<std::string_view, std::uint32_t> numberOfContents;
+    const Table<ImageRecord>& images = linted.model.images;
     const auto place = [&](std::size_t image, std::string_view part, const PxlBlock& block) {
         const std::optional<Extent> extent =
             block.present() ? extentOf(block) : std::optional<Extent>{};
@@ -186,9 +185,11 @@ void checkOverlap(const LintedModel& linted, Findings& findings) {
             spans.push_back(
                 {y + line, x, x + extent->width, static_cast<std::uint32_t>(blocks.size())});
         }
-        blocks.push_back({image, part, &block});
+        const auto number = static_cast<std::uint32_t>(blocks.size());
+        blocks.push_back({image, part, numberOfContents.find(bytesOf(images[image], block), [&] {
+                              return number;
+                          })});
     };
-    const Table<ImageRecord>& images = linted.model.images;
     for (std::size_t i = 0; i < images.size(); ++i) {
         place(i, "picture", images[i].pixel);
         place(i, "colour table", images[i].clut);
@@ -208,7 +209,7 @@ void checkOverlap(const LintedModel& linted, Findings& findings) {
         if (span.start < widest->end && !reported[later]) {
             const PlacedBlock& one = blocks[later];
             const PlacedBlock& other = blocks[std::min(widest->block, span.block)];
-            if (!isSame(images, one, other)) {
+            if (one.contents != other.contents) {
                 reported[later] = true;
                 findings.add(kind::imageOverlap, linted.source.image(one.image),
                              fmt::arg("part", one.part), fmt::arg("image", one.image),
