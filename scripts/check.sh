@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # The checks that scripts/test.sh leaves out for their time: warnings as errors, the tests under the
-# sanitizers, format, lint, the order of the folders, the commands of the README and the package.
+# sanitizers, format, lint, the order of the folders, the growth of time and memory, the commands of
+# the README and the package.
 # shellcheck disable=SC2317  # the functions are called through "stage"
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
@@ -114,9 +115,12 @@ stage "format" check_format
 stage "order of the folders" scripts/check-folder-order.sh
 
 if ((release_status == 0)); then
+    stage "growth of time and memory" fuzz/growth.py build/release/src/mqf2vxb \
+        build/release/tools/vxbtool
     stage "lint" lint
     stage "package" check_package
 else
+    skip "growth of time and memory"
     skip "lint"
     skip "package"
 fi

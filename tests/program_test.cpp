@@ -127,7 +127,21 @@ TEST_F(Program, ReportsWhatTheMachineRefuses) {
     write("0.pxl", smallModel().images[0]);
     fs::resize_file(folder_ / "g.geo", (std::uintmax_t{1} << 31U) + 1);
     EXPECT_EQ(run("m.mqf"), notCorrect("g.geo", 0, "the file is larger than 2147483648 bytes"));
+    fs::remove(folder_ / "g.geo");
+    fs::create_symlink("/dev/zero", folder_ / "g.geo");
+    EXPECT_EQ(run("m.mqf"), notCorrect("g.geo", 0, "the file is a device"));
+    fs::remove(folder_ / "g.geo");
     write("g.geo", smallModel().files().at("g.geo"));
+    EXPECT_EQ(run("m.mqf", "exec 3>&-; ulimit -n 4; "),
+              notCorrect("0.pxl", 0, "no more files can be opened"));
+    // The hex text is opened when all inputs were read, and its reader comes when the image is gone.
+    EXPECT_EQ(
+        run("-bin2cl hex m.mqf",
+            "rm m.vxb; mkfifo hex; timeout 60 sh -c 'until [ -e m.vxb ]; do sleep 0.01; done; "
+            "rm 0.pxl; mkfifo 0.pxl; cat hex' >/dev/null 2>&1 & "),
+        notCorrect("0.pxl", 0, "the file changed while it was converted"));
+    fs::remove(folder_ / "0.pxl");
+    write("0.pxl", smallModel().images[0]);
     if (fs::exists("/dev/full")) {
         EXPECT_EQ(run("-bin2cl /dev/full m.mqf"),
                   "\nCan't write this file!\n\nFile Name:/dev/full\n");

@@ -135,13 +135,13 @@ TEST(FindingReport, WritesItsJsonAsDocumented) {
 }
 
 TEST(FindingReport, KeepsControlCharactersFromTheTerminal) {
-    ReportedFinding finding{"L005", mqf2vxb::Severity::warning, "nobody reads \"\x1B[2J\"",
+    ReportedFinding finding{"L005", mqf2vxb::Severity::warning, "\"\x1B[2J\" is ignored",
                             "a.geo"};
     finding.line = 2;
     finding.column = 5;
     finding.source = "\t\xC3\xA4 \x1B[2J";
     EXPECT_EQ(humanReport({{FileReport{"a.mqf", {finding}}}}, true),
-              "a.geo:2:5: warning: nobody reads \"?[2J\" [L005]\n"
+              "a.geo:2:5: warning: \"?[2J\" is ignored [L005]\n"
               "  \t\xC3\xA4 ?[2J\n"
               "  \t  ^\n"
               "0 errors, 1 warning\n");

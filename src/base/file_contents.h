@@ -10,8 +10,8 @@
 namespace mqf2vxb {
 
 /// A place in a file's text from which a scan may go on without looking for the text's end: `padding`
-/// NUL characters follow it, so that a scan that stops at a NUL stops there, and one that looks ahead
-/// that far reads nothing strange.
+/// NUL characters follow it. A scan that stops at a NUL stops there, and one that looks ahead no
+/// further than that stays inside the buffer.
 class PaddedPlace {
 public:
     static constexpr std::size_t padding = 8;

@@ -9,7 +9,7 @@
 namespace mqf2vxb {
 
 enum class Severity : std::uint8_t {
-    warning,  ///< it can stand, and it is surely not meant
+    warning,  ///< it is allowed, and probably unintended
     error,    ///< the file is not sound, or the model does not convert
 };
 

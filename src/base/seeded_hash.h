@@ -7,8 +7,8 @@
 
 namespace mqf2vxb {
 
-/// The secret of all hashes of this process. It is another one in each run, so that nobody can write
-/// a model whose keys all hash alike; nothing but the speed of lookups depends on it.
+/// The secret of all hashes of this process, different in each run, so that nobody can write a model
+/// whose keys all hash alike. Only the speed of lookups depends on it.
 struct HashSeed {
     std::uint64_t low;
     std::uint64_t high;

@@ -1,6 +1,9 @@
 #include "files/disk_files.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <system_error>
 #include <utility>
@@ -44,15 +47,21 @@ FileHandle openInput(const std::string& name) {
     return file;
 }
 
-/// The size of an ordinary file; nothing for a pipe or a device.
+/// The size of an ordinary file; nothing for a pipe, or when there is no such file. A device is
+/// refused: it may never end, and to open it may do more than that.
 std::optional<std::size_t> sizeOf(const std::string& name) {
-    std::error_code error;
-    const std::uintmax_t size = fs::file_size(name, error);
-    if (error) {
+    struct stat status {};
+    if (stat(name.c_str(), &status) != 0) {
         return std::nullopt;
     }
-    checkFileSize(name, size);
-    return static_cast<std::size_t>(size);
+    if (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode)) {
+        notCorrectData({name}, "the file is a device");
+    }
+    if (!S_ISREG(status.st_mode)) {
+        return std::nullopt;
+    }
+    checkFileSize(name, static_cast<std::uintmax_t>(status.st_size));
+    return static_cast<std::size_t>(status.st_size);
 }
 
 }  // namespace
@@ -80,16 +89,17 @@ FileContents DiskInputFiles::room(std::size_t size) {
 }
 
 std::optional<FileContents> DiskInputFiles::read(const std::string& name) {
+    const std::optional<std::size_t> announced = sizeOf(name);
     const FileHandle file = openInput(name);
-    return file ? readAll(*file, name, sizeOf(name)) : std::nullopt;
+    return file ? readAll(*file, name, announced) : std::nullopt;
 }
 
 std::optional<FileStart> DiskInputFiles::readStart(const std::string& name, std::size_t most) {
+    const std::optional<std::size_t> announced = sizeOf(name);
     const FileHandle file = openInput(name);
     if (!file) {
         return std::nullopt;
     }
-    const std::optional<std::size_t> announced = sizeOf(name);
     if (announced && most < *announced) {
         FileContents contents = room(most);
         const std::size_t size = std::fread(contents.data(), 1, most, file.get());
@@ -108,8 +118,14 @@ std::optional<FileStart> DiskInputFiles::readStart(const std::string& name, std:
 }
 
 std::optional<FileContents> DiskInputFiles::readAgain(const std::string& name, std::size_t size) {
+    if (!sizeOf(name)) {  // a pipe by now, which nobody may ever write to
+        return std::nullopt;
+    }
     const FileHandle file = openInput(name);
     if (!file) {
+        if (errno == EMFILE || errno == ENFILE) {
+            notCorrectData({name}, "no more files can be opened");
+        }
         return std::nullopt;
     }
     FileContents contents = room(size);

@@ -9,7 +9,7 @@
 
 namespace mqf2vxb {
 
-/// The most bytes of an input file: a device or a pipe may never end.
+/// The most bytes of an input file; a pipe may never end.
 inline constexpr std::size_t largestFile = std::size_t{1} << 31U;
 
 /// How a file begins.
@@ -30,8 +30,8 @@ public:
     InputFiles& operator=(const InputFiles&) = delete;
     virtual ~InputFiles() = default;
 
-    /// All bytes of a file; nothing when it cannot be opened and read. One that does not fit
-    /// `largestFile` is refused.
+    /// All bytes of a file; nothing when it cannot be opened and read. A device, and a file that
+    /// does not fit `largestFile`, are refused.
     [[nodiscard]] virtual std::optional<FileContents> read(const std::string& name) = 0;
     /// The first `most` bytes of a file at least. A file that cannot be read again comes whole.
     [[nodiscard]] virtual std::optional<FileStart> readStart(const std::string& name,
@@ -43,8 +43,7 @@ public:
         const std::size_t size = contents->text().size();
         return FileStart{std::move(*contents), size, true};
     }
-    /// The first `size` bytes of a file that had them when it was read before; nothing when it has
-    /// them no longer.
+    /// The first `size` bytes of a file that was read before; nothing when it has fewer by now.
     [[nodiscard]] virtual std::optional<FileContents> readAgain(const std::string& name,
                                                                 std::size_t size) {
         std::optional<FileContents> contents = read(name);

@@ -10,7 +10,7 @@ namespace mqf2vxb {
 enum class TokenKind : std::uint8_t { restOfLine, word, item, range };
 
 /// Sees what the readers take from the text files while they read them, for tools that tell an
-/// author more than whether a model converts. Every view and place is one inside the text of the
+/// author more than that a model converts or does not. Every view and place is one inside the text of the
 /// file that is being read; only a token's text is a copy.
 class InputObserver {
 public:
@@ -19,7 +19,7 @@ public:
     InputObserver& operator=(const InputObserver&) = delete;
     virtual ~InputObserver() = default;
 
-    /// A file was opened, images too: what is told from here on is told of it.
+    /// A file was opened, which may be an image: the calls that follow are about it.
     virtual void opened(const std::string& name, std::string_view contents) = 0;
     /// The reader went to its next data line; the ID line is the first.
     virtual void line(std::string_view line) = 0;

@@ -57,7 +57,7 @@ BlockWriter::BlockWriter(OutputFiles& files, std::string name)
 
 BlockWriter::~BlockWriter() {
     if (file_) {
-        // The conversion has failed already and its report goes out: nothing more can be said.
+        // The conversion has failed already, and its report tells why: nothing is added to it.
         static_cast<void>(file_->write({bytes_.get(), used_}));
     }
 }
@@ -93,7 +93,7 @@ void BlockWriter::writeBlocks() {
 
 void BlockWriter::write(std::size_t size) {
     if (!file_->write({bytes_.get(), size})) {
-        used_ = 0;  // nothing of it once more when this is destroyed
+        used_ = 0;  // or the destructor would write it again
         cannotWrite(name_);
     }
 }

@@ -32,8 +32,8 @@ public:
         add(place + sizeof word);
     }
     void putWords(std::span<const std::uint32_t> words);
-    /// Where the next bytes go, with room for `size`, at most a block. They count once they are
-    /// added.
+    /// Where the next bytes go, with room for `size`, at most a block. They become part of the
+    /// file when they are added.
     char* room(std::size_t size) {
         if (capacity - used_ < size) {
             writeBlocks();

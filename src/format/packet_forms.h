@@ -112,7 +112,7 @@ inline constexpr std::array packetFamilies{
                        "unlit window", "Unlit with a texture window"},
 };
 
-/// What there is to say of a family. One that is not listed has no forms, so nobody asks for it.
+/// The row of a family. Families without a row have no forms and are never asked for.
 constexpr const PacketFamilyTraits& packetFamily(PacketFamily family) {
     const PacketFamilyTraits* traits = packetFamilies.data();
     while (traits->family != family) {

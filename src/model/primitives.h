@@ -27,8 +27,10 @@ struct CoordinatePrimitiveHeader {
     std::int32_t coord = 0;
     std::uint32_t sharedVertexNum = 0;
     std::uint32_t sharedNormalNum = 0;
-    /// The entries of every body that is drawn under `coord`, copied.
-    Table<PrimitiveTypeEntry> maltype{"primh->maltype", "check2"};
+    /// The bodies that are drawn under `coord`, as indices of `malprim`. Their entries, body after
+    /// body, are the types of this header.
+    Table<std::uint32_t> bodies{"primh->maltype", "check2"};
+    std::uint32_t typeNum = 0;  ///< entries of all these bodies
 };
 
 /// Everything that organisation makes of the polygons.

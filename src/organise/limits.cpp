@@ -5,6 +5,13 @@
 #include "organise/sizes.h"
 
 namespace mqf2vxb {
+
+void checkFileSize(const std::string& model, std::uint64_t words) {
+    if (words >= format::bit31) {
+        notCorrectData({model}, "the output would be larger than 2147483647 words");
+    }
+}
+
 void checkLimits(const Model& model) {
     const ModelDescription& description = model.description;
     for (const PrimitiveBody& body : model.primitives.malprim) {

@@ -27,7 +27,7 @@ public:
 
     /// The material of a polygon of a mesh; `repeated` is set when the mesh has the polygon already.
     std::uint32_t take(std::size_t mesh, std::int32_t polygon, bool& repeated) {
-        // A negative number is none of the table's either.
+        // The table has no negative number either.
         if (static_cast<std::size_t>(polygon) >= uses_.size() || useOf(polygon).material == none) {
             refuse(mesh, polygon, "no material");
         }

@@ -76,8 +76,8 @@ bool hasTexture(const Model& model, std::int32_t texture) {
     return texture >= 0 && static_cast<std::size_t>(texture) < model.images.size();
 }
 
-/// Whether all numbers fit that any polygon or material has, drawn or not. So it is in nearly every
-/// model, and it costs less to find out than to look at every packet.
+/// Whether all numbers of all polygons and materials fit, drawn or not. They do in nearly every
+/// model, and this look costs less than one at every packet.
 bool allNumbersFit(const Model& model) {
     std::uint32_t indices = 0;
     for (const PolygonRecord& polygon : model.polygons) {

@@ -1,12 +1,13 @@
 #include "organise/pivots.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <numeric>
-#include <utility>
 #include <vector>
 
 #include "base/diagnostics.h"
+#include "base/key_map.h"
 
 namespace mqf2vxb {
 namespace {
@@ -23,48 +24,94 @@ class ListPivots {
 public:
     explicit ListPivots(const Model& model) : lists_(model.coordinateLists) {
         for (std::uint32_t i = 0; i < model.pivots.size(); ++i) {
-            byCoordinate_.emplace_back(model.pivots[i].coord, i);
+            const std::uint32_t owner =
+                ownerOf_.find(keyOf(model.pivots[i].coord), [&] { return newOwner(); });
+            ownerOfPivot_.push_back(owner);
+            owners_[owner].pivots.push_back(i);
         }
-        std::sort(byCoordinate_.begin(), byCoordinate_.end());
     }
 
-    /// The pivots of a list in their order, up to the next call.
-    const std::vector<ListPivot>& of(CoordinateListId list) {
-        found_.clear();
-        std::vector<std::int32_t> coordinates = lists_.entries(list);
-        std::sort(coordinates.begin(), coordinates.end());
-        for (auto first = coordinates.begin(); first != coordinates.end();) {
-            const auto last = std::upper_bound(first, coordinates.end(), *first);
-            const auto times = static_cast<std::uint32_t>(last - first);
-            for (auto at = std::lower_bound(byCoordinate_.begin(), byCoordinate_.end(),
-                                            std::pair(*first, 0U));
-                 at != byCoordinate_.end() && at->first == *first; ++at) {
-                found_.push_back({at->second, times});
-            }
-            first = last;
+    /// Looks up which coordinates of a list have pivots; returns how many subtractions each of its
+    /// vertices takes.
+    std::uint64_t find(CoordinateListId list) {
+        for (const std::uint32_t owner : found_) {
+            owners_[owner].times = 0;
         }
-        std::sort(found_.begin(), found_.end(),
-                  [](const ListPivot& a, const ListPivot& b) { return a.pivot < b.pivot; });
-        return found_;
+        found_.clear();
+        std::uint64_t number = 0;
+        for (const std::int32_t coordinate : lists_.entries(list)) {
+            const std::uint32_t* owner = ownerOf_.find(keyOf(coordinate));
+            if (owner != nullptr) {
+                number += owners_[*owner].pivots.size();
+                if (owners_[*owner].times++ == 0) {
+                    found_.push_back(*owner);
+                }
+            }
+        }
+        return number;
+    }
+
+    /// The pivots of the list found last, in their order.
+    const std::vector<ListPivot>& inOrder() {
+        listed_.clear();
+        std::size_t number = 0;
+        for (const std::uint32_t owner : found_) {
+            number += owners_[owner].pivots.size();
+        }
+        // To sort a few costs less than to pass over all; one owner's stand in order already.
+        const bool sort = found_.size() > 1 && 4 * number * std::bit_width(number) < pivotNum();
+        if (found_.size() > 1 && !sort) {
+            for (std::uint32_t i = 0; i < pivotNum(); ++i) {
+                add(i);
+            }
+            return listed_;
+        }
+        for (const std::uint32_t owner : found_) {
+            std::for_each(owners_[owner].pivots.begin(), owners_[owner].pivots.end(),
+                          [this](std::uint32_t pivot) { add(pivot); });
+        }
+        if (sort) {
+            std::sort(listed_.begin(), listed_.end(),
+                      [](const ListPivot& a, const ListPivot& b) { return a.pivot < b.pivot; });
+        }
+        return listed_;
     }
 
 private:
+    /// A coordinate that has pivots.
+    struct Owner {
+        std::vector<std::uint32_t> pivots;  // ascending
+        std::uint32_t times = 0;            // how often the list found last names it
+    };
+
+    static std::uint64_t keyOf(std::int32_t coordinate) {
+        return static_cast<std::uint32_t>(coordinate);
+    }
+    [[nodiscard]] std::size_t pivotNum() const { return ownerOfPivot_.size(); }
+
+    std::uint32_t newOwner() {
+        owners_.emplace_back();
+        return static_cast<std::uint32_t>(owners_.size() - 1);
+    }
+
+    void add(std::uint32_t pivot) {
+        const std::uint32_t times = owners_[ownerOfPivot_[pivot]].times;
+        if (times > 0) {
+            listed_.push_back({pivot, times});
+        }
+    }
+
     const CoordinateLists& lists_;
-    std::vector<std::pair<std::int32_t, std::uint32_t>> byCoordinate_;  // coordinates, pivots
-    std::vector<ListPivot> found_;
+    KeyMap<std::uint64_t, std::uint32_t> ownerOf_;  // by coordinate
+    std::vector<Owner> owners_;
+    std::vector<std::uint32_t> ownerOfPivot_;
+    std::vector<std::uint32_t> found_;  // owners, those of the list found last
+    std::vector<ListPivot> listed_;
 };
 
 /// The order of the subtractions matters, because each of them rounds; so the pivots of one
 /// coordinate cannot be added up beforehand. This ceiling keeps short files from taking hours.
-constexpr std::uint64_t mostSubtractions = std::uint64_t{1} << 30U;
-
-std::uint64_t subtractions(const std::vector<ListPivot>& pivots) {
-    std::uint64_t number = 0;
-    for (const ListPivot& pivot : pivots) {
-        number += pivot.times;
-    }
-    return number;
-}
+constexpr std::uint64_t mostSubtractions = std::uint64_t{1} << 26U;
 
 void subtract(const Table<PivotRecord>& pivots, const std::vector<ListPivot>& listed,
               VertexRecord& vertex) {
@@ -109,14 +156,14 @@ void applyPivots(Model& model) {
         const CoordinateListId list = model.vertices[*first].cno;
         const auto last = std::find_if(
             first, vertices.end(), [&](std::uint32_t v) { return model.vertices[v].cno != list; });
-        const std::vector<ListPivot>& pivots = listPivots.of(list);
         const auto alike = static_cast<std::uint64_t>(last - first);
-        const std::uint64_t each = subtractions(pivots);
+        const std::uint64_t each = listPivots.find(list);
         if (each > left / alike) {
             notCorrectData({model.description.axs.fileName},
-                           "more than 1073741824 pivots to subtract from all vertices");
+                           "more than 67108864 pivots to subtract from all vertices");
         }
         left -= each * alike;
+        const std::vector<ListPivot>& pivots = listPivots.inOrder();
         for (; first != last; ++first) {
             subtract(model.pivots, pivots, model.vertices[*first]);
         }

@@ -1,8 +1,11 @@
 #include "organise/primitive_bodies.h"
 
 #include <cstdint>
+#include <string>
 
 #include "base/key_map.h"
+#include "format/format.h"
+#include "organise/limits.h"
 
 namespace mqf2vxb {
 namespace {
@@ -133,14 +136,21 @@ private:
     KeyMap<std::uint64_t, std::size_t> headerOf_;
 };
 
-void buildPrimitiveHeaders(Primitives& primitives, const CoordinateLists& lists,
-                           bool sharedExists) {
+void buildPrimitiveHeaders(const std::string& modelName, Primitives& primitives,
+                           const CoordinateLists& lists, bool sharedExists) {
     const std::size_t independentCount = primitives.malprim.size() - (sharedExists ? 1 : 0);
     HeaderIndex headers(primitives.malprimh);
-    for (std::size_t b = 0; b < independentCount; ++b) {
+    std::uint64_t words = 0;
+    for (std::uint32_t b = 0; b < independentCount; ++b) {
         const PrimitiveBody& body = primitives.malprim[b];
+        const auto types = static_cast<std::uint32_t>(body.maltype.size());
+        // Few lines can ask for more headers than any file holds.
+        words += format::typeDescriptionSize * types * lists.length(body.cno);
+        checkFileSize(modelName, words);
         for (const std::int32_t coordinate : lists.entries(body.cno)) {
-            headers.header(coordinate).maltype.appendAll(body.maltype.records());
+            CoordinatePrimitiveHeader& header = headers.header(coordinate);
+            header.bodies.append(b);
+            header.typeNum += types;
         }
     }
     if (sharedExists) {
@@ -152,7 +162,8 @@ template <class Item>
 void buildBodies(Model& model, Table<Item>& items) {
     BodyBuilder builder(model.primitives, model.coordinateLists);
     const bool sharedExists = builder.build(items);
-    buildPrimitiveHeaders(model.primitives, model.coordinateLists, sharedExists);
+    buildPrimitiveHeaders(model.description.fileName, model.primitives, model.coordinateLists,
+                          sharedExists);
 }
 
 /// Counts the shared records of one table into the headers of their coordinates.

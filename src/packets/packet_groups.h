@@ -16,10 +16,9 @@ inline DrawnPolygon drawnPolygon(const Model& model, const MaterialRecord& mater
             model.polygons[static_cast<std::size_t>(material.polygon)]};
 }
 
-/// Asks the memory for what the polygons of meshes behind this one are drawn from: they lie
-/// scattered over their tables.
+/// Prefetches what the meshes behind this one are drawn from, which lies scattered over the tables.
 [[gnu::always_inline]] inline void fetchAhead(const Model& model, std::size_t meshPolygon) {
-    constexpr std::size_t distance = 4;  // each table is asked once the one before has answered
+    constexpr std::size_t distance = 4;  // each table's index comes from the table before it
     if (meshPolygon + 3 * distance >= model.meshPolygons.size()) {
         return;
     }
@@ -36,7 +35,7 @@ inline DrawnPolygon drawnPolygon(const Model& model, const MaterialRecord& mater
     __builtin_prefetch(model.materials.numbers.records().data() + line(distance).firstNumber);
 }
 
-/// Walks everything that is drawn in the order of the tables, which memory likes better than the
+/// Walks everything that is drawn in the order of the tables, which suits the caches better than the
 /// order of the packet groups. Calls `visitor.polygon(form, material, drawn)` for each polygon that
 /// is written by itself, `visitor.strip(i)` for each mesh i that is written as a strip, and then
 /// `visitor.stripPolygon(form, drawn, k)` for each of its polygons, turned as the strip needs it,

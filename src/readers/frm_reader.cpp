@@ -7,6 +7,8 @@ namespace {
 
 /// Fifteen digits with a separator behind each, and a line feed as the parent's line.
 constexpr std::size_t shortestCoordinate = 31;
+/// A few ranges under many coordinates can make every vertex a long list of its own.
+constexpr std::size_t mostLists = std::size_t{1} << 20U;
 /// One character and a separator.
 constexpr std::size_t shortestItem = 2;
 
@@ -66,6 +68,9 @@ void readVertexLists(TokenReader& tokens, Table<CoordinateRecord>& coordinates,
         readNamedIndices(tokens, named, [&](std::int64_t v) {
             VertexRecord& vertex = vertices.at(v);
             vertex.cno = lists.append(vertex.cno, index);
+            if (lists.size() > mostLists) {
+                tokens.refuse("more than 1048576 different lists of coordinates");
+            }
         });
     }
     for (VertexRecord& vertex : vertices) {

@@ -9,7 +9,7 @@
 namespace mqf2vxb {
 
 /// Reads the geometry. Every vertex and normal starts in coordinate 0. Indices are not checked
-/// here: whoever follows one does.
+/// here but where they are followed.
 void readGeometry(Inputs& inputs, const std::string& fileName, Table<VertexRecord>& vertices,
                   Table<NormalRecord>& normals, Table<PolygonRecord>& polygons);
 

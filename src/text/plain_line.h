@@ -71,7 +71,7 @@ public:
         skipBlanks();
         std::memcpy(characters.data(), at_, sizeof characters);
         at_ += sizeof characters;
-        // The line may end among them, and what follows would be taken for a part of it.
+        // The line may end among them; what follows it must not be taken for a part of it.
         return characters.back() == ' ' && std::all_of(characters.begin(), characters.end() - 1,
                                                        [](char c) { return c > ' '; });
     }
@@ -91,8 +91,8 @@ public:
     }
 
 private:
-    // Loops go with a copy of the place: a character might be a part of the place itself, so that
-    // the compiler would store that at every step.
+    // Loops use a copy of the place: a character may alias the place itself, so that the compiler
+    // would otherwise store it at every step.
 
     void skipBlanks() {
         const char* at = at_;

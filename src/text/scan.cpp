@@ -77,7 +77,7 @@ long leadingExponent(std::string_view number, bool hex) {
     if (i + 1 < number.size()) {
         std::string_view digits = number.substr(i + 1);
         constexpr std::int32_t huge = std::numeric_limits<std::int32_t>::max();
-        std::int32_t written = digits.starts_with('-') ? -huge : huge;  // if it fits no 32 bits
+        std::int32_t written = digits.starts_with('-') ? -huge : huge;  // unless it fits 32 bits
         scanInteger(digits, written);
         exponent += written;
     }

@@ -148,7 +148,7 @@ inline bool scanNineDigits(std::string_view& text, std::int32_t& value) {
 }
 
 /// The digits at the start of eight characters, the first seven at most, without a branch for
-/// each: the lengths of numbers are what a processor predicts worst.
+/// each, since a processor predicts the lengths of numbers badly.
 inline std::size_t scanSevenDigits(const char* text, std::uint64_t& value) {
     std::uint64_t chunk = 0;
     std::memcpy(&chunk, text, sizeof chunk);

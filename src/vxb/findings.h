@@ -166,7 +166,7 @@ inline constexpr const FindingKind& keyFrameOutside = findingKind(findingKinds, 
 inline constexpr const FindingKind& keyFramePastEnd = findingKind(findingKinds, "VXB047");
 inline constexpr const FindingKind& keyFramesOverlap = findingKind(findingKinds, "VXB048");
 inline constexpr const FindingKind& imageOffset = findingKind(findingKinds, "VXB049");
-/// Raised by who reads files, not by the reader of their bytes; {word} is the cause.
+/// Raised where files are opened, not by the reader of their bytes; {word} is the cause.
 inline constexpr const FindingKind& unreadable = findingKind(findingKinds, "VXB050");
 inline constexpr const FindingKind& stripVertexOutside = findingKind(findingKinds, "VXB051");
 inline constexpr const FindingKind& stripNormalOutside = findingKind(findingKinds, "VXB052");

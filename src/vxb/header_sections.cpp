@@ -106,7 +106,7 @@ void readParent(Reading& r, Coordinate& coordinate) {
 /// Makes every coordinate that is its own ancestor a root, so that walks up the tree end.
 void breakParentLoops(Reading& r) {
     std::vector<Coordinate>& coordinates = r.file.coordinates;
-    std::vector<std::uint32_t> walk(coordinates.size(), 0);  // the walk that first came by
+    std::vector<std::uint32_t> walk(coordinates.size(), 0);  // the walk that came by first
     for (std::uint32_t i = 0; i < coordinates.size(); ++i) {
         const std::uint32_t number = i + 1;
         std::uint32_t c = i;
@@ -222,7 +222,7 @@ void readGlobalHeader(Reading& r, GlobalHeaderKind kind) {
         GlobalHeader{offset, r.take(Part::globalHeader, static_cast<std::uint32_t>(kind), words,
                                     "a global header")};
     if (words > base && offset + words <= r.end()) {
-        // The animation's stands there without coordinates, too.
+        // The animation's header has the word without coordinates too.
         const std::uint32_t top = coordinateTop(r);
         if (top != 0 || kind != GlobalHeaderKind::animation) {
             r.checkTop(kind, base, top != 0 ? std::optional(top) : std::nullopt);

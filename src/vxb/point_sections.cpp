@@ -20,7 +20,7 @@ struct SharedBlocks {
     [[nodiscard]] std::uint64_t end() const { return start + 2 * std::uint64_t{words}; }
 };
 
-/// What the file says about the shared blocks of one section; what is not said is nothing.
+/// What the file says about the shared blocks of one section, as far as it says it.
 struct SharedPlaces {
     std::uint32_t from = 0;  ///< the section's start
     std::uint32_t to = 0;    ///< where it has to end at the latest
@@ -34,8 +34,8 @@ struct SharedPlaces {
     }
 };
 
-/// Three places that stand at equal distances are right. Otherwise the number of points that the
-/// headers name is, at the start that two of the places lead to, or at the first that fits.
+/// Three places at equal distances are taken as right. Otherwise the number of points that the
+/// headers name is taken, from the start that two of the places agree on, or the first that fits.
 std::optional<SharedBlocks> findSharedBlocks(const SharedPlaces& places) {
     if (places.sharedTop && places.calculatedTop && places.end) {
         const std::uint32_t a = *places.sharedTop;

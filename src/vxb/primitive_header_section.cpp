@@ -27,8 +27,8 @@ bool looksLikeDescription(const Reading& r, std::uint64_t offset) {
            (size & format::largestSize) == format::typeDescriptionRest;
 }
 
-/// How many of three marks of a primitive header the words at an offset carry. One damaged word
-/// leaves two.
+/// How many of the three marks of a primitive header the words at an offset carry. A header with one
+/// damaged word still has two.
 int headerMarks(const Reading& r, std::uint64_t offset) {
     if (offset + headWords + descriptionWords > r.end()) {
         return 0;
@@ -80,7 +80,7 @@ std::uint32_t descriptionNumber(const Reading& r, std::uint32_t offset) {
         const bool looks = looksLikeDescription(r, place);
         const bool atPackets = place == packetTop(r);
         const bool behindLast = number >= named ? !looks || atPackets : !looks && atPackets;
-        // One description may be damaged, but not the next with it.
+        // One damaged description is passed over; two in a row end the list.
         const bool tooMany = number < named && !looks && number + 1 < named &&
                              !looksLikeDescription(r, place + descriptionWords);
         if (number > 0 && (behindLast || tooMany || (!looks && looksLikeHeader(r, place)))) {
@@ -299,7 +299,7 @@ std::optional<std::uint32_t> headerAt(const VxbFile& file, std::uint32_t offset)
     return static_cast<std::uint32_t>(found - file.primitiveHeaders.begin());
 }
 
-/// Whether a coordinate may have an entry without any words: one with shared normals only. Its
+/// Whether a coordinate may have a header that takes no words: one with shared normals only. Its
 /// block word leads to whatever comes next, and the normals belong to no header.
 bool wordlessEntries(const VxbFile& file) {
     return file.findings.count(finding::normalsUnowned) > 0;

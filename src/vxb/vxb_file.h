@@ -188,7 +188,7 @@ struct Point {
 struct AnimatedCoordinate {
     std::uint32_t offset = 0;
     std::uint32_t coordinate = 0;
-    std::uint32_t startStep = 0;    ///< 65535 when it has none
+    std::uint32_t startStep = 0;    ///< 65535 when it names none, or as the number of a step
     std::uint32_t sequenceNum = 0;  ///< sequence headers, which stand behind its first six words
 };
 
@@ -201,7 +201,7 @@ struct Motion {
 /// What a control word does, by its bits 30 and 31.
 enum class ControlKind : std::uint8_t { keyFrame, unknown, jump, end };
 
-/// A control word's fields; those that its kind does not have count for nothing.
+/// A control word's fields; those that its kind does not have are meaningless.
 struct ControlWord {
     ControlKind kind;
     std::uint32_t target;        ///< the step of a jump, or a key frame's offset in words

@@ -2,6 +2,7 @@
 
 #include <span>
 #include <unordered_map>
+#include <utility>
 
 #include "format/format.h"
 
@@ -65,31 +66,42 @@ struct PacketTop {
     std::uint32_t offset;
 };
 
-/// The type descriptions of a header. The first one carries bit 23 when the header opens the
-/// first object coordinate's block.
+void putTypeNumber(std::size_t number, OutputWordStream& stream) {
+    stream.putWord(static_cast<std::uint32_t>(number) | bit31, "/* Type Number */");
+}
+
+/// The type descriptions of these entries; the first one carries `mark`.
 void putTypes(const Table<PrimitiveTypeEntry>& entries, const PacketTop& top,
-              bool opensFirstCoordinate, OutputWordStream& stream) {
-    stream.putWord(static_cast<std::uint32_t>(entries.size()) | bit31, "/* Type Number */");
-    PrimitiveTypeCode mark = opensFirstCoordinate ? type_code::first : 0;
+              PrimitiveTypeCode mark, OutputWordStream& stream) {
     for (const PrimitiveTypeEntry& entry : entries) {
-        stream.putWord(entry.type | mark, "/* Type */");
+        stream.putWord(entry.type | std::exchange(mark, 0), "/* Type */");
         stream.putWord(format::numberAndSize(entry.polyNum, format::typeDescriptionRest),
                        "/* Polygon Number, Size */");
         stream.putWord(top.groups[entry.primIndex] - top.offset, "/* Primitive Index */");
-        mark = 0;
     }
 }
 
-void writeIndependentHeader(const CoordinatePrimitiveHeader& header, const OutputLayout& layout,
+/// What the first type of the coordinate's first header carries: bit 23 when the coordinate is the
+/// first one with objects.
+PrimitiveTypeCode firstMark(const CoordinatePrimitiveHeader& header, const OutputLayout& layout) {
+    return header.coord == layout.FirstObjectCoordinate ? type_code::first : 0;
+}
+
+void writeIndependentHeader(const CoordinatePrimitiveHeader& header,
+                            const Table<PrimitiveBody>& malprim, const OutputLayout& layout,
                             OutputWordStream& stream) {
-    const auto size = static_cast<std::uint32_t>(format::typesHeaderSize(header.maltype.size()));
+    const auto size = static_cast<std::uint32_t>(format::typesHeaderSize(header.typeNum));
     const auto next = static_cast<std::uint32_t>(stream.position()) + size;
     stream.putWord(header.sharedVertexNum > 0 ? next : format::endOfChain,
                    "/* Next Primitive Pointer */");
     stream.putWord(layout.independentHeader.offset,
                    "/* Independent Primitive Global Header Pointer */");
-    putTypes(header.maltype, {layout.groups, layout.independentPrimitiveTop},
-             header.coord == layout.FirstObjectCoordinate, stream);
+    putTypeNumber(header.typeNum, stream);
+    PrimitiveTypeCode mark = firstMark(header, layout);
+    for (const std::uint32_t body : header.bodies) {
+        putTypes(malprim[body].maltype, {layout.groups, layout.independentPrimitiveTop},
+                 std::exchange(mark, 0), stream);
+    }
 }
 
 /// Where the next shared-vertex header's records start in the shared blocks.
@@ -105,11 +117,9 @@ void putSharedPointer(const OutputLayout& layout, OutputWordStream& stream) {
 
 void writeSharedVertexHeader(const CoordinatePrimitiveHeader& header, const SharedOffsets& offsets,
                              const OutputLayout& layout, OutputWordStream& stream) {
-    const bool opensFirstCoordinate =
-        header.coord == layout.FirstObjectCoordinate && header.maltype.empty();
     putSharedPointer(layout, stream);
-    stream.putWord(1 | bit31, "/* Type Number */");
-    stream.putWord(type_code::sharedVertex | (opensFirstCoordinate ? type_code::first : 0),
+    putTypeNumber(1, stream);
+    stream.putWord(type_code::sharedVertex | (header.typeNum == 0 ? firstMark(header, layout) : 0),
                    "/* Type */");
     stream.putWord(format::numberAndSize(0, format::sharedVertexRest),
                    "/* Polygon Number, Size */");
@@ -185,8 +195,8 @@ void writePrimitiveHeaders(const Model& model, const OutputLayout& layout,
     for (std::size_t i = 0; i < primitives.malprimh.size(); ++i) {
         const CoordinatePrimitiveHeader& header = primitives.malprimh[i];
         stream.checkPosition(layout.coordinateHeaders[i], "primitive header");
-        if (!header.maltype.empty()) {
-            writeIndependentHeader(header, layout, stream);
+        if (header.typeNum != 0) {
+            writeIndependentHeader(header, primitives.malprim, layout, stream);
         }
         if (header.sharedVertexNum > 0) {
             writeSharedVertexHeader(header, offsets, layout, stream);
@@ -198,9 +208,9 @@ void writePrimitiveHeaders(const Model& model, const OutputLayout& layout,
     if (primitives.hasShared()) {
         putSharedPointer(layout, stream);
         const std::span groups(layout.groups);
+        putTypeNumber(primitives.malsprimh.size(), stream);
         putTypes(primitives.malsprimh,
-                 {groups.last(primitives.malsprimh.size()), layout.sharedPrimitiveTop}, false,
-                 stream);
+                 {groups.last(primitives.malsprimh.size()), layout.sharedPrimitiveTop}, 0, stream);
     }
 }
 

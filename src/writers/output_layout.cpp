@@ -3,8 +3,8 @@
 #include <string>
 #include <utility>
 
-#include "base/diagnostics.h"
 #include "format/format.h"
+#include "organise/limits.h"
 #include "organise/sizes.h"
 
 namespace mqf2vxb {
@@ -21,9 +21,7 @@ public:
 
     void pass(std::uint64_t words) {
         offset_ += words;
-        if (offset_ >= format::bit31) {
-            notCorrectData({model_}, "the output would be larger than 2147483647 words");
-        }
+        checkFileSize(model_, offset_);
     }
 
     /// Passes a part and returns where it starts.
@@ -51,7 +49,7 @@ std::optional<std::int32_t> firstObjectCoordinate(const Table<CoordinateRecord>&
 std::uint32_t countFirstHeaders(const Model& model, const OutputLayout& layout, bool withTypes) {
     std::uint32_t count = 0;
     for (const CoordinatePrimitiveHeader& header : model.primitives.malprimh) {
-        count += header.coord == layout.FirstObjectCoordinate && header.maltype.empty() != withTypes
+        count += header.coord == layout.FirstObjectCoordinate && (header.typeNum != 0) == withTypes
                      ? 1
                      : 0;
     }
@@ -88,7 +86,7 @@ void placeGlobalHeaders(const Model& model, Walk& walk, OutputLayout& layout) {
 void placePrimitiveHeaders(const Primitives& primitives, Walk& walk, OutputLayout& layout) {
     for (const CoordinatePrimitiveHeader& header : primitives.malprimh) {
         layout.coordinateHeaders.push_back(
-            walk.place(format::typesHeaderSize(header.maltype.size()) +
+            walk.place(format::typesHeaderSize(header.typeNum) +
                        (header.sharedVertexNum > 0 ? format::sharedVertexHeaderSize : 0)));
     }
     layout.sharedPrimitiveHeader = walk.place(format::typesHeaderSize(primitives.malsprimh.size()));

@@ -105,7 +105,7 @@ private:
         }
     }
 
-    // Of the following each returns false when the file stops at `position` for it.
+    // Each of these returns false when it is the reason for the file to stop at `position`.
 
     bool takeColours(const PacketForm& form, const DrawnPolygon& drawn, std::size_t position) {
         const std::int32_t type = drawnType(form, drawn);

@@ -33,7 +33,7 @@ namespace {
 constexpr const char* examples = R"(Examples:
   vxbtool convert car.mqf                 write car.vxb
   vxbtool convert --out-dir out *.mqf     convert many models, side by side
-  vxbtool lint car.mqf                    what is surely not meant in the model?
+  vxbtool lint car.mqf                    what in the model is probably unintended?
   vxbtool check car.vxb                   is the file sound?
   vxbtool info car.vxb                    what does it hold?
   vxbtool dump car.vxb                    what does each word say?

@@ -15,7 +15,7 @@ namespace vxbtool {
 namespace {
 
 constexpr const char* lintExamples = R"(Examples:
-  vxbtool lint car.mqf                      report what is surely not meant
+  vxbtool lint car.mqf                      report what is probably unintended
   vxbtool lint --scale 16 car.mqf           will the model wrap at this scale?
   vxbtool lint --werror -W L012 *.mqf       fail on any finding but one kind
   vxbtool lint --json car.mqf > lint.json   report for another program)";
@@ -51,7 +51,7 @@ FileReport lintReport(const std::string& model, std::vector<ReportedFinding> fin
 }
 
 void addLint(CLI::App& app, Session& session) {
-    CLI::App* command = app.add_subcommand("lint", "Find what converts and is surely not meant");
+    CLI::App* command = app.add_subcommand("lint", "Find what converts but is probably unintended");
     const auto arguments = std::make_shared<LintArguments>();
     command->add_option("MODEL", arguments->models, "The model files (.mqf)")
         ->option_text("...")

@@ -8,7 +8,7 @@
 
 namespace vxbtool::lint {
 
-/// Everything that converts in this model at this scale and is surely not meant. A model that does
+/// Everything that converts in this model at this scale but is probably unintended. A model that does
 /// not convert has that as its first finding, an error, and beside it only what its text shows when
 /// the conversion ended before the tables were final.
 std::vector<ReportedFinding> lintModel(const std::string& mqfName, float scale,

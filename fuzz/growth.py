@@ -1,0 +1,276 @@
+#!/usr/bin/env python3
+"""Converts and lints models that are made to cost much, each at two sizes, and compares the costs.
+
+    growth.py CONVERTER VXBTOOL [MODEL...]
+
+Time and memory may grow as input and output do together, with room for a noisy machine, but no
+faster. Where a product of two counts grows faster by its nature, a documented ceiling bounds it: such
+a model stands just below its ceiling, and is held to a fixed multiple of an ordinary model's cost.
+"""
+import os
+import pathlib
+import resource
+import subprocess
+import sys
+import tempfile
+
+GROWTH = 4  # from the small size to the large one
+NOISE = 2.0  # so a cost that grows with the square, sixteenfold, is told from one that does not
+LEAST_TIME = 0.05  # seconds: below this a program's start and the clock are what is measured
+LEAST_MEMORY = 24 << 20
+MOST_MEMORY = 10  # times the bytes read and written, and 128 MiB
+BOUNDED_TIME = 40  # times the seconds of the ordinary model
+MASK = (1 << 64) - 1
+
+
+def lines(*parts):
+    return "\n".join(parts) + "\n"
+
+
+def geometry(vertices, polygons, normals=()):
+    points = (f"{i % 100} {i // 100 % 100} {i // 10000}" for i in range(vertices))
+    head = f"{vertices} {len(normals)} {len(polygons)}"
+    return lines("@GEO970401", head, *points, *normals, *polygons)
+
+
+def triangle(a, b, c):
+    return f"0 {a} {b} {c} 0 0 0 0 0"
+
+
+def hierarchy(coordinates, assignments, group="NULL"):
+    one = "1 0 0 0 1 0 0 0 1 0 0 0 0 0 0 0"
+    return lines("@FRM970401", f"G={group}", str(coordinates), *[one] * coordinates, *assignments)
+
+
+def materials(rows):
+    return lines("@SRF970401", str(len(rows)), *rows)
+
+
+def binary_lists(vertices, bits):
+    """Assignments to coordinates 0 and 1 that give every vertex a list of its own."""
+    rows = []
+    for bit in range(bits):
+        step = 1 << bit
+        for coordinate in (0, 1):
+            ranges = [f"{i}-{i + step - 1}" for i in range(coordinate * step, vertices, 2 * step)]
+            rows.append(f"{coordinate} {vertices // 2} " + " ".join(ranges))
+    return rows
+
+
+def model(geo, srf, frm, extra=(), **files):
+    texts = {"m.mqf": lines("@MQF970401", "GEO=m.geo", "SRF=m.srf", "FRM=m.frm", *extra)}
+    texts.update({"m.geo": geo, "m.srf": srf, "m.frm": frm})
+    texts.update({name.replace("_", "."): text for name, text in files.items()})
+    return texts
+
+
+def ordinary(n):
+    polygons = [triangle(i % n, (i + 1) % n, (i + 2) % n) for i in range(n)]
+    rows = [f"{i} 1 F C {i % 256} 0 0" for i in range(n)]
+    assignments = [f"{c} 1000 {1000 * c}-{1000 * c + 999}" for c in range(n // 1000)]
+    return model(geometry(n, polygons), materials(rows), hierarchy(n // 1000, assignments))
+
+
+def pivots_of_two(n):
+    bits = n.bit_length() - 1
+    pivots = lines("@AXS970401", str(n), *[f"{i % 2} 0 0 0" for i in range(n)])
+    return model(geometry(n, [triangle(0, 2, 4)]), materials(["0 1 F C 1 2 3"]),
+                 hierarchy(2, binary_lists(n, bits)), ["AXS=m.axs"], m_axs=pivots)
+
+
+def pivots_of_one(n):
+    pivots = lines("@AXS970401", str(n), *["0 0 0 0"] * n)
+    return model(geometry(n, [triangle(0, 1, 2)]), materials(["0 1 F C 1 2 3"]),
+                 hierarchy(1, [f"0 {n} 0-{n - 1}"]), ["AXS=m.axs"], m_axs=pivots)
+
+
+def colliding(n):
+    """Names that one well-known hash without a seed sends to one place."""
+    multiplier, shift = 0xC6A4A7935BD1E995, 47
+    inverse = pow(multiplier, -1, 1 << 64)
+
+    def mixed(k):
+        k = k * multiplier & MASK
+        return (k ^ k >> shift) * multiplier & MASK
+
+    def unmixed(k):
+        k = k * inverse & MASK
+        return (k ^ k >> shift) * inverse & MASK
+
+    start = 0xC70F6907 ^ (16 * multiplier & MASK)
+    names = []
+    number = 0
+    while len(names) < n:
+        number += 1
+        first = b"%08d" % number
+        state = (start ^ mixed(int.from_bytes(first, "little"))) * multiplier & MASK
+        second = unmixed(state).to_bytes(8, "little")
+        if all(c > 32 and c not in b"#,\x7f" for c in second):
+            names.append((first + second).decode("latin-1"))
+    return names
+
+
+def colliding_labels(n):
+    steps = [line for name in colliding(n) for line in (name, "END 0x0")]
+    motion = lines("@CLP970401", "COORDINATE", "0", *steps, "TYPE ps0r0t1")
+    return model(geometry(3, [triangle(0, 1, 2)]), materials(["0 1 F C 1 2 3"]),
+                 hierarchy(1, ["0 3 0-2"]), ["NCLP=1", "CLP[0]=m.clp"], m_clp=motion)
+
+
+def colliding_objects(n):
+    names = colliding(n)
+    groups = lines("@SQX970401", str(n), *[f"{name} 1 {i % 3}" for i, name in enumerate(names)])
+    return model(geometry(3, [triangle(0, 1, 2)]), materials(["0 1 F C 1 2 3"]),
+                 hierarchy(1, [f"0 {n} " + " ".join(names)], "m.sqx"), m_sqx=groups)
+
+
+def headers(n):
+    """Lists of n coordinates each, under which polygons of forty types are drawn."""
+    lists, kinds = 16, ["C 1 2 3", "G 1 2 3 4 5 6 7 8 9 1 2 3"]
+    polygons, rows, assignments = [], [], []
+    for i in range(lists):
+        for flag in ("0", "1", "2", "3", "4", "5", "6", "7", "81", "83"):
+            for shading in "FG":
+                rows += [f"{len(polygons) + k} {flag} {shading} {kind}" for k, kind in enumerate(kinds)]
+                polygons += [triangle(3 * i, 3 * i + 1, 3 * i + 2)] * len(kinds)
+    for c in range(n):
+        assignments.append(f"{c} {3 * lists} 0-{3 * lists - 1}" if c >= lists else
+                           f"{c} 3 {3 * c}-{3 * c + 2}")
+    return model(geometry(3 * lists, polygons, ["0 0 1"]), materials(rows),
+                 hierarchy(n, assignments))
+
+
+def distinct_lists(n):
+    """Half a million distinct lists times n."""
+    vertices, bits = 1024, 10
+    more = [f"{c} {vertices} 0-{vertices - 1}" for c in range(2, 2 + 500 * n)]
+    return model(geometry(vertices, [triangle(0, 2, 4)]), materials(["0 1 F C 1 2 3"]),
+                 hierarchy(2 + 500 * n, binary_lists(vertices, bits) + more))
+
+
+def overlapping_ranges(n):
+    rows = [f"0-999 {i & 7} F C 1 2 3" for i in range(n)]
+    return model(geometry(3, [triangle(0, 1, 2)] * 1000, ["0 0 1"]), materials(rows),
+                 hierarchy(1, ["0 3 0-2"]))
+
+
+def one_motion_many_times(n):
+    motion = lines("@CLP970401", "COORDINATE", "0", "END 0x0", "TYPE ps1r1t1", *["0"] * 5000)
+    slots = [f"CLP[{i}]=m.clp" for i in range(n)]
+    return model(geometry(3, [triangle(0, 1, 2)]), materials(["0 1 F C 1 2 3"]),
+                 hierarchy(1, ["0 3 0-2"]), [f"NCLP={n}", *slots], m_clp=motion)
+
+
+def one_image_many_times(n):
+    words = [0x10, 2, 4 * (3 + 8192), 0, 256 << 16 | 64, *[7] * 8192]
+    image = b"".join(word.to_bytes(4, "little") for word in words).decode("latin-1")
+    slots = [f"TEX[{i}]=m.pxl" for i in range(n)]
+    return model(geometry(3, [triangle(0, 1, 2)]), materials(["0 1 F C 1 2 3"]),
+                 hierarchy(1, ["0 3 0-2"]), [f"NTEX={n}", *slots], m_pxl=image)
+
+
+def normals_of_no_length(n):
+    return model(geometry(3, [triangle(0, 1, 2)], ["0 0 0"] * n), materials(["0 0 F C 1 2 3"]),
+                 hierarchy(1, ["0 3 0-2"]))
+
+
+def long_words(n):
+    rows = [f"{'0,' * 100}0 1 F C 1 2 3 {'x' * 30}"] * n
+    return model(geometry(3, [triangle(0, 1, 2)]), materials(rows), hierarchy(1, ["0 3 0-2"]))
+
+
+CONVERT = ["{converter}", "m.mqf"]
+LINT = ["{vxbtool}", "lint", "m.mqf"]
+LINT_ALL = ["{vxbtool}", "lint", "--all", "--json", "m.mqf"]
+
+# Each grows from the first size to GROWTH times it.
+GROWING = [
+    (headers, 1500, CONVERT),
+    (colliding_labels, 30000, CONVERT),
+    (colliding_objects, 30000, CONVERT),
+    (colliding_objects, 15000, LINT),
+    (overlapping_ranges, 1000, CONVERT),
+    (one_motion_many_times, 100, CONVERT),
+    (one_image_many_times, 150, CONVERT),
+    (one_image_many_times, 150, LINT),
+    (normals_of_no_length, 50000, LINT),
+    (normals_of_no_length, 50000, LINT_ALL),
+    (long_words, 1000, LINT),
+    (long_words, 1000, LINT_ALL),
+]
+# Each at a size just below a ceiling of docs/limits.md, or far above it.
+BOUNDED = [
+    (pivots_of_two, 2048, CONVERT),
+    (pivots_of_two, 32768, CONVERT),
+    (pivots_of_one, 8190, CONVERT),
+    (pivots_of_one, 32000, CONVERT),
+    (distinct_lists, 1, CONVERT),
+    (distinct_lists, 8, CONVERT),
+]
+
+
+class Run:
+    """What one run of a program on a model cost."""
+
+    def __init__(self, make, size, command, programs):
+        with tempfile.TemporaryDirectory() as folder:
+            # In a process of its own: a child's peak of memory starts with what its parent has.
+            if os.fork() == 0:
+                for name, text in make(size).items():
+                    pathlib.Path(folder, name).write_bytes(text.encode("latin-1"))
+                os._exit(0)
+            os.wait()
+            read = sum(file.stat().st_size for file in pathlib.Path(folder).iterdir())
+            arguments = [part.format(**programs) for part in command]
+            output = pathlib.Path(folder, "output")
+            with output.open("wb") as stream:
+                child = subprocess.Popen(arguments, cwd=folder, stdout=stream, stderr=stream)
+                _, status, usage = os.wait4(child.pid, 0)
+                child.returncode = os.waitstatus_to_exitcode(status)
+            with output.open("rb") as stream:
+                stream.seek(-min(4096, output.stat().st_size), os.SEEK_END)
+                end = stream.read()
+            if child.returncode < 0 or b"alloc" in end:
+                raise SystemExit(f"{make.__name__} {size}: {arguments[0]} ended with "
+                                 f"{child.returncode}\n{end.decode('latin-1')}")
+            written = sum(file.stat().st_size for file in pathlib.Path(folder).iterdir()) - read
+        self.bytes = read + written
+        self.time = usage.ru_utime + usage.ru_stime
+        self.memory = usage.ru_maxrss * 1024
+
+    def __str__(self):
+        return f"{self.bytes / 1e6:8.1f} MB {self.time:7.2f} s {self.memory / 1e6:7.0f} MB of memory"
+
+
+def main():
+    if len(sys.argv) < 3:
+        raise SystemExit(__doc__)
+    programs = {"converter": os.path.abspath(sys.argv[1]), "vxbtool": os.path.abspath(sys.argv[2])}
+    wanted = sys.argv[3:]
+    resource.setrlimit(resource.RLIMIT_AS, (8 << 30, 8 << 30))
+    failures = 0
+
+    def judge(label, run, time, memory):
+        nonlocal failures
+        memory = min(memory, MOST_MEMORY * run.bytes + (128 << 20))
+        good = run.time <= time and run.memory <= memory
+        failures += 0 if good else 1
+        print(f"{'ok  ' if good else 'FAIL'} {label:44} {run}, at most {time:.2f} s, "
+              f"{memory / 1e6:.0f} MB", flush=True)
+
+    for make, size, command in GROWING:
+        if not wanted or make.__name__ in wanted:
+            small = Run(make, size, command, programs)
+            large = Run(make, GROWTH * size, command, programs)
+            growth = max(GROWTH, large.bytes / small.bytes) * NOISE
+            judge(f"{make.__name__} {GROWTH * size}: {' '.join(command[1:-1]) or 'convert'}", large,
+                  max(small.time, LEAST_TIME) * growth, max(small.memory, LEAST_MEMORY) * growth)
+    reference = Run(ordinary, 100000, CONVERT, programs)
+    for make, size, command in BOUNDED:
+        if not wanted or make.__name__ in wanted:
+            judge(f"{make.__name__} {size}", Run(make, size, command, programs),
+                  BOUNDED_TIME * max(reference.time, LEAST_TIME), 256 << 20)
+    sys.exit(1 if failures else 0)
+
+
+main()
