@@ -185,5 +185,49 @@ TEST_F(Convert, LintsWithoutChangingTheResult) {
     EXPECT_EQ(folder.read("m.vxb"), wanted);
 }
 
+TEST_F(Convert, ReadsItsInputsOnceForLintToo) {
+    folder.run("mv 0.pxl image; mkfifo fifo 0.pxl");
+    const std::string image = "true; cat image >0.pxl & ";
+    const std::string tool = "timeout 60 '" VXBTOOL_PROGRAM "' ";
+    const std::string warnings = folder.run(image + tool + "lint m.mqf").output;
+    for (const std::string& model :
+         {"fifo & " + tool + "convert --lint -o m.vxb fifo",
+          "/dev/stdout | " + tool + "convert --lint -o m.vxb /dev/stdin"}) {
+        EXPECT_EQ(folder.run(image + "cat m.mqf >" + model).output, warnings);
+        EXPECT_EQ(folder.read("m.vxb"), wanted);
+        folder.run("rm m.vxb");
+    }
+}
+
+TEST_F(Convert, KeepsControlCharactersFromTheTerminal) {
+    // What terminals obey: escape sequences, also as one character or as one byte.
+    const std::string controls = "\x1B[2J\xC2\x9B"
+                                 "2J\x9B"
+                                 "2J\x7F\b";
+    folder.write(controls + ".mqf", smallModel().files().at("m.mqf"));
+    folder.write("id.mqf", "@MQF" + controls + "\r\n");
+    folder.write("name.mqf", smallModel().files().at("m.mqf") + "GEO=" + controls + "\n");
+    folder.write("text.mqf", smallModel().files().at("m.mqf") + controls + "\n");
+    folder.run("cp m.mqf '" + controls + ".vxb'");
+    const std::string tool = "'" VXBTOOL_PROGRAM "' ";
+    for (const char* const command :
+         {"convert -j 1 --lint id.mqf name.mqf text.mqf", "lint id.mqf name.mqf text.mqf",
+          "convert @.none @.none2", "convert --lint --base none @.mqf", "lint --json name.mqf",
+          "check @.vxb", "check @", "info @.vxb @", "dump @.vxb", "dump @", "completion @",
+          "lint -W @ m.mqf", "--@", "@", "check --json @.vxb", "convert --out-dir m.mqf/@ m.mqf"}) {
+        std::string line = command;
+        for (std::size_t at = 0; (at = line.find('@')) != std::string::npos;) {
+            line.replace(at, 1, "\"$controls\"");
+        }
+        const std::string output = folder.run("controls='" + controls + "'; " + tool + line).output;
+        EXPECT_NE(output, "") << command;
+        for (std::size_t i = 0; i < output.size(); ++i) {
+            const auto c = static_cast<unsigned char>(output[i]);
+            EXPECT_TRUE(c == '\n' || (c >= ' ' && c != 0x7F && c != 0x9B))
+                << command << ": " << output;
+        }
+    }
+}
+
 }  // namespace
 }  // namespace mqf2vxb::tests

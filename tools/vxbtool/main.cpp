@@ -24,6 +24,7 @@
 #include "vxbtool/info/info.h"
 #include "vxbtool/lint/lint.h"
 #include "vxbtool/packet_forms/packet_form_tables.h"
+#include "vxbtool/shared/printable.h"
 #include "vxbtool/shared/session.h"
 
 namespace vxbtool {
@@ -44,7 +45,8 @@ Exit status: 0 all went well, 1 bad input, 2 bad usage.)";
 std::string usageFault(const CLI::App* app, const CLI::Error& error) {
     const std::vector<CLI::App*> commands = app->get_subcommands();
     const std::string command = commands.empty() ? "" : " " + commands.front()->get_name();
-    return fmt::format("vxbtool{0}: {1}\nTry \"vxbtool{0} --help\".\n", command, error.what());
+    return fmt::format("vxbtool{0}: {1}\nTry \"vxbtool{0} --help\".\n", command,
+                       printableLines(error.what()));
 }
 
 int runCommandLine(int argumentCount, const char* const* arguments) {
@@ -92,7 +94,7 @@ int main(int argumentCount, char** arguments) {
         vxbtool::finishStandardOutput();
         return status;
     } catch (const std::exception& error) {
-        std::fprintf(stderr, "vxbtool: %s\n", error.what());
+        std::fprintf(stderr, "vxbtool: %s\n", vxbtool::printableLines(error.what()).c_str());
         return static_cast<int>(vxbtool::ExitStatus::badInput);
     }
 }

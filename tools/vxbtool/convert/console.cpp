@@ -7,6 +7,8 @@
 
 #include <fmt/core.h>
 
+#include "vxbtool/shared/printable.h"
+
 namespace vxbtool {
 namespace {
 
@@ -34,8 +36,8 @@ void ConvertConsole::ended(std::size_t index, ConvertOutcome outcome) {
     if (showProgress_) {
         constexpr std::size_t longestShown = 50;  // a line that wraps could not be cleared
         text = clearLine + text +
-               fmt::format("[{}/{}] {:.{}}", endedCount_, jobs_.size(), jobs_[index].model,
-                           longestShown);
+               fmt::format("[{}/{}] {:.{}}", endedCount_, jobs_.size(),
+                           printable(jobs_[index].model), longestShown);
     }
     print(text);
 }
@@ -46,7 +48,7 @@ bool ConvertConsole::finish() {
     for (std::size_t i = 0; i < jobs_.size(); ++i) {
         if (!outcomes_[i].converted) {
             ++failures;
-            failed += "  " + jobs_[i].model + "\n";
+            failed += "  " + printable(jobs_[i].model) + "\n";
         }
     }
     std::string text = showProgress_ ? clearLine : "";

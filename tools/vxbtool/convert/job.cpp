@@ -14,8 +14,10 @@
 #include "vxbtool/convert/depfile.h"
 #include "vxbtool/convert/files.h"
 #include "vxbtool/lint/lint.h"
+#include "vxbtool/lint/watched_model.h"
 #include "vxbtool/shared/finding_report.h"
 #include "vxbtool/shared/model_files.h"
+#include "vxbtool/shared/printable.h"
 #include "writers/model_writer.h"
 
 namespace vxbtool {
@@ -41,29 +43,45 @@ void writeDepfile(const ConvertJob& job, const ModelFiles& inputs, StagedOutputs
     }
 }
 
+void writeOutputs(const mqf2vxb::Model& model, const ConvertJob& job, const ConvertRun& run,
+                  ModelFiles& files, StagedOutputs& outputs) {
+    checkNoInputIsOutput(files, run);
+    mqf2vxb::writeModel(model, job.options, files, outputs);
+    if (!job.depfile.empty()) {
+        writeDepfile(job, files, outputs);
+    }
+    outputs.commit();
+}
+
+/// Tells what lint found, also of a model that fails while it is made.
+void makeLinted(lint::WatchedModel& watched, const ConvertJob& job, const ConvertRun& run,
+                ModelFiles& files, ConvertOutcome& outcome) {
+    const auto tell = [&] {
+        const FileReport report = lintReport(job.model, watched.findings(), files, {});
+        outcome.messages = humanReport({&report, 1}, run.sourceLines);
+    };
+    try {
+        watched.make(job.model, job.options, files);
+    } catch (const mqf2vxb::Report&) {
+        tell();
+        throw;
+    }
+    tell();
+}
+
 void convertStaged(const ConvertJob& job, const ConvertRun& run, ModelFiles& files,
-                   StagedOutputs& outputs) {
-    mqf2vxb::withMemory([&] {
+                   StagedOutputs& outputs, ConvertOutcome& outcome) {
+    if (job.lint) {
+        lint::WatchedModel watched;
+        makeLinted(watched, job, run, files, outcome);
+        writeOutputs(watched.model(), job, run, files, outputs);
+    } else {
         mqf2vxb::Inputs inputs(files);
         mqf2vxb::Model model;
         mqf2vxb::readModel(job.model, inputs, model);
         mqf2vxb::organiseModel(job.options, model);
-        checkNoInputIsOutput(files, run);
-        mqf2vxb::writeModel(model, job.options, files, outputs);
-        if (!job.depfile.empty()) {
-            writeDepfile(job, files, outputs);
-        }
-        outputs.commit();
-    });
-}
-
-/// What lint has to say beside what the conversion reports.
-std::string lintText(const ConvertJob& job, const ConvertRun& run) {
-    FileReport report = lintFile(job.model, job.options.scale, job.base, {});
-    std::erase_if(report.findings, [](const ReportedFinding& finding) {
-        return finding.severity == mqf2vxb::Severity::error;
-    });
-    return humanReport({&report, 1}, run.sourceLines);
+        writeOutputs(model, job, run, files, outputs);
+    }
 }
 
 /// Names the option that leads to a component which is not where it was looked for.
@@ -99,15 +117,12 @@ ConvertOutcome convertModel(const ConvertJob& job, ConvertRun& run) {
     StagedOutputs outputs(run.temporaryFiles);
     ConvertOutcome outcome;
     try {
-        if (job.lint) {
-            outcome.messages = lintText(job, run);
-        }
-        convertStaged(job, run, files, outputs);
+        mqf2vxb::withMemory([&] { convertStaged(job, run, files, outputs, outcome); });
         outcome.converted = true;
     } catch (const mqf2vxb::Report& report) {
-        outcome.messages += reportText(report, job, files);
+        outcome.messages += printableLines(reportText(report, job, files));
     } catch (const std::exception& error) {
-        outcome.messages += fmt::format("{}: {}\n", job.model, error.what());
+        outcome.messages += printableLines(fmt::format("{}: {}\n", job.model, error.what()));
     }
     return outcome;
 }

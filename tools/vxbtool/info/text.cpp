@@ -8,6 +8,7 @@
 #include "vxbtool/info/info.h"
 #include "vxbtool/info/summary.h"
 #include "vxbtool/shared/finding_report.h"
+#include "vxbtool/shared/printable.h"
 #include "vxbtool/shared/text_output.h"
 
 namespace vxbtool {

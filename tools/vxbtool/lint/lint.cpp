@@ -1,15 +1,14 @@
 #include "vxbtool/lint/lint.h"
 
 #include <memory>
-#include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 
 #include "vxbtool/lint/catalogue.h"
 #include "vxbtool/lint/lint_model.h"
-#include "vxbtool/shared/model_files.h"
 #include "vxbtool/shared/scale_option.h"
 
 namespace vxbtool {
@@ -32,27 +31,18 @@ ExitStatus runLint(const LintArguments& arguments) {
     const float scale = parseScale(arguments.scale);
     std::vector<FileReport> reports;
     for (const std::string& model : arguments.models) {
-        reports.push_back(lintFile(model, scale, arguments.base, arguments.report));
+        ModelFiles files(arguments.base);
+        reports.push_back(
+            lintReport(model, lint::lintModel(model, scale, files), files, arguments.report));
     }
     return printReport("lint", reports, arguments.report);
 }
 
 }  // namespace
 
-FileReport lintFile(const std::string& model, float scale, const std::string& base,
-                    const ReportOptions& options) {
-    ModelFiles files(base);
-    FileReport report{model, {}};
-    try {
-        report.findings = lint::lintModel(model, scale, files);
-    } catch (const std::bad_alloc&) {
-        ReportedFinding& finding = report.findings.emplace_back();
-        finding.code = lint::kind::cannotConvert.code;
-        finding.severity = lint::kind::cannotConvert.severity;
-        finding.text = "there is not enough memory to look at this model";
-        finding.file = model;
-        return report;
-    }
+FileReport lintReport(const std::string& model, std::vector<ReportedFinding> findings,
+                      const ModelFiles& files, const ReportOptions& options) {
+    FileReport report{model, std::move(findings)};
     for (ReportedFinding& finding : report.findings) {
         finding.file = files.pathOf(finding.file);
     }

@@ -3,14 +3,12 @@
 #include <algorithm>
 #include <iterator>
 #include <memory>
-#include <optional>
+#include <new>
 
 #include "base/diagnostics.h"
 #include "base/out_of_memory.h"
-#include "run/convert.h"
 #include "vxbtool/lint/findings.h"
-#include "vxbtool/lint/model_checks.h"
-#include "vxbtool/lint/text_checks.h"
+#include "vxbtool/lint/watched_model.h"
 #include "writers/model_writer.h"
 
 namespace vxbtool::lint {
@@ -31,44 +29,6 @@ public:
     [[nodiscard]] std::unique_ptr<OutputFile> create(const std::string& /*name*/) override {
         return std::make_unique<NoFile>();
     }
-};
-
-/// One conversion that is watched, as far as it gets.
-class WatchedConversion {
-public:
-    WatchedConversion(const std::string& mqfName, float scale, InputFiles& files)
-        : files_(files), inputs_(files, trace) {
-        RunOptions options;
-        options.scale = scale;
-        try {
-            run(mqfName, options);
-        } catch (const Report& caught) {
-            report = caught;
-        }
-    }
-
-    Trace trace;
-    Model model;
-    Table<PolygonRecord> polygons{"Polygon Data Base"};  ///< as the GEO file has them
-    bool read = false;
-    bool organised = false;
-    std::optional<Report> report;  ///< what ended the conversion
-
-private:
-    void run(const std::string& mqfName, const RunOptions& options) {
-        withMemory([&] {
-            readModel(mqfName, inputs_, model);
-            read = true;
-            polygons = model.polygons;
-            organiseModel(options, model);
-            organised = true;
-            NoOutputs outputs;
-            writeModel(model, options, files_, outputs);
-        });
-    }
-
-    InputFiles& files_;
-    Inputs inputs_;
 };
 
 /// The text of a line of a file that was read.
@@ -103,27 +63,29 @@ ReportedFinding errorFinding(const Report& report, const std::string& mqfName, c
 }  // namespace
 
 std::vector<ReportedFinding> lintModel(const std::string& mqfName, float scale, InputFiles& files) {
-    const WatchedConversion conversion(mqfName, scale, files);
-    const Trace& trace = conversion.trace;
-    Findings findings;
-    checkText(trace, conversion.read, findings);
-    if (conversion.organised) {
-        const SourceMap source(trace, conversion.model);
-        const LintedModel linted{conversion.model, conversion.polygons, scale, source};
-        checkGeometry(linted, findings);
-        checkMaterials(linted, findings);
-        checkTextures(linted, findings);
-        checkHierarchy(linted, findings);
-        checkMeshes(linted, findings);
-        checkMotions(linted, findings);
-    }
-
+    RunOptions options;
+    options.scale = scale;
+    WatchedModel watched;
     std::vector<ReportedFinding> found;
-    if (conversion.report) {
-        found.push_back(errorFinding(*conversion.report, mqfName, trace));
+    try {
+        withMemory([&] {
+            watched.make(mqfName, options, files);
+            NoOutputs outputs;
+            writeModel(watched.model(), options, files, outputs);
+        });
+    } catch (const Report& report) {
+        found.push_back(errorFinding(report, mqfName, watched.trace()));
     }
-    std::vector<ReportedFinding> ordered = std::move(findings).inOrder(trace);
-    std::move(ordered.begin(), ordered.end(), std::back_inserter(found));
+    try {
+        std::vector<ReportedFinding> ordered = watched.findings();
+        std::move(ordered.begin(), ordered.end(), std::back_inserter(found));
+    } catch (const std::bad_alloc&) {  // the other models of the call may fit
+        ReportedFinding& finding = found.emplace_back();
+        finding.code = kind::cannotConvert.code;
+        finding.severity = kind::cannotConvert.severity;
+        finding.text = "there is not enough memory to look at this model";
+        finding.file = mqfName;
+    }
     return found;
 }
 

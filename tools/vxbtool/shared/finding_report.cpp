@@ -12,6 +12,7 @@
 #include <fmt/ranges.h>
 
 #include "vxbtool/shared/json_output.h"
+#include "vxbtool/shared/printable.h"
 
 namespace vxbtool {
 namespace {
@@ -58,8 +59,8 @@ std::string othersOf(const ReportedFinding& finding) {
                        fmt::join(shown, ", "), cut ? ", ..." : "");
 }
 
-/// The line and, when it is known, a caret below the finding's column. Tabs are kept, so that both lines have them;
-/// of a character of several bytes only the first takes a place.
+/// The line and, when it is known, a caret below the finding's column. Tabs are kept, so that both
+/// lines have them; of a character of several bytes only the first takes a place.
 std::string sourceOf(const ReportedFinding& finding) {
     const std::string source = printable(finding.source);
     if (finding.column == 0) {
@@ -67,7 +68,7 @@ std::string sourceOf(const ReportedFinding& finding) {
     }
     std::string caret;
     const auto column = static_cast<std::size_t>(finding.column);
-    for (const char c : std::string_view(source).substr(0, column - 1)) {
+    for (const char c : printable(std::string_view(finding.source).substr(0, column - 1))) {
         constexpr unsigned continuationMask = 0xC0;
         constexpr unsigned continuation = 0x80;
         if (c == '\t') {
@@ -118,15 +119,6 @@ Json jsonOf(const ReportedFinding& finding) {
 }
 
 }  // namespace
-
-std::string printable(std::string_view text) {
-    std::string result(text);
-    std::replace_if(
-        result.begin(), result.end(),
-        [](char c) { return (static_cast<unsigned char>(c) < ' ' && c != '\t') || c == '\x7F'; },
-        '?');
-    return result;
-}
 
 std::string counted(std::size_t number, std::string_view what) {
     return fmt::format("{} {}{}", number, what, number == 1 ? "" : "s");
@@ -221,7 +213,7 @@ std::string jsonReport(std::string_view command, std::span<const FileReport> fil
         }
         report["files"].push_back(std::move(json));
     }
-    return report.dump(indent, ' ', false, Json::error_handler_t::replace) + "\n";
+    return report.dump(indent, ' ', true, Json::error_handler_t::replace) + "\n";
 }
 
 ExitStatus printReport(std::string_view command, std::span<const FileReport> files,

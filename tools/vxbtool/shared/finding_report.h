@@ -55,8 +55,6 @@ void addReportOptions(CLI::App& command, ReportOptions& options,
 /// first of them. Findings are equal when they have one code and lie in one file.
 void selectFindings(std::vector<ReportedFinding>& findings, const ReportOptions& options);
 
-/// Text for people: the control characters in it must not reach the terminal.
-std::string printable(std::string_view text);
 /// "1 error", "2 errors".
 std::string counted(std::size_t number, std::string_view what);
 

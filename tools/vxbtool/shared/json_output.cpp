@@ -4,7 +4,7 @@ namespace vxbtool {
 
 void JsonOutput::member(std::string_view key, const Json& value) {
     begin(key);
-    output_.put(value.dump(-1, ' ', false, Json::error_handler_t::replace));
+    output_.put(value.dump(-1, ' ', true, Json::error_handler_t::replace));
 }
 
 void JsonOutput::words(std::string_view key, std::span<const std::uint32_t> words) {

@@ -11,6 +11,7 @@
 #include <fmt/core.h>
 
 #include "vxb/vxb_reader.h"
+#include "vxbtool/shared/printable.h"
 
 namespace vxbtool {
 namespace {
@@ -72,11 +73,11 @@ std::optional<mqf2vxb::VxbFile> readForShow(const std::string& name) {
             fmt::print(stderr,
                        "{0}: {1} error{2} found, so that what is shown may be wrong; \"vxbtool "
                        "check {0}\" tells more\n",
-                       name, errors, errors == 1 ? " was" : "s were");
+                       printable(name), errors, errors == 1 ? " was" : "s were");
         }
         return file;
     } catch (const UnreadableFile& error) {
-        fmt::print(stderr, "{}: the file cannot be read: {}\n", name, error.what());
+        fmt::print(stderr, "{}: the file cannot be read: {}\n", printable(name), error.what());
         return std::nullopt;
     }
 }
