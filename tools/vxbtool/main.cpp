@@ -5,11 +5,10 @@
 // session.status; CLI::ValidationError thrown from the callback is bad usage. CONTRIBUTING.md tells
 // what else a new one needs.
 
-#include <cerrno>
 #include <cstdio>
 #include <exception>
+#include <sstream>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -26,6 +25,7 @@
 #include "vxbtool/packet_forms/packet_form_tables.h"
 #include "vxbtool/shared/printable.h"
 #include "vxbtool/shared/session.h"
+#include "vxbtool/shared/text_output.h"
 
 namespace vxbtool {
 namespace {
@@ -71,17 +71,12 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
         app.parse(argumentCount, arguments);
     } catch (const CLI::ParseError& error) {
         // "--help" and "--version" come as errors too, with the exit code 0.
-        const bool failed = app.exit(error) != 0;
+        std::ostringstream output;
+        const bool failed = app.exit(error, output) != 0;
+        printText(output.str());
         return static_cast<int>(failed ? ExitStatus::badUsage : ExitStatus::good);
     }
     return static_cast<int>(session.status);
-}
-
-/// What was printed has to arrive, or a program that reads it takes a part for the whole.
-void finishStandardOutput() {
-    if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
-        throw std::system_error(errno, std::generic_category(), "the output cannot be written");
-    }
 }
 
 }  // namespace
@@ -91,8 +86,9 @@ int main(int argumentCount, char** arguments) {
     mqf2vxb::guardOutputs();
     try {
         const int status = vxbtool::runCommandLine(argumentCount, arguments);
-        vxbtool::finishStandardOutput();
-        return status;
+        // Warnings that were to be seen went nowhere; there is no place left to tell so.
+        const bool untold = status == 0 && std::ferror(stderr) != 0;
+        return untold ? static_cast<int>(vxbtool::ExitStatus::badInput) : status;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "vxbtool: %s\n", vxbtool::printableLines(error.what()).c_str());
         return static_cast<int>(vxbtool::ExitStatus::badInput);

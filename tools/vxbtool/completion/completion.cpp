@@ -1,6 +1,5 @@
 #include "vxbtool/completion/completion.h"
 
-#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
@@ -8,6 +7,8 @@
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
 #include <fmt/ranges.h>
+
+#include "vxbtool/shared/text_output.h"
 
 namespace vxbtool {
 namespace {
@@ -121,10 +122,8 @@ void addCompletion(CLI::App& app, Session& /*session*/) {
         ->required()
         ->check(CLI::IsMember({"bash", "zsh"}));
     command->footer("Example:\n  source <(vxbtool completion bash)");
-    command->callback([shell, &app] {
-        const std::string script = *shell == "zsh" ? zshCompletion(app) : bashCompletion(app);
-        std::fwrite(script.data(), 1, script.size(), stdout);
-    });
+    command->callback(
+        [shell, &app] { printText(*shell == "zsh" ? zshCompletion(app) : bashCompletion(app)); });
 }
 
 }  // namespace vxbtool

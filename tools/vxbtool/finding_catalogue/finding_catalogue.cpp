@@ -1,6 +1,5 @@
 #include "vxbtool/finding_catalogue/finding_catalogue.h"
 
-#include <cstdio>
 #include <string_view>
 
 #include <CLI/CLI.hpp>
@@ -8,6 +7,7 @@
 
 #include "vxb/findings.h"
 #include "vxbtool/lint/catalogue.h"
+#include "vxbtool/shared/text_output.h"
 
 namespace vxbtool {
 namespace {
@@ -64,8 +64,7 @@ void addFindingCatalogue(CLI::App& app, Session& session) {
     CLI::App* command =
         app.add_subcommand("finding-catalogue", "Prints docs/findings.md")->group("");
     command->callback([&session] {
-        const std::string document = catalogueDocument();
-        std::fwrite(document.data(), 1, document.size(), stdout);
+        printText(catalogueDocument());
         session.status = ExitStatus::good;
     });
 }

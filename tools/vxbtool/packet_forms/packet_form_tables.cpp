@@ -1,6 +1,5 @@
 #include "vxbtool/packet_forms/packet_form_tables.h"
 
-#include <cstdio>
 #include <string_view>
 
 #include <CLI/CLI.hpp>
@@ -8,6 +7,7 @@
 
 #include "format/packet_forms.h"
 #include "vxb/word_meaning.h"
+#include "vxbtool/shared/text_output.h"
 
 namespace vxbtool {
 namespace {
@@ -85,8 +85,7 @@ void addPacketFormTables(CLI::App& app, Session& session) {
     CLI::App* command =
         app.add_subcommand("packet-forms", "Prints docs/packet-forms.md")->group("");
     command->callback([&session] {
-        const std::string document = packetFormDocument();
-        std::fwrite(document.data(), 1, document.size(), stdout);
+        printText(packetFormDocument());
         session.status = ExitStatus::good;
     });
 }

@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <map>
 #include <utility>
 
@@ -13,6 +12,7 @@
 
 #include "vxbtool/shared/json_output.h"
 #include "vxbtool/shared/printable.h"
+#include "vxbtool/shared/text_output.h"
 
 namespace vxbtool {
 namespace {
@@ -218,9 +218,8 @@ std::string jsonReport(std::string_view command, std::span<const FileReport> fil
 
 ExitStatus printReport(std::string_view command, std::span<const FileReport> files,
                        const ReportOptions& options) {
-    const std::string report = options.json ? jsonReport(command, files, options.werror)
-                                            : humanReport(files, isatty(STDOUT_FILENO) != 0);
-    std::fwrite(report.data(), 1, report.size(), stdout);
+    printText(options.json ? jsonReport(command, files, options.werror)
+                           : humanReport(files, isatty(STDOUT_FILENO) != 0));
     return passes(files, options.werror) ? ExitStatus::good : ExitStatus::badInput;
 }
 

@@ -44,4 +44,10 @@ void TextOutput::finish() {
     }
 }
 
+void printText(std::string_view text) {
+    TextOutput output(stdout);
+    output.put(text);
+    output.finish();
+}
+
 }  // namespace vxbtool

@@ -31,4 +31,7 @@ private:
     std::string buffer_;
 };
 
+/// Prints a whole text on standard output. What cannot be written is an exception.
+void printText(std::string_view text);
+
 }  // namespace vxbtool
