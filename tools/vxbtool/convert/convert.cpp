@@ -19,8 +19,8 @@
 #include "files/disk_files.h"
 #include "vxbtool/convert/console.h"
 #include "vxbtool/convert/job.h"
-#include "vxbtool/convert/signals.h"
 #include "vxbtool/shared/scale_option.h"
+#include "vxbtool/shared/signals.h"
 
 namespace vxbtool {
 namespace {

@@ -12,12 +12,12 @@
 #include "files/inputs.h"
 #include "run/convert.h"
 #include "vxbtool/convert/depfile.h"
-#include "vxbtool/convert/files.h"
 #include "vxbtool/lint/lint.h"
 #include "vxbtool/lint/watched_model.h"
 #include "vxbtool/shared/finding_report.h"
 #include "vxbtool/shared/model_files.h"
 #include "vxbtool/shared/printable.h"
+#include "vxbtool/shared/staged_outputs.h"
 #include "writers/model_writer.h"
 
 namespace vxbtool {

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "model/options.h"
-#include "vxbtool/convert/signals.h"
+#include "vxbtool/shared/signals.h"
 
 namespace vxbtool {
 

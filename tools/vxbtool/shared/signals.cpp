@@ -1,4 +1,4 @@
-#include "vxbtool/convert/signals.h"
+#include "vxbtool/shared/signals.h"
 
 #include <array>
 #include <cerrno>

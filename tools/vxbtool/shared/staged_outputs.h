@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "files/disk_files.h"
-#include "vxbtool/convert/signals.h"
+#include "vxbtool/shared/signals.h"
 
 namespace vxbtool {
 

@@ -1,4 +1,4 @@
-#include "vxbtool/convert/files.h"
+#include "vxbtool/shared/staged_outputs.h"
 
 #include <cerrno>
 #include <filesystem>
