@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "format/drawing_code.h"
 #include "vxb/vxb_file.h"
 
 namespace mqf2vxb {
@@ -48,6 +49,16 @@ private:
     std::array<std::uint32_t, fieldNum> values_{};
     std::uint32_t carried_ = 0;
 };
+
+/// How many of a polygon's corners are vertices. A line or a sprite in a strip has other numbers in
+/// the rest; its drawing code tells it, and where a form has none it passes for a triangle.
+inline std::size_t vertexCorners(const PacketPolygon& polygon) {
+    switch (polygon.form->strip() ? polygon[Field::C0] >> 24U & drawing_code::kindMask : 0) {
+    case drawing_code::line: return 2;
+    case drawing_code::sprite: return 1;
+    default: return polygon.corners();
+    }
+}
 
 /// Calls `visit(field, offset, value)` for every field of a packet's words in their order: once
 /// for a field that fills its word, else for the low half and then for the high half.

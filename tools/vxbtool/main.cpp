@@ -18,6 +18,7 @@
 #include "vxbtool/check/check.h"
 #include "vxbtool/completion/completion.h"
 #include "vxbtool/convert/convert.h"
+#include "vxbtool/diff/diff.h"
 #include "vxbtool/dump/dump.h"
 #include "vxbtool/finding_catalogue/finding_catalogue.h"
 #include "vxbtool/info/info.h"
@@ -37,9 +38,10 @@ constexpr const char* examples = R"(Examples:
   vxbtool check car.vxb                   is the file sound?
   vxbtool info car.vxb                    what does it hold?
   vxbtool dump car.vxb                    what does each word say?
+  vxbtool diff old.vxb new.vxb            what became of the model?
 
 "vxbtool COMMAND --help" tells more about one command, "man vxbtool" about all.
-Exit status: 0 all went well, 1 bad input, 2 bad usage.)";
+Exit status: 0 all went well, 1 bad input, 2 bad usage; of diff 0 equal, 1 different, 2 trouble.)";
 
 /// What a usage error prints: the fault and where to read on.
 std::string usageFault(const CLI::App* app, const CLI::Error& error) {
@@ -63,6 +65,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     addCheck(app, session);
     addInfo(app, session);
     addDump(app, session);
+    addDiff(app, session);
     addCompletion(app, session);
     addFindingCatalogue(app, session);
     addPacketFormTables(app, session);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "vxbtool/shared/motion_steps.h"
+
 namespace vxbtool {
 namespace {
 
@@ -67,28 +69,17 @@ void addToBox(const VxbFile& file, const PointBlock& block, FileSummary& summary
     }
 }
 
-/// The control words of all motions stand together, motion after motion. Those from the first that a
-/// motion names up to the first that a later one names are taken for its own.
 void countSteps(const VxbFile& file, FileSummary& summary) {
     const Animation& animation = file.animation;
-    const std::uint32_t none = animation.controlNum;
-    std::vector<std::uint32_t> first(animation.motions.size(), none);
-    for (std::size_t m = 0; m < first.size(); ++m) {
-        const Motion& motion = animation.motions[m];
-        summary.motions.push_back({motion.coordinateNum, 0, 0});
-        for (std::uint32_t i = 0; i < motion.coordinateNum; ++i) {
-            const AnimatedCoordinate& animated = animation.coordinates[motion.firstCoordinate + i];
-            first[m] = std::min(first[m], animated.startStep);
-        }
-    }
-    std::uint32_t end = none;
-    for (std::size_t m = first.size(); m-- > 0;) {
-        for (std::uint32_t step = first[m]; step < end; ++step) {
-            ++summary.motions[m].steps;
+    const std::vector<StepRange> ranges = stepsOfMotions(animation);
+    for (std::size_t m = 0; m < ranges.size(); ++m) {
+        MotionSummary motion{animation.motions[m].coordinateNum, ranges[m].end - ranges[m].first,
+                             0};
+        for (std::uint32_t step = ranges[m].first; step < ranges[m].end; ++step) {
             const std::uint32_t word = file.words[animation.controlOffset + step];
-            summary.motions[m].keyFrames += controlWord(word).kind == ControlKind::keyFrame ? 1 : 0;
+            motion.keyFrames += controlWord(word).kind == ControlKind::keyFrame ? 1 : 0;
         }
-        end = std::min(end, first[m]);
+        summary.motions.push_back(motion);
     }
 }
 

@@ -1,0 +1,218 @@
+#include "vxbtool/diff/drawn_polygons.h"
+
+#include <algorithm>
+#include <set>
+#include <span>
+
+#include <fmt/core.h>
+#include <fmt/ranges.h>
+
+#include "base/seeded_hash.h"
+#include "vxb/word_meaning.h"
+
+namespace vxbtool::diff {
+namespace {
+
+using namespace mqf2vxb;
+
+/// Words on their way into a hash.
+class Hashed {
+public:
+    void add(std::uint32_t word) {
+        if (size_ < words_.size()) {
+            words_[size_++] = word;
+        }
+    }
+    /// A point, or the number that names none.
+    void add(const std::optional<Point>& point, std::uint32_t index) {
+        if (point) {
+            add(static_cast<std::uint16_t>(point->x) |
+                std::uint32_t{static_cast<std::uint16_t>(point->y)} << 16U);
+        }
+        add(point ? static_cast<std::uint16_t>(point->z) : index);
+    }
+    [[nodiscard]] std::uint64_t hash() const {
+        return seededHash(
+            {reinterpret_cast<const char*>(words_.data()), size_ * sizeof(std::uint32_t)},
+            hashSeed());
+    }
+
+private:
+    std::array<std::uint32_t, 40> words_{};  // more than any packet has
+    std::size_t size_ = 0;
+};
+
+std::uint64_t hashOf(std::string_view text) { return seededHash(text, hashSeed()); }
+
+}  // namespace
+
+DrawnPolygons::DrawnPolygons(const VxbFile& file) : file_(file) {
+    nameOwners();
+    ownShared();
+    std::size_t number = 0;
+    for (const PacketGroup& group : file.packetGroups) {
+        number += group.polygons;
+    }
+    polygons_.reserve(std::min(number, file.words.size()));
+    for (std::uint32_t group = 0; group < file.packetGroups.size(); ++group) {
+        forEachPolygon(file, file.packetGroups[group],
+                       [&](const PacketPolygon& packet) { add(group, packet); });
+    }
+}
+
+void DrawnPolygons::nameOwners() {
+    std::vector<std::set<std::uint32_t>> owners(file_.packetGroups.size());
+    for (const PrimitiveHeader& header : file_.primitiveHeaders) {
+        for (std::uint32_t i = 0; header.coordinate && i < header.descriptionNum; ++i) {
+            const TypeDescription& description = file_.descriptions[header.firstDescription + i];
+            if (description.group) {
+                owners[*description.group].insert(*header.coordinate);
+            }
+        }
+    }
+    for (std::size_t group = 0; group < owners.size(); ++group) {
+        const std::set<std::uint32_t>& of = owners[group];
+        ownerNames_.push_back(
+            file_.packetGroups[group].shared ? "shared polygons"
+            : of.empty()
+                ? "no coordinate"
+                : fmt::format("coordinate{} {}", of.size() == 1 ? "" : "s", fmt::join(of, ", ")));
+    }
+}
+
+void DrawnPolygons::ownShared() {
+    coordinateOfShared_.resize(file_.vertices.shared.number);
+    for (const PrimitiveHeader& header : file_.primitiveHeaders) {
+        if (header.kind != PrimitiveHeaderKind::sharedVertices || !header.coordinate) {
+            continue;
+        }
+        const std::uint64_t end = std::uint64_t{header.vertices.source} + header.vertices.number;
+        for (std::uint64_t i = header.vertices.source; i < end && i < coordinateOfShared_.size();
+             ++i) {
+            coordinateOfShared_[i] = *header.coordinate;
+        }
+    }
+}
+
+std::optional<Point> DrawnPolygons::point(const PointSection& section, bool shared,
+                                          std::uint32_t index) const {
+    if (!shared && index < section.independent.number) {
+        return file_.point(section.independent, index);
+    }
+    // Independent polygons count on into the shared block.
+    const std::uint32_t inShared = shared ? index : index - section.independent.number;
+    if (inShared < section.shared.number) {
+        return file_.point(section.shared, inShared);
+    }
+    return std::nullopt;
+}
+
+std::optional<Point> DrawnPolygons::vertex(const DrawnPolygon& polygon, std::uint32_t index) const {
+    return point(file_.vertices, isShared(polygon), index);
+}
+
+std::optional<Point> DrawnPolygons::normal(const DrawnPolygon& polygon, std::uint32_t index) const {
+    return point(file_.normals, isShared(polygon), index);
+}
+
+std::string DrawnPolygons::formOf(const DrawnPolygon& polygon) const {
+    return formName(file_.packetGroups[polygon.group].code);
+}
+
+namespace {
+
+/// The corners of a triangle in the order of their places, so that it is the same triangle whichever
+/// corner comes first; the corners of all else in their own order.
+std::array<std::uint8_t, 4> cornerOrder(std::span<const std::uint64_t> places) {
+    std::array<std::uint8_t, 4> order{0, 1, 2, 3};
+    if (places.size() == 3) {
+        std::stable_sort(order.begin(), order.begin() + 3,
+                         [&](std::uint8_t a, std::uint8_t b) { return places[a] < places[b]; });
+    }
+    return order;
+}
+
+/// Whether an order runs around a triangle the other way; no way is the other one when two of its
+/// corners lie in one place.
+bool runsBackwards(const std::array<std::uint8_t, 4>& order,
+                   std::span<const std::uint64_t> places) {
+    const bool degenerate =
+        places[order[0]] == places[order[1]] || places[order[1]] == places[order[2]];
+    return !degenerate && (order[0] + 1) % 3 != order[1];
+}
+
+}  // namespace
+
+void DrawnPolygons::add(std::uint32_t groupIndex, const PacketPolygon& packet) {
+    const PacketGroup& group = file_.packetGroups[groupIndex];
+    DrawnPolygon polygon;
+    polygon.group = groupIndex;
+    polygon.offset = packet.offset;
+    polygon.corners = static_cast<std::uint8_t>(vertexCorners(packet));
+    std::array<std::uint64_t, 4> places{};
+    for (std::uint32_t corner = 0; corner < packet.corners(); ++corner) {
+        const std::uint32_t index = packet.vertex(corner);
+        polygon.vertices[corner] = index;
+        places[corner] = placeOf(polygon, corner);
+    }
+    const std::span drawn(places.data(), packet.corners());
+    if (polygon.corners == packet.corners()) {
+        polygon.order = cornerOrder(drawn);
+    }
+
+    Hashed points, facing, colours, texels, texture;
+    for (std::uint32_t corner = 0; corner < packet.corners(); ++corner) {
+        points.add(static_cast<std::uint32_t>(places[polygon.order[corner]]));
+        points.add(static_cast<std::uint32_t>(places[polygon.order[corner]] >> 32U));
+    }
+    polygon.backwards = polygon.corners == 3 && runsBackwards(polygon.order, drawn);
+    facing.add(polygon.backwards ? 1 : 0);
+    // A field of each corner is taken in the order of the corners, one for all of them by itself.
+    const auto addCorners = [&](Field corner0, auto put) {
+        const bool each = packet.has(cornerField(corner0, 1));
+        for (std::size_t i = 0; i < packet.corners(); ++i) {
+            const std::size_t corner = each ? polygon.order[i] : i;
+            if (packet.has(cornerField(corner0, corner))) {
+                put(packet[cornerField(corner0, corner)], corner);
+            }
+        }
+    };
+    addCorners(Field::N0, [&](std::uint32_t value, std::size_t corner) {
+        polygon.normals[corner] = value;
+        ++polygon.normalNum;
+        facing.add(normal(polygon, value), value);
+    });
+    addCorners(Field::C0, [&](std::uint32_t value, std::size_t) { colours.add(value); });
+    addCorners(Field::T0, [&](std::uint32_t value, std::size_t) { texels.add(value); });
+    for (const Field field : {Field::page, Field::clut, Field::window}) {
+        texture.add(packet[field]);
+    }
+    const std::uint64_t owner = hashOf(ownerNames_[groupIndex]);
+    polygon.form = group.code;
+    polygon.where = owner ^ (polygon.form + 1) * 0x9E3779B97F4A7C15U;
+    polygon.points = points.hash() ^ owner;
+    polygon.facing = facing.hash();
+    polygon.colours = colours.hash();
+    polygon.texels = texels.hash();
+    polygon.texture = texture.hash();
+    polygons_.push_back(polygon);
+}
+
+std::uint64_t DrawnPolygons::placeOf(const DrawnPolygon& polygon, std::uint32_t corner) const {
+    constexpr unsigned ownerBit = 49;
+    constexpr std::uint64_t number = std::uint64_t{1} << 48U;  // a field that is no place
+    const std::uint32_t index = polygon.vertices[corner];
+    const std::optional<Point> point =
+        corner < polygon.corners ? vertex(polygon, index) : std::nullopt;
+    if (!point) {
+        return number | index;
+    }
+    // Shared polygons have each vertex in the space of its own coordinate.
+    const std::uint64_t owner =
+        isShared(polygon) && index < coordinateOfShared_.size() ? coordinateOfShared_[index] : 0;
+    return owner << ownerBit | std::uint64_t{static_cast<std::uint16_t>(point->x)} << 32U |
+           std::uint64_t{static_cast<std::uint16_t>(point->y)} << 16U |
+           static_cast<std::uint16_t>(point->z);
+}
+
+}  // namespace vxbtool::diff
