@@ -247,7 +247,7 @@ BENCHMARK(gather)->UseManualTime()->Unit(benchmark::kMillisecond);
 void prepareMotions(State& state) {
     timeWork(
         state, [] { return readFamily("motions"); },
-        [](Model& model) { prepareAnimation(model.motions); });
+        [](Model& model) { prepareAnimation(model); });
 }
 BENCHMARK(prepareMotions)->UseManualTime()->Unit(benchmark::kMillisecond);
 

@@ -6,7 +6,7 @@ set -euo pipefail
 build_packages=(g++ cmake ninja-build)
 test_packages=(libgtest-dev libgmock-dev make)
 tools_packages=(libcli11-dev libfmt-dev nlohmann-json3-dev)
-check_packages=(git clang-format clang-tidy dpkg-dev file lintian python3)
+check_packages=(git clang-format clang-tidy dpkg-dev file libbenchmark-dev lintian python3)
 fuzz_packages=(clang libclang-rt-14-dev llvm)
 
 if (($# == 0)); then

@@ -23,12 +23,10 @@ TestFolder::Result runIn(const TestFolder& folder, const std::string& command) {
     return folder.run("PATH='" + programs + "':$PATH; " + command);
 }
 
-/// A line of data/inspect/session.txt with "$" is a command, the lines behind it are what it prints,
-/// the last of them "[N]" when it ends with another status than 0.
-TEST(Inspect, PrintsWhatTheSessionHolds) {
-    std::ifstream session(MQF2VXB_TEST_DATA "/inspect/session.txt");
-    const TestFolder folder;
-    folder.write("small.vxb", convertFiles(mqf2vxb::tests::smallModel()).outputs.at("m.vxb"));
+/// A line of a session with "$" is a command, the lines behind it are what it prints, the last of them
+/// "[N]" when it ends with another status than 0.
+void expectSession(const TestFolder& folder, const std::string& name) {
+    std::ifstream session(name);
     std::string command, expected, actual;
     for (std::string line; std::getline(session, line);) {
         if (!line.starts_with("$ ")) {
@@ -44,6 +42,21 @@ TEST(Inspect, PrintsWhatTheSessionHolds) {
     }
     EXPECT_EQ(actual, expected) << command;
     EXPECT_NE(command, "");
+}
+
+TEST(Inspect, PrintsWhatTheSessionHolds) {
+    const TestFolder folder;
+    folder.write("small.vxb", convertFiles(mqf2vxb::tests::smallModel()).outputs.at("m.vxb"));
+    expectSession(folder, MQF2VXB_TEST_DATA "/inspect/session.txt");
+}
+
+/// Each command edits one thing of the sample, and the whole report is what it says.
+TEST(Diff, TellsWhatBecameOfTheModel) {
+    const TestFolder folder;
+    const TestFolder::Result made = runIn(folder, "cp " MQF2VXB_EXAMPLES "/* " MQF2VXB_TEST_DATA
+                                                  "/diff/changed . && vxbtool convert crawler.mqf");
+    ASSERT_EQ(made.status, 0) << made.output;
+    expectSession(folder, MQF2VXB_TEST_DATA "/diff/session.txt");
 }
 
 /// What a command prints as JSON about a file of the folder.

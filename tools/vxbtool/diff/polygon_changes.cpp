@@ -99,7 +99,8 @@ private:
     struct Group {
         ChangeKind kind;
         std::string owner;
-        std::string text;
+        std::string form;
+        std::string what;
 
         auto operator<=>(const Group&) const = default;
     };
@@ -107,20 +108,20 @@ private:
     void tally(ChangeKind kind, const DrawnPolygons& polygons, std::uint32_t index,
                std::string_view what) {
         const DrawnPolygon& polygon = polygons.all()[index];
-        const std::string text = fmt::format("{} {}", polygons.formOf(polygon), what);
+        const std::string owner = polygons.ownerOf(polygon);
+        const std::string form = polygons.formOf(polygon);
         if (changes_.all()) {
-            changes_.add(
-                kind,
-                fmt::format("{}, polygon at word {}", polygons.ownerOf(polygon), polygon.offset),
-                text);
+            changes_.add(kind, fmt::format("{}, polygon at word {}", owner, polygon.offset),
+                         fmt::format("{}: {}", form, what));
         } else {
-            ++tallies_[{kind, polygons.ownerOf(polygon), text}];
+            ++tallies_[{kind, owner, form, std::string(what)}];
         }
     }
 
     void addTallies() {
         for (const auto& [group, number] : tallies_) {
-            changes_.add(group.kind, group.owner, fmt::format("{} {}", number, group.text), number);
+            changes_.add(group.kind, group.owner,
+                         fmt::format("{}: {} {}", group.form, number, group.what), number);
         }
     }
 
@@ -142,7 +143,7 @@ private:
         }
         if (one.backwards != other.backwards) {
             tally(ChangeKind::polygonWinding, before_, pair.before,
-                  "got their corners the other way around");
+                  "got the corners the other way around");
         }
         comparePoints(pair, one.look() != other.look() || one.backwards != other.backwards);
     }
