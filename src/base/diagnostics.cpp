@@ -2,6 +2,7 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <system_error>
 #include <utility>
 
 namespace mqf2vxb {
@@ -23,14 +24,39 @@ unsigned addressDigits(std::uintptr_t address) {
 
 /// The form of the reports about a file as a whole.
 [[noreturn]] void reportFile(const std::string& message, const std::string& file,
-                             const std::string& more = {}) {
-    report(message + "\n\nFile Name:" + file + "\n" + more, message, {file});
+                             const std::string& more, const std::string& cause) {
+    report(message + "\n\nFile Name:" + file + "\n" + more, cause, {file});
+}
+
+/// Of a line that names a type or a word which nothing matches.
+[[noreturn]] void reportMismatch(const std::string& line, Explanation explanation) {
+    Report report("\n" + line + "\n", line);
+    report.explain(std::move(explanation));
+    throw Report(report);
+}
+
+/// "vertex" for the "Vertex Data Base".
+std::string recordName(std::string_view table) {
+    std::string name(table.substr(0, table.find(" Data Base")));
+    if (!name.empty() && (name.size() == 1 || name[1] >= 'a')) {
+        name[0] = static_cast<char>(name[0] | 0x20);
+    }
+    return name;
 }
 
 }  // namespace
 
 Report::Report(std::string text, std::string cause, Place place)
     : text_(std::move(text)), cause_(std::move(cause)), place_(std::move(place)) {}
+
+void Report::explain(Explanation explanation) {
+    if (!explanation.cause.empty()) {
+        cause_ = std::move(explanation.cause);
+    }
+    if (!explanation.place.file.empty()) {
+        place_ = std::move(explanation.place);
+    }
+}
 
 void tableAllocationFailed(const TableLabel& label, std::size_t recordSize, std::size_t count,
                            bool grown) {
@@ -58,8 +84,8 @@ void areaMissing(const Area& area, std::int64_t index) {
                           "\n"
                           "Your set address:0x%08x\n",
                           area.recordSize, area.count, addressDigits(top), addressDigits(wanted)),
-           formatText("There isn't the area! (%s has no record %lld)", table.c_str(),
-                      static_cast<long long>(index)));
+           formatText("%s %lld is named, and there are %zu", recordName(table).c_str(),
+                      static_cast<long long>(index), area.count));
 }
 
 void checkIndex(const std::string& file, std::int64_t index, std::int64_t count,
@@ -70,13 +96,15 @@ void checkIndex(const std::string& file, std::int64_t index, std::int64_t count,
     }
 }
 
-void typeMismatch(std::string_view location, std::uint32_t value) {
-    reportLine(formatText("Not match(%.*s:0x%08x)", static_cast<int>(location.size()),
-                          location.data(), value));
+void typeMismatch(std::string_view location, std::uint32_t value, Explanation explanation) {
+    reportMismatch(formatText("Not match(%.*s:0x%08x)", static_cast<int>(location.size()),
+                              location.data(), value),
+                   std::move(explanation));
 }
 
-void nameMismatch(std::string_view location, std::string_view text) {
-    reportLine("Not match(" + std::string(location) + ":" + std::string(text) + ")");
+void nameMismatch(std::string_view location, std::string_view text, Explanation explanation) {
+    reportMismatch("Not match(" + std::string(location) + ":" + std::string(text) + ")",
+                   std::move(explanation));
 }
 
 void notFormat(const std::string& file, std::string_view format) {
@@ -87,7 +115,7 @@ void no24BitImage(const std::string& file) {
     reportLine("You can't use 24bit PXLfiles(" + file + ")", {file});
 }
 
-void noGeoFile() { reportLine("There is not GEOfile"); }
+void noGeoFile() { report("There is not GEOfile\n", "no key names a geometry file (GEO=)"); }
 
 void unknownGeoFlag(std::int32_t polygon, std::int32_t kind) {
     reportLine(formatText("Unknown the GEOflag... (No.%4d, flag:%2x)", polygon,
@@ -96,16 +124,26 @@ void unknownGeoFlag(std::int32_t polygon, std::int32_t kind) {
 
 void notSuitableTexture() { reportLine("Not suitable texture"); }
 
-void cannotOpen(const std::string& file) { reportFile("Can't open this file!", file); }
-
-void cannotWrite(const std::string& file) { reportFile("Can't write this file!", file); }
-
-void wrongTag(const std::string& file, std::string_view line) {
-    reportFile("Format isn't correct!", file, "ID       :" + std::string(line));
+void cannotOpen(const std::string& file, Access access, int error) {
+    std::string cause =
+        access == Access::read ? "the file cannot be read" : "the file cannot be written";
+    if (error != 0) {
+        cause += ": " + std::generic_category().message(error);
+    }
+    reportFile("Can't open this file!", file, "", cause);
 }
 
-void wrongDate(const std::string& file, std::string_view line) {
-    reportFile("This program doesn't support the version!", file, "ID       :" + std::string(line));
+void cannotWrite(const std::string& file) {
+    reportFile("Can't write this file!", file, "", "the file cannot be written to its end");
+}
+
+void wrongTag(const std::string& file, std::string_view line, const std::string& cause) {
+    reportFile("Format isn't correct!", file, "ID       :" + std::string(line), cause);
+}
+
+void wrongDate(const std::string& file, std::string_view line, const std::string& cause) {
+    reportFile("This program doesn't support the version!", file, "ID       :" + std::string(line),
+               cause);
 }
 
 void notCorrectData(const Place& place, const std::string& cause) {

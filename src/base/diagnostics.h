@@ -15,6 +15,12 @@ struct Place {
     std::int64_t column = 0;
 };
 
+/// What tools say of a failure in an author's terms. The report's text is the same without.
+struct Explanation {
+    std::string cause;
+    Place place;
+};
+
 /// The one way a conversion fails: an exception that carries the whole report text, ready to be
 /// printed. Made by the functions below and by nothing else.
 class Report : public std::exception {
@@ -26,6 +32,8 @@ public:
     /// The cause alone, one line without its end, for tools that print "file:line: cause".
     [[nodiscard]] const std::string& cause() const noexcept { return cause_; }
     [[nodiscard]] const Place& place() const noexcept { return place_; }
+    /// Tells tools more; what the explanation leaves out stays as it is, and so does the text.
+    void explain(Explanation explanation);
     [[nodiscard]] const char* what() const noexcept override { return text_.c_str(); }
 
 private:
@@ -57,23 +65,31 @@ struct Area {
 };
 [[noreturn]] void areaMissing(const Area& area, std::int64_t index);
 
+/// What a file that cannot be opened was wanted for.
+enum class Access : std::uint8_t { read, write };
+
 /// An index of `file` that has to be below `count`: reports `message` when it is not.
 void checkIndex(const std::string& file, std::int64_t index, std::int64_t count,
                 std::string_view message);
 
-[[noreturn]] void typeMismatch(std::string_view location, std::uint32_t value);
-[[noreturn]] void nameMismatch(std::string_view location, std::string_view text);
+[[noreturn]] void typeMismatch(std::string_view location, std::uint32_t value,
+                               Explanation explanation = {});
+[[noreturn]] void nameMismatch(std::string_view location, std::string_view text,
+                               Explanation explanation = {});
 [[noreturn]] void notFormat(const std::string& file, std::string_view format);
 [[noreturn]] void no24BitImage(const std::string& file);
 [[noreturn]] void noGeoFile();
 [[noreturn]] void unknownGeoFlag(std::int32_t polygon, std::int32_t kind);
 [[noreturn]] void notSuitableTexture();
 
-[[noreturn]] void cannotOpen(const std::string& file);
+/// The cause names the system's reason, that of `error`; 0 is none.
+[[noreturn]] void cannotOpen(const std::string& file, Access access, int error = 0);
 [[noreturn]] void cannotWrite(const std::string& file);
 /// `line` is the ID line as it was read, with its line feed when it had one.
-[[noreturn]] void wrongTag(const std::string& file, std::string_view line);
-[[noreturn]] void wrongDate(const std::string& file, std::string_view line);
+[[noreturn]] void wrongTag(const std::string& file, std::string_view line,
+                           const std::string& cause);
+[[noreturn]] void wrongDate(const std::string& file, std::string_view line,
+                            const std::string& cause);
 
 /// Input that cannot become a right output file. `cause` is short, in lower case, without a full
 /// stop; a place without a line leaves the "Line" out of the report.

@@ -1,13 +1,16 @@
 #include "files/inputs.h"
 
+#include <cerrno>
+
 #include "base/diagnostics.h"
 
 namespace mqf2vxb {
 
 FileContents Inputs::open(const std::string& name) {
+    errno = 0;
     std::optional<FileContents> contents = files_.read(name);
     if (!contents) {
-        cannotOpen(name);
+        cannotOpen(name, Access::read, errno);
     }
     names_.push_back(name);
     if (observer_ != nullptr) {
@@ -22,9 +25,10 @@ FileStart Inputs::openStart(const std::string& name, std::size_t most) {
         const std::size_t size = contents.text().size();
         return {std::move(contents), size};
     }
+    errno = 0;
     std::optional<FileStart> start = files_.readStart(name, most);
     if (!start) {
-        cannotOpen(name);
+        cannotOpen(name, Access::read, errno);
     }
     names_.push_back(name);
     return std::move(*start);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cerrno>
 #include <charconv>
 #include <utility>
 
@@ -51,7 +52,7 @@ BlockWriter::BlockWriter(OutputFiles& files, std::string name)
       file_(files.create(name_)),
       bytes_(std::make_unique_for_overwrite<char[]>(capacity)) {
     if (!file_) {
-        cannotOpen(name_);
+        cannotOpen(name_, Access::write, errno);
     }
 }
 

@@ -92,14 +92,16 @@ std::string readCoordinateFile(Inputs& inputs, const std::string& fileName,
     std::string groupFileName = readGroupFileName(tokens);
     const std::int32_t coordinateNum = tokens.restOfLineCount(shortestCoordinate, "coordinates");
     coordinates.allocate(static_cast<std::size_t>(coordinateNum));
-    for (CoordinateRecord& coordinate : coordinates) {
-        readCoordinate(tokens, coordinates, coordinate);
-    }
-    if (isGroupMode(groupFileName)) {
-        readObjectNames(tokens, coordinates);
-    } else {
-        readVertexLists(tokens, coordinates, vertices, lists);
-    }
+    withPlace(tokens, [&] {
+        for (CoordinateRecord& coordinate : coordinates) {
+            readCoordinate(tokens, coordinates, coordinate);
+        }
+        if (isGroupMode(groupFileName)) {
+            readObjectNames(tokens, coordinates);
+        } else {
+            readVertexLists(tokens, coordinates, vertices, lists);
+        }
+    });
     return groupFileName;
 }
 

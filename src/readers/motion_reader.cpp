@@ -124,10 +124,13 @@ private:
     bool taken_ = false;
 };
 
-PrimitiveTypeCode keyFrameType(const CodeText& code, std::string_view location) {
+PrimitiveTypeCode keyFrameType(const LineReader& reader, const CodeText& code,
+                               std::string_view location) {
     constexpr PrimitiveTypeCode letterM = 0x1000;
     if (code.letter != 'p' && code.letter != 'm') {
-        nameMismatch(location, std::string(code.letter != 0 ? 1 : 0, code.letter));
+        nameMismatch(location, std::string(code.letter != 0 ? 1 : 0, code.letter),
+                     {"the type of key frames is missing, which begins with p or m: ps0r1t0",
+                      reader.place()});
     }
     return type_code::animation | (code.letter == 'm' ? letterM : 0) |
            static_cast<std::uint32_t>(code.s) << 8U | static_cast<std::uint32_t>(code.r) << 4U |
@@ -138,12 +141,15 @@ void readTarget(LineReader& reader, MotionRecord& motion) {
     reader.requireLine("its target");
     const std::string_view target = firstWord(reader);
     if (target != "COORDINATE") {
-        nameMismatch("atcheck", target);
+        nameMismatch("atcheck", target,
+                     {"the target is COORDINATE, not " + std::string(target), reader.place()});
     }
     motion.type = type_code::animation;
 }
 
-AnimationSequenceHeaderRecord readSequenceHeader(LineReader& reader, SequenceNames& names) {
+/// `announced` is how many the coordinate announced.
+AnimationSequenceHeaderRecord readSequenceHeader(LineReader& reader, std::int32_t announced,
+                                                 SequenceNames& names) {
     WordLine line(reader, "its sequence headers");
     AnimationSequenceHeaderRecord header;
     HeaderNames named;
@@ -154,7 +160,13 @@ AnimationSequenceHeaderRecord readSequenceHeader(LineReader& reader, SequenceNam
     } else if (line.is("KEY2")) {
         line.scan(WordView{named.name}, WordView{named.second});
     } else {
-        nameMismatch("seqhcheck", line.word());
+        line.take();
+        nameMismatch("seqhcheck", line.word(),
+                     {"\"" + std::string(line.word()) +
+                          "\" begins no sequence header, START and KEY2 do; the coordinate above "
+                          "announces " +
+                          std::to_string(announced),
+                      reader.place()});
     }
     names.headers.append(named);
     return header;
@@ -181,7 +193,7 @@ void readIndexTable(LineReader& reader, MotionRecord& motion, SequenceNames& nam
         reader.checkCount(seqHeaderNum, shortestLine, "sequence headers");
         index.seqHeaderTable.allocate(static_cast<std::size_t>(seqHeaderNum));
         for (AnimationSequenceHeaderRecord& header : index.seqHeaderTable) {
-            header = readSequenceHeader(reader, names);
+            header = readSequenceHeader(reader, seqHeaderNum, names);
         }
     }
 }
@@ -200,7 +212,7 @@ bool readStep(const LineReader& reader, WordLine& line, AnimationSequenceRecord&
             line.scanAnyway(number, Letter{code.letter}, Literal{"s"}, code.s, Literal{"r"}, code.r,
                             Literal{"t"}, code.t, keyFrame);
         }
-        step.type = keyFrameType(code, "seqcheck");
+        step.type = keyFrameType(reader, code, "seqcheck");
         checkWidth(reader, number, largest8Bits);
         step.control = static_cast<std::uint32_t>(number) << numberShift;
         step.keyFrame = static_cast<std::uint32_t>(keyFrame);
@@ -255,7 +267,7 @@ AnimationPacketTypeRecord readGroup(const LineReader& reader) {
     scanLine(reader, WordView{keyword}, Letter{code.letter}, Literal{"s"}, code.s, Literal{"r"},
              code.r, Literal{"t"}, code.t);
     AnimationPacketTypeRecord group;
-    group.type = keyFrameType(code, "aptcheck");
+    group.type = keyFrameType(reader, code, "aptcheck");
     return group;
 }
 
@@ -285,6 +297,7 @@ void readKeyFrames(LineReader& reader, MotionRecord& motion) {
     const KeyFrameForm* form = nullptr;
     std::array<float, KeyFrameForm::mostValues> room{};
     std::span<float> values;
+    const char* typeLine = nullptr;
     const auto addKeyFrame = [&] {
         group->packetTable.appendAll(values);
         ++group->packetNum;
@@ -292,10 +305,13 @@ void readKeyFrames(LineReader& reader, MotionRecord& motion) {
     do {
         if (firstWord(reader) == "TYPE") {
             group = &motion.packetTypeTable.append(readGroup(reader));
+            typeLine = reader.line().data();
             form = findKeyFrameForm(group->type);
             values = std::span(room).first(form != nullptr ? form->values() : 0);
         } else if (form == nullptr) {
-            typeMismatch("aptcheck", group->type);
+            typeMismatch(
+                "aptcheck", group->type,
+                {"no key frames have this type", {reader.fileName(), reader.lineNumber(typeLine)}});
         } else {
             scanKeyFrame(reader, values);
             addKeyFrame();

@@ -37,10 +37,18 @@ void readSlots(LineReader& reader, std::string_view countKey, std::string_view s
         if (!scanLine(reader, Literal{slotKey}, slot, Literal{"]="}, Word{name})) {
             reader.refuseLine("not of the form " + std::string(slotKey) + "number]=name");
         }
-        if (!indexMessage.empty()) {
-            checkIndex(reader.fileName(), slot, count, indexMessage);
+        try {
+            if (!indexMessage.empty()) {
+                checkIndex(reader.fileName(), slot, count, indexMessage);
+            }
+            table.checkArea(slot);
+        } catch (Report& report) {
+            report.explain({"the lines " + std::string(slotKey) + "..] count from 0 to " +
+                                std::to_string(count - 1),
+                            reader.place()});
+            throw;
         }
-        Record& record = table.at(slot);
+        Record& record = table[static_cast<std::size_t>(slot)];
         record.name = name;
         record.named = true;
     }

@@ -43,11 +43,13 @@ void readGroupFile(Inputs& inputs, const std::string& fileName,
         if (list == CoordinateListId::empty) {
             orphans.groups.push_back(name);
         }
-        readNamedIndices(tokens, named, [&](std::int64_t v) {
-            vertices.at(v).cno = list;
-            if (list == CoordinateListId::empty) {
-                orphans.groupOfVertex[static_cast<std::int32_t>(v)] = orphans.groups.size() - 1;
-            }
+        withPlace(tokens, [&] {
+            readNamedIndices(tokens, named, [&](std::int64_t v) {
+                vertices.at(v).cno = list;
+                if (list == CoordinateListId::empty) {
+                    orphans.groupOfVertex[static_cast<std::int32_t>(v)] = orphans.groups.size() - 1;
+                }
+            });
         });
     }
     tokens.finish();

@@ -34,33 +34,55 @@ void print(const std::string& text) { std::fwrite(text.data(), 1, text.size(), s
 
 }  // namespace
 
-void readModel(const std::string& mqfName, Inputs& inputs, Model& model) {
+void readPart(ModelPart part, const std::string& mqfName, Inputs& inputs, Model& model) {
     const ModelDescription& description = model.description;
-    readModelDescription(inputs, mqfName, model.description, model.images, model.motions);
-    readImages(inputs, model.images);
-    if (description.geo.given) {
-        readGeometry(inputs, description.geo.fileName, model.vertices, model.normals,
-                     model.polygons);
-    }
-    if (description.srf.given) {
-        readMaterials(inputs, description.srf.fileName, model.materials);
-    }
-    if (description.bnd.given) {
-        readMeshFile(inputs, description.bnd.fileName, model.meshes, model.meshPolygons);
-    }
-    if (description.axs.given) {
-        readPivots(inputs, description.axs.fileName, model.pivots);
-    }
-    if (description.frm.given) {
-        model.GroupFileName =
-            readCoordinateFile(inputs, description.frm.fileName, model.coordinates, model.vertices,
-                               model.coordinateLists);
-        if (isGroupMode(model.GroupFileName)) {
+    switch (part) {
+    case ModelPart::description:
+        return readModelDescription(inputs, mqfName, model.description, model.images,
+                                    model.motions);
+    case ModelPart::images: return readImages(inputs, model.images);
+    case ModelPart::geometry:
+        if (description.geo.given) {
+            readGeometry(inputs, description.geo.fileName, model.vertices, model.normals,
+                         model.polygons);
+        }
+        return;
+    case ModelPart::materials:
+        if (description.srf.given) {
+            readMaterials(inputs, description.srf.fileName, model.materials);
+        }
+        return;
+    case ModelPart::meshes:
+        if (description.bnd.given) {
+            readMeshFile(inputs, description.bnd.fileName, model.meshes, model.meshPolygons);
+        }
+        return;
+    case ModelPart::pivots:
+        if (description.axs.given) {
+            readPivots(inputs, description.axs.fileName, model.pivots);
+        }
+        return;
+    case ModelPart::coordinates:
+        if (description.frm.given) {
+            model.GroupFileName =
+                readCoordinateFile(inputs, description.frm.fileName, model.coordinates,
+                                   model.vertices, model.coordinateLists);
+        }
+        return;
+    case ModelPart::groups:
+        if (description.frm.given && isGroupMode(model.GroupFileName)) {
             readGroupFile(inputs, model.GroupFileName, model.coordinates, model.vertices,
                           model.coordinateLists, model.orphans);
         }
+        return;
+    case ModelPart::motions: return readMotions(inputs, model.motions);
     }
-    readMotions(inputs, model.motions);
+}
+
+void readModel(const std::string& mqfName, Inputs& inputs, Model& model) {
+    for (const ModelPart part : modelParts) {
+        readPart(part, mqfName, inputs, model);
+    }
 }
 
 void organiseModel(const RunOptions& options, Model& model) {

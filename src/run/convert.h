@@ -1,5 +1,7 @@
 #pragma once
 
+#include <array>
+#include <cstdint>
 #include <string>
 
 #include "files/input_files.h"
@@ -9,6 +11,26 @@
 #include "model/options.h"
 
 namespace mqf2vxb {
+
+/// What of a model is read at a time, in this order.
+enum class ModelPart : std::uint8_t {
+    description,
+    images,
+    geometry,
+    materials,
+    meshes,
+    pivots,
+    coordinates,
+    groups,
+    motions,
+};
+inline constexpr std::array modelParts{
+    ModelPart::description, ModelPart::images, ModelPart::geometry,
+    ModelPart::materials,   ModelPart::meshes, ModelPart::pivots,
+    ModelPart::coordinates, ModelPart::groups, ModelPart::motions};
+
+/// Reads the files of one part, if the model has such; the parts before it are read.
+void readPart(ModelPart part, const std::string& mqfName, Inputs& inputs, Model& model);
 
 /// Reads every file of the model into its tables.
 void readModel(const std::string& mqfName, Inputs& inputs, Model& model);

@@ -86,11 +86,13 @@ bool LineReader::isDataLine() const {
 void LineReader::checkId(std::string_view id) const {
     const std::string held = readAny_ ? lineWithEnd() : inputs_.lineBuffer;
     const std::string_view line = held;
+    const std::string cause =
+        readAny_ ? "the file does not begin with \"" + std::string(id) + "\"" : "the file is empty";
     if (line.substr(0, tagSize) != id.substr(0, tagSize)) {
-        wrongTag(fileName_, line);
+        wrongTag(fileName_, line, cause);
     }
     if (line.substr(0, id.size()) != id) {
-        wrongDate(fileName_, line);
+        wrongDate(fileName_, line, cause);
     }
 }
 

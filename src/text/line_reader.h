@@ -10,6 +10,19 @@
 
 namespace mqf2vxb {
 
+/// Does a part of the reading. A failure that knows no line is given the one that `reader` is at.
+template <class Reader, class Work>
+void withPlace(const Reader& reader, Work work) {
+    try {
+        work();
+    } catch (Report& report) {
+        if (report.place().line == 0 && report.place().file.empty()) {
+            report.explain({{}, reader.place()});
+        }
+        throw;
+    }
+}
+
 /// Reads the data lines of one text file, past comments and empty lines.
 class LineReader {
 public:
@@ -69,6 +82,8 @@ public:
 
     /// What follows the current line, for readers that go on by characters.
     [[nodiscard]] std::string_view rest() const { return text().substr(next_); }
+    /// The current line as a place of the input.
+    [[nodiscard]] Place place() const { return {fileName_, lineNumber(line_.data())}; }
     /// The number of the line that holds this place of the file.
     [[nodiscard]] std::int64_t lineNumber(const char* place) const;
     [[nodiscard]] const std::string& fileName() const { return fileName_; }

@@ -208,8 +208,8 @@ void TokenReader::finish() const {
     }
 }
 
-void TokenReader::refuse(const std::string& cause) const {
-    notCorrectData({lines_.fileName(), lines_.lineNumber(tokenStart_)}, cause);
-}
+Place TokenReader::place() const { return {lines_.fileName(), lines_.lineNumber(tokenStart_)}; }
+
+void TokenReader::refuse(const std::string& cause) const { notCorrectData(place(), cause); }
 
 }  // namespace mqf2vxb

@@ -63,6 +63,8 @@ public:
     /// Nothing more is read.
     void finish() const;
 
+    /// The line of the token read last as a place of the input.
+    [[nodiscard]] Place place() const;
     /// Refuses the file, naming the line of the token read last.
     [[noreturn]] void refuse(const std::string& cause) const;
 
