@@ -69,13 +69,19 @@ TEST(AnyModel, LintNamesPlacesThatAreThereAndAgreesWithTheConverter) {
         MemoryFileSystem files(mqf2vxb::tests::damagedModel(seed));
         const std::vector<ReportedFinding> findings = lint::lintModel("m.mqf", 1, files);
         const Conversion done = convertFiles(files);
-        const auto errors = std::count_if(findings.begin(), findings.end(), [](const auto& f) {
-            return f.severity == mqf2vxb::Severity::error;
-        });
-        EXPECT_EQ(errors, done.report.empty() ? 0 : 1) << "seed " << seed << done.report;
-        if (!done.report.empty() && !findings.empty() && findings[0].line > 0) {
-            EXPECT_EQ(findings[0].file + ":" + std::to_string(findings[0].line), done.place)
-                << "seed " << seed;
+        const auto anyOf = [&](auto holds) {
+            return std::any_of(findings.begin(), findings.end(), [&](const auto& finding) {
+                return finding.severity == mqf2vxb::Severity::error && holds(finding);
+            });
+        };
+        EXPECT_EQ(anyOf([](const auto&) { return true; }), !done.report.empty())
+            << "seed " << seed << done.report;
+        // Where the converter knows the line, lint has it too.
+        if (!done.report.empty() && !done.place.ends_with(":0")) {
+            EXPECT_TRUE(anyOf([&](const auto& finding) {
+                return finding.file + ":" + std::to_string(finding.line) == done.place;
+            })) << "seed "
+                << seed << " " << done.place;
         }
         for (const ReportedFinding& finding : findings) {
             EXPECT_TRUE(codes.contains(finding.code)) << finding.code;

@@ -117,7 +117,7 @@ TEST_F(Convert, RemovesTemporaryFilesOnASignal) {
 TEST_F(Convert, ReportsAFileThatMayNotGrow) {
     const std::string report = "\nCan't write this file!\n\nFile Name:m.vxb\n";
     EXPECT_EQ(folder.run("ulimit -f 1; '" VXBTOOL_PROGRAM "' convert m.mqf").output,
-              "m.vxb: Can't write this file!\n" + report);
+              "m.vxb: the file cannot be written to its end\n" + report);
     EXPECT_FALSE(leftTemporaryFiles());
     EXPECT_THAT(folder.run("ulimit -f 1; '" MQF2VXB_PROGRAM "' m.mqf").output,
                 testing::EndsWith(report));
@@ -161,9 +161,9 @@ TEST_F(Convert, ConvertsManyModelsSideBySide) {
     const TestFolder::Result result =
         convert("-j 8 --out-dir out $(seq 50 | sed 's,.*,many/&.mqf,')");
     EXPECT_EQ(result.status, 1);
-    EXPECT_EQ(result.output, "many/20.mqf: Format isn't correct!\n"
+    EXPECT_EQ(result.output, "many/20.mqf: the file does not begin with \"@MQF970401\"\n"
                              "\nFormat isn't correct!\n\nFile Name:many/20.mqf\nID       :bad\n"
-                             "many/30.mqf: Can't open this file!\n"
+                             "many/30.mqf: the file cannot be read: No such file or directory\n"
                              "\nCan't open this file!\n\nFile Name:many/30.mqf\n"
                              "\n2 of 50 models failed:\n  many/20.mqf\n  many/30.mqf\n");
     for (int i = 1; i <= 50; ++i) {

@@ -80,7 +80,7 @@ TEST_P(LintTest, ReportsAreThoseOfTheCases) {
 }
 
 constexpr const char* subjects[] = {"sound",     "text",   "geometry", "materials",
-                                    "hierarchy", "meshes", "motions"};
+                                    "hierarchy", "meshes", "motions",  "faults"};
 INSTANTIATE_TEST_SUITE_P(Subjects, LintTest, testing::ValuesIn(subjects),
                          [](const auto& subject) { return std::string(subject.param); });
 

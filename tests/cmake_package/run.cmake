@@ -65,7 +65,7 @@ file(APPEND "${source}/the art/crawler.mqf" "\nGEO=none.geo\n")
 execute_process(COMMAND ${CMAKE_COMMAND} --build "${folder}/build"
     RESULT_VARIABLE status ERROR_VARIABLE errors OUTPUT_VARIABLE errors)
 file(SHA256 "${output}/crawler.vxb" after)
-if(status EQUAL 0 OR NOT errors MATCHES "none.geo: Can't open this file!" OR
+if(status EQUAL 0 OR NOT errors MATCHES "none.geo: the file cannot be read: No such file" OR
         NOT before STREQUAL after)
     message(FATAL_ERROR "the build ended with ${status}: ${errors}")
 endif()

@@ -24,6 +24,7 @@
 #include "vxbtool/info/info.h"
 #include "vxbtool/lint/lint.h"
 #include "vxbtool/packet_forms/packet_form_tables.h"
+#include "vxbtool/shared/closest.h"
 #include "vxbtool/shared/printable.h"
 #include "vxbtool/shared/session.h"
 #include "vxbtool/shared/text_output.h"
@@ -43,12 +44,32 @@ constexpr const char* examples = R"(Examples:
 "vxbtool COMMAND --help" tells more about one command, "man vxbtool" about all.
 Exit status: 0 all went well, 1 bad input, 2 bad usage; of diff 0 equal, 1 different, 2 trouble.)";
 
+/// What the first argument that nothing takes was probably meant to be.
+std::string guess(const CLI::App& app) {
+    std::vector<std::string> names;
+    for (const CLI::Option* option : app.get_options()) {
+        for (const std::string& name : option->get_lnames()) {
+            names.push_back("--" + name);
+        }
+    }
+    for (const CLI::App* command : app.get_subcommands({})) {
+        names.push_back(command->get_name());
+    }
+    const std::vector<std::string> left = app.remaining();
+    return left.empty() ? "" : didYouMean(left.front().substr(0, left.front().find('=')), names);
+}
+
 /// What a usage error prints: the fault and where to read on.
 std::string usageFault(const CLI::App* app, const CLI::Error& error) {
     const std::vector<CLI::App*> commands = app->get_subcommands();
     const std::string command = commands.empty() ? "" : " " + commands.front()->get_name();
-    return fmt::format("vxbtool{0}: {1}\nTry \"vxbtool{0} --help\".\n", command,
-                       printableLines(error.what()));
+    const CLI::App& used = commands.empty() ? *app : *commands.front();
+    const std::vector<std::string> left = used.remaining();
+    const std::string fault = commands.empty() && !left.empty()
+                                  ? fmt::format("\"{}\" is no command", left.front())
+                                  : error.what();
+    return fmt::format("vxbtool{0}: {1}{2}\nTry \"vxbtool{0} --help\".\n", command,
+                       printableLines(fault), guess(used));
 }
 
 int runCommandLine(int argumentCount, const char* const* arguments) {

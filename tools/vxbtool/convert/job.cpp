@@ -1,7 +1,11 @@
 #include "vxbtool/convert/job.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <exception>
+#include <filesystem>
+#include <optional>
+#include <string_view>
 #include <system_error>
 #include <vector>
 
@@ -36,7 +40,7 @@ void writeDepfile(const ConvertJob& job, const ModelFiles& inputs, StagedOutputs
     const std::string text = depfileText(job.options.outputName, inputs.opened());
     const std::unique_ptr<mqf2vxb::OutputFile> file = outputs.create(job.depfile);
     if (!file) {
-        mqf2vxb::cannotOpen(job.depfile);
+        mqf2vxb::cannotOpen(job.depfile, mqf2vxb::Access::write, errno);
     }
     if (!file->write(text) || !file->close()) {
         mqf2vxb::cannotWrite(job.depfile);
@@ -69,12 +73,12 @@ void makeLinted(lint::WatchedModel& watched, const ConvertJob& job, const Conver
     tell();
 }
 
-void convertStaged(const ConvertJob& job, const ConvertRun& run, ModelFiles& files,
-                   StagedOutputs& outputs, ConvertOutcome& outcome) {
-    if (job.lint) {
-        lint::WatchedModel watched;
-        makeLinted(watched, job, run, files, outcome);
-        writeOutputs(watched.model(), job, run, files, outputs);
+/// Lint looks on when there is a watched model.
+void convertStaged(const ConvertJob& job, const ConvertRun& run, lint::WatchedModel* watched,
+                   ModelFiles& files, StagedOutputs& outputs, ConvertOutcome& outcome) {
+    if (watched != nullptr) {
+        makeLinted(*watched, job, run, files, outcome);
+        writeOutputs(watched->model(), job, run, files, outputs);
     } else {
         mqf2vxb::Inputs inputs(files);
         mqf2vxb::Model model;
@@ -84,30 +88,76 @@ void convertStaged(const ConvertJob& job, const ConvertRun& run, ModelFiles& fil
     }
 }
 
-/// Names the option that leads to a component which is not where it was looked for.
-std::string baseHint(const std::string& component, const ConvertJob& job, const ModelFiles& files) {
-    const std::filesystem::path folder = std::filesystem::path(job.model).parent_path();
-    const std::vector<std::string>& opened = files.opened();
-    std::error_code error;
-    if (!job.base.empty() || folder.empty() || component == job.model ||
-        std::find(opened.begin(), opened.end(), component) != opened.end() ||
-        !std::filesystem::exists(folder / component, error)) {
-        return {};
+/// What lint says of the failure. Lint has to read the model again when it did not look on.
+std::vector<ReportedFinding> findingsOf(const mqf2vxb::Report& report, const ConvertJob& job,
+                                        const lint::WatchedModel* watched, ModelFiles& files) {
+    if (watched != nullptr) {
+        return watched->findings(report);
     }
-    return fmt::format("({} exists: try --base {})\n", (folder / component).string(),
-                       folder.string());
+    lint::WatchedModel again;
+    std::error_code error;
+    const std::vector<std::string>& opened = files.opened();
+    const bool canBeRead = std::all_of(opened.begin(), opened.end(), [&](const std::string& name) {
+        return std::filesystem::is_regular_file(name, error);
+    });
+    if (canBeRead) {
+        ModelFiles sameFiles(job.base);
+        try {
+            again.make(job.model, job.options, sameFiles);
+        } catch (const mqf2vxb::Report&) {
+            // It is the same as the one that is to be explained.
+        }
+    }
+    return again.findings(report);
+}
+
+/// The converter's report without addresses in memory, which differ from run to run.
+std::string withoutAddresses(std::string_view text) {
+    std::string result;
+    while (!text.empty()) {
+        const std::string_view line =
+            text.substr(0, std::min(text.find('\n'), text.size() - 1) + 1);
+        const bool isAddress = line.find("ddress") < line.find(':');
+        result += isAddress ? "" : line;
+        text.remove_prefix(line.size());
+    }
+    while (result.ends_with('\n')) {
+        result.pop_back();
+    }
+    return result + "\n";
+}
+
+/// The error that the report tells of: the one at its place, or else the first. A fault of the model's
+/// own file comes before all others, which may follow from it.
+const ReportedFinding& causeOf(const mqf2vxb::Report& report, const ConvertJob& job,
+                               const FileReport& found, const ModelFiles& files) {
+    const mqf2vxb::Place& place = report.place();
+    const ReportedFinding* first = nullptr;
+    for (const ReportedFinding& finding : found.findings) {
+        if (finding.severity != mqf2vxb::Severity::error) {
+            continue;
+        }
+        first = first == nullptr ? &finding : first;
+        if (first->file == job.model || (place.line > 0 && place.line == finding.line &&
+                                         files.pathOf(place.file) == finding.file)) {
+            return first->file == job.model ? *first : finding;
+        }
+    }
+    return *first;
 }
 
 /// The cause with its place, as editors and build systems look for it, and the converter's report.
-std::string reportText(const mqf2vxb::Report& report, const ConvertJob& job,
-                       const ModelFiles& files) {
-    const mqf2vxb::Place& place = report.place();
-    std::string where = place.file.empty() ? job.model : files.pathOf(place.file);
-    if (place.line > 0) {
-        where += fmt::format(":{}", place.line);
+std::string reportText(const mqf2vxb::Report& report, const ConvertJob& job, const ConvertRun& run,
+                       const lint::WatchedModel* watched, ModelFiles& files) {
+    const FileReport found =
+        lintReport(job.model, findingsOf(report, job, watched, files), files, {});
+    const std::size_t errors = found.count(mqf2vxb::Severity::error);
+    std::string text = plainLines(causeOf(report, job, found, files), run.sourceLines);
+    if (errors > 1) {
+        text += fmt::format("{}: {} more, which \"vxbtool lint\" shows\n", job.model,
+                            counted(errors - 1, "error"));
     }
-    return fmt::format("{}: {}\n{}{}", where, report.cause(), report.text(),
-                       baseHint(place.file, job, files));
+    return text + withoutAddresses(report.text());
 }
 
 }  // namespace
@@ -116,11 +166,18 @@ ConvertOutcome convertModel(const ConvertJob& job, ConvertRun& run) {
     ModelFiles files(job.base);
     StagedOutputs outputs(run.temporaryFiles);
     ConvertOutcome outcome;
+    std::optional<lint::WatchedModel> watched;
+    if (job.lint) {
+        watched.emplace();
+    }
     try {
-        mqf2vxb::withMemory([&] { convertStaged(job, run, files, outputs, outcome); });
+        mqf2vxb::withMemory([&] {
+            convertStaged(job, run, watched ? &*watched : nullptr, files, outputs, outcome);
+        });
         outcome.converted = true;
     } catch (const mqf2vxb::Report& report) {
-        outcome.messages += printableLines(reportText(report, job, files));
+        outcome.messages +=
+            printableLines(reportText(report, job, run, watched ? &*watched : nullptr, files));
     } catch (const std::exception& error) {
         outcome.messages += printableLines(fmt::format("{}: {}\n", job.model, error.what()));
     }

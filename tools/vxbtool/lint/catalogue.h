@@ -21,7 +21,7 @@ inline constexpr std::array kinds{
     FindingKind{"L005", Severity::warning, "\"{text}\" is ignored"},
     FindingKind{"L006", Severity::warning,
                 "the file is ignored from here on: its counts are reached"},
-    FindingKind{"L007", Severity::warning, "no key begins this line, so it is ignored"},
+    FindingKind{"L007", Severity::warning, "no key begins this line, so it is ignored{hint}"},
     FindingKind{"L008", Severity::warning,
                 "\"{key}\" stands again on a later line, and only that one counts"},
     FindingKind{
@@ -111,6 +111,37 @@ inline constexpr std::array kinds{
         "polygon {polygon} brings {what} {index} into its strip, which names nothing; the model has {count}"},
     FindingKind{"L051", Severity::warning,
                 "polygon {polygon} is named again; with a mesh file only the first line counts"},
+    FindingKind{"L052", Severity::error,
+                "polygon {polygon} names vertex {index}, and there are {count}"},
+    FindingKind{"L053", Severity::error,
+                "polygon {polygon} names normal {index}, and there are {count}"},
+    FindingKind{"L054", Severity::error, "the line names polygon {polygon}, and there are {count}"},
+    FindingKind{"L055", Severity::error, "texture {texture} is named, and there are {count}"},
+    FindingKind{"L056", Severity::error, "the colour {value} is not from 0 to 255"},
+    FindingKind{"L057", Severity::error,
+                "mesh {mesh} names polygon {polygon}, and there are {count}"},
+    FindingKind{"L058", Severity::error,
+                "mesh {mesh} names polygon {polygon}, which no SRF line names"},
+    FindingKind{"L059", Severity::error, "polygon {polygon} of mesh {mesh} is in mesh {other} too"},
+    FindingKind{"L060", Severity::error, "mesh {mesh} has no polygons"},
+    FindingKind{"L061", Severity::error, "polygon {polygon} is in no mesh"},
+    FindingKind{"L062", Severity::error,
+                "no key names a geometry file (GEO=), and other files name its records"},
+    FindingKind{
+        "L063", Severity::error,
+        "polygon {polygon} with image {image}: corner {corner} at {u}, {v} lies on another page of image memory than corner 0 at {u0}, {v0}"},
+    FindingKind{"L064", Severity::error,
+                "polygon {polygon} is a {shape}, and {shape}s are drawn in strips only"},
+    FindingKind{
+        "L065", Severity::error,
+        "polygon {polygon} is of kind {kind}; 0 is a triangle, 1 a quadrangle, 2 a line, 3 a sprite"},
+    FindingKind{"L066", Severity::error,
+                "no packets can draw polygon {polygon} with this flag, shading and kind together"},
+    FindingKind{"L067", Severity::error,
+                "key frame {keyFrame} is named, and the motion has {count} of this type"},
+    FindingKind{"L068", Severity::error, "no key frames have this type"},
+    FindingKind{"L069", Severity::error,
+                "a second group of key frames of this type, which SEQ lines name"},
 };
 static_assert(codesAscend(kinds));
 
@@ -185,6 +216,26 @@ inline constexpr const FindingKind& keyFrameElsewhere = findingKind(kinds, "L049
 // Meshes again.
 inline constexpr const FindingKind& stripNamesNothing = findingKind(kinds, "L050");
 inline constexpr const FindingKind& polygonAgainInMesh = findingKind(kinds, "L051");
+
+// What a model fails of.
+inline constexpr const FindingKind& noVertex = findingKind(kinds, "L052");
+inline constexpr const FindingKind& noNormal = findingKind(kinds, "L053");
+inline constexpr const FindingKind& noPolygon = findingKind(kinds, "L054");
+inline constexpr const FindingKind& noTexture = findingKind(kinds, "L055");
+inline constexpr const FindingKind& noColour = findingKind(kinds, "L056");
+inline constexpr const FindingKind& noMeshPolygon = findingKind(kinds, "L057");
+inline constexpr const FindingKind& meshPolygonPlain = findingKind(kinds, "L058");
+inline constexpr const FindingKind& meshPolygonTaken = findingKind(kinds, "L059");
+inline constexpr const FindingKind& meshEmpty = findingKind(kinds, "L060");
+inline constexpr const FindingKind& polygonInNoMesh = findingKind(kinds, "L061");
+inline constexpr const FindingKind& noGeometry = findingKind(kinds, "L062");
+inline constexpr const FindingKind& pageEdge = findingKind(kinds, "L063");
+inline constexpr const FindingKind& notByItself = findingKind(kinds, "L064");
+inline constexpr const FindingKind& unknownPolygonKind = findingKind(kinds, "L065");
+inline constexpr const FindingKind& noPacketForm = findingKind(kinds, "L066");
+inline constexpr const FindingKind& noKeyFrame = findingKind(kinds, "L067");
+inline constexpr const FindingKind& noKeyFrameType = findingKind(kinds, "L068");
+inline constexpr const FindingKind& keyFrameTypeAgain = findingKind(kinds, "L069");
 
 }  // namespace kind
 }  // namespace vxbtool::lint

@@ -1,15 +1,20 @@
 #include "vxbtool/lint/description_checks.h"
 
+#include <array>
+#include <string>
 #include <string_view>
 #include <unordered_map>
 
 #include "base/seeded_hash.h"
 #include "text/scan.h"
+#include "vxbtool/shared/closest.h"
 
 namespace vxbtool::lint {
 namespace {
 
 constexpr std::string_view slotStart = "TEX[";
+
+const std::array<std::string, 8> keys{"GEO", "SRF", "FRM", "BND", "AXS", "SQD", "NTEX", "NCLP"};
 
 std::string_view keyOf(const TracedLine& line) {
     return line.text.substr(0, line.text.find_first_of("=["));
@@ -24,7 +29,9 @@ void checkDescription(const TracedFile& mqf, std::span<const TracedLine> lines,
         const SourcePlace place{&mqf, line.offset};
         const std::string_view key = keyOf(line);
         if (!line.scanned) {
-            findings.add(kind::unknownKey, wordPlace(mqf, line, 0));
+            std::string_view rest = key;
+            findings.add(kind::unknownKey, wordPlace(mqf, line, 0),
+                         fmt::arg("hint", didYouMean(mqf2vxb::scanWord(rest), keys)));
             continue;
         }
         if (line.text.substr(key.size()).starts_with('[')) {

@@ -43,6 +43,19 @@ std::string_view shownLine(std::string_view line) {
     return line.substr(0, line.size() - (line.ends_with('\r') ? 1 : 0));
 }
 
+std::string sourceLine(const TracedFile& file, std::int64_t number) {
+    std::string_view rest = file.text;
+    for (std::int64_t line = 1; line < number; ++line) {
+        rest.remove_prefix(std::min(rest.find('\n'), rest.size() - 1) + 1);
+    }
+    return number == 0 ? "" : std::string(shownLine(rest.substr(0, rest.find('\n'))));
+}
+
+void placeFinding(const SourcePlace& place, ReportedFinding& finding) {
+    finding.file = place.file->name;
+    LineCounter(place.file->text).place(place.offset, finding);
+}
+
 SourcePlace wordPlace(const TracedFile& file, const TracedLine& line, std::size_t number) {
     std::string_view rest = line.text;
     for (std::size_t i = 0; i < number; ++i) {

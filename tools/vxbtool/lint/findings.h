@@ -24,6 +24,12 @@ struct SourcePlace {
 /// A line as reports show it: without a carriage return at its end.
 std::string_view shownLine(std::string_view line);
 
+/// A line of a file, counted from 1, as reports show it; empty for 0.
+std::string sourceLine(const TracedFile& file, std::int64_t line);
+
+/// Fills in where a finding stands.
+void placeFinding(const SourcePlace& place, ReportedFinding& finding);
+
 /// Where the word at position `number` of a line stands; a line with fewer gives its end.
 SourcePlace wordPlace(const TracedFile& file, const TracedLine& line, std::size_t number);
 

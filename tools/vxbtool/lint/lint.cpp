@@ -45,6 +45,9 @@ FileReport lintReport(const std::string& model, std::vector<ReportedFinding> fin
     FileReport report{model, std::move(findings)};
     for (ReportedFinding& finding : report.findings) {
         finding.file = files.pathOf(finding.file);
+        if (!finding.missing.empty()) {
+            finding.text += files.baseHint(finding.missing);
+        }
     }
     selectFindings(report.findings, options);
     return report;

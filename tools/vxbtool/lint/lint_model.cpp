@@ -1,9 +1,8 @@
 #include "vxbtool/lint/lint_model.h"
 
-#include <algorithm>
-#include <iterator>
 #include <memory>
 #include <new>
+#include <optional>
 
 #include "base/diagnostics.h"
 #include "base/out_of_memory.h"
@@ -31,42 +30,13 @@ public:
     }
 };
 
-/// The text of a line of a file that was read.
-std::string sourceLine(const Trace& trace, const Place& place) {
-    for (const TracedFile& file : trace.files()) {
-        if (file.name != place.file || place.line == 0) {
-            continue;
-        }
-        std::string_view rest = file.text;
-        for (std::int64_t line = 1; line < place.line; ++line) {
-            rest.remove_prefix(std::min(rest.find('\n'), rest.size() - 1) + 1);
-        }
-        return std::string(shownLine(rest.substr(0, rest.find('\n'))));
-    }
-    return {};
-}
-
-ReportedFinding errorFinding(const Report& report, const std::string& mqfName, const Trace& trace) {
-    const Place& place = report.place();
-    ReportedFinding finding;
-    finding.code = kind::cannotConvert.code;
-    finding.severity = kind::cannotConvert.severity;
-    finding.text =
-        fmt::format(fmt::runtime(kind::cannotConvert.text), fmt::arg("cause", report.cause()));
-    finding.file = place.file.empty() ? mqfName : place.file;
-    finding.line = place.line;
-    finding.column = place.column;
-    finding.source = sourceLine(trace, place);
-    return finding;
-}
-
 }  // namespace
 
 std::vector<ReportedFinding> lintModel(const std::string& mqfName, float scale, InputFiles& files) {
     RunOptions options;
     options.scale = scale;
     WatchedModel watched;
-    std::vector<ReportedFinding> found;
+    std::optional<Report> failure;
     try {
         withMemory([&] {
             watched.make(mqfName, options, files);
@@ -74,11 +44,11 @@ std::vector<ReportedFinding> lintModel(const std::string& mqfName, float scale, 
             writeModel(watched.model(), options, files, outputs);
         });
     } catch (const Report& report) {
-        found.push_back(errorFinding(report, mqfName, watched.trace()));
+        failure = report;
     }
+    std::vector<ReportedFinding> found;
     try {
-        std::vector<ReportedFinding> ordered = watched.findings();
-        std::move(ordered.begin(), ordered.end(), std::back_inserter(found));
+        found = failure ? watched.findings(*failure) : watched.findings();
     } catch (const std::bad_alloc&) {  // the other models of the call may fit
         ReportedFinding& finding = found.emplace_back();
         finding.code = kind::cannotConvert.code;

@@ -1,21 +1,31 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <vector>
 
 #include "model/model.h"
+#include "run/convert.h"
 #include "vxbtool/lint/findings.h"
 #include "vxbtool/lint/trace.h"
 
 namespace vxbtool::lint {
 
+/// The files of each part of a model: numbers in a trace.
+struct PartFiles {
+    std::size_t first = 0;
+    std::size_t end = 0;
+};
+using FilesOfParts = std::array<PartFiles, mqf2vxb::modelParts.size()>;
+
 /// Where the records of a model stand in its text files. The readers take them in the order of the
-/// tables, one line or a fixed number of tokens each. Good for a model that was read to its end.
+/// tables, one line or a fixed number of tokens each. Good for the files that were read to their ends.
 class SourceMap {
 public:
-    SourceMap(const Trace& trace, const mqf2vxb::Model& model);
+    SourceMap(const Trace& trace, const FilesOfParts& parts, const mqf2vxb::Model& model);
 
     // Files; null when the model has none.
+    const TracedFile* mqf = nullptr;
     const TracedFile* geo = nullptr;
     const TracedFile* srf = nullptr;
     const TracedFile* bnd = nullptr;
@@ -32,8 +42,8 @@ public:
     [[nodiscard]] SourcePlace normal(std::size_t number, std::size_t word = 0) const {
         return geoWord(vertices_, number, word);
     }
-    [[nodiscard]] SourcePlace polygon(std::size_t number) const {
-        return geoWord(vertices_ + normals_, number, 0);
+    [[nodiscard]] SourcePlace polygon(std::size_t number, std::size_t word = 0) const {
+        return geoWord(vertices_ + normals_, number, word);
     }
     /// A word of an SRF line, by positions from 0.
     [[nodiscard]] SourcePlace material(std::size_t line, std::size_t word) const {
@@ -65,7 +75,6 @@ private:
         return wordPlace(*geo, geo->lines[linesBeforeRecords + section + number], word);
     }
 
-    const TracedFile* mqf_ = nullptr;
     std::vector<std::size_t> imageOffsets_;
     std::size_t vertices_;
     std::size_t normals_;

@@ -98,11 +98,10 @@ void checkLines(const TracedFile& file, std::span<const TracedLine> lines, Findi
 
 }  // namespace
 
-void checkText(const Trace& trace, bool allRead, Findings& findings) {
+void checkText(const Trace& trace, Findings& findings) {
     for (const TracedFile& file : trace.files()) {
-        const bool whole = allRead || &file != &trace.files().back();
         std::span<const TracedLine> lines = std::span(file.lines).subspan(1);
-        if (!whole && !lines.empty()) {
+        if (!file.whole && !lines.empty()) {
             // The reading may have ended while this line was scanned.
             lines = lines.first(lines.size() - 1);
         }
@@ -113,7 +112,7 @@ void checkText(const Trace& trace, bool allRead, Findings& findings) {
         for (const TracedToken& token : file.tokens) {
             checkToken(file, token, findings);
         }
-        if (whole) {
+        if (file.whole) {
             const TracedLine& last = file.lines.back();
             checkRest(file, file.unread.value_or(last.offset + last.text.size()), findings);
         }

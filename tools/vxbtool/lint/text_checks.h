@@ -6,7 +6,7 @@
 namespace vxbtool::lint {
 
 /// What the readers left of the text: short lines, words that are no numbers, words, lines and keys
-/// that are ignored. Unless `allRead`, the reading ended somewhere in the last file.
-void checkText(const Trace& trace, bool allRead, Findings& findings);
+/// that are ignored.
+void checkText(const Trace& trace, Findings& findings);
 
 }  // namespace vxbtool::lint

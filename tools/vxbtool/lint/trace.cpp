@@ -3,6 +3,7 @@
 namespace vxbtool::lint {
 
 void Trace::opened(const std::string& name, std::string_view contents) {
+    opened_.insert(name);
     name_ = name;
     contents_ = contents;
     begun_ = false;
@@ -11,7 +12,7 @@ void Trace::opened(const std::string& name, std::string_view contents) {
 void Trace::line(std::string_view line) {
     if (!begun_) {
         // Images are opened too, but have no lines.
-        files_.push_back({name_, std::string(contents_), {}, {}, {}});
+        files_.push_back({name_, std::string(contents_), {}, {}, {}, false});
         begun_ = true;
     }
     TracedFile& file = files_.back();
@@ -40,6 +41,12 @@ void Trace::number(std::int32_t value, std::string_view rest) {
     }
     token.last = value;
     token.rest += rest;
+}
+
+void Trace::endPart(bool failed) {
+    for (; finished_ < files_.size(); ++finished_) {
+        files_[finished_].whole = !failed || finished_ + 1 < files_.size();
+    }
 }
 
 void Trace::unread(const char* rest) { files_.back().unread = offsetOf(rest); }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <deque>
 #include <optional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,6 +40,7 @@ struct TracedFile {
     std::vector<TracedLine> lines;  ///< the ID line is the first; views into `text`
     std::vector<TracedToken> tokens;
     std::optional<std::size_t> unread;  ///< where the tokens that a reader took end
+    bool whole = false;                 ///< the reader took all that it wanted
 };
 
 /// Keeps what the readers of one conversion take from its text files, in the order of reading.
@@ -51,7 +53,13 @@ public:
     void number(std::int32_t value, std::string_view rest) override;
     void unread(const char* rest) override;
 
+    /// A part of the model is read: its readers took all that they wanted of their files, of the last
+    /// one only when they did not fail.
+    void endPart(bool failed);
+
     [[nodiscard]] const std::deque<TracedFile>& files() const { return files_; }
+    /// Whether a file was opened, a text file or not.
+    [[nodiscard]] bool wasOpened(const std::string& name) const { return opened_.contains(name); }
 
 private:
     [[nodiscard]] std::size_t offsetOf(const char* place) const {
@@ -59,9 +67,11 @@ private:
     }
 
     std::deque<TracedFile> files_;  // their lines view into their texts: no entry moves
-    std::string name_;              // of the file opened last, a text file or not
+    std::set<std::string> opened_;
+    std::string name_;  // of the file opened last, a text file or not
     std::string_view contents_;
-    bool begun_ = false;  // the file opened last has an entry in files_
+    bool begun_ = false;        // the file opened last has an entry in files_
+    std::size_t finished_ = 0;  // files of the parts that have ended
 };
 
 }  // namespace vxbtool::lint

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <utility>
@@ -38,7 +39,7 @@ std::size_t commentLineLength(std::string_view text) {
 TextFile::TextFile(mqf2vxb::OutputFiles& files, std::string name)
     : name_(std::move(name)), file_(files.create(name_)) {
     if (!file_) {
-        mqf2vxb::cannotOpen(name_);
+        mqf2vxb::cannotOpen(name_, mqf2vxb::Access::write, errno);
     }
 }
 

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <map>
 #include <utility>
 
@@ -154,12 +155,13 @@ void addReportOptions(CLI::App& command, ReportOptions& options,
 
 void selectFindings(std::vector<ReportedFinding>& findings, const ReportOptions& options) {
     std::vector<ReportedFinding> kept;
-    std::map<std::pair<std::string, std::string>, std::size_t> firstOf;
+    std::map<std::array<std::string, 3>, std::size_t> firstOf;
     for (ReportedFinding& finding : findings) {
         if (std::find(options.off.begin(), options.off.end(), finding.code) != options.off.end()) {
             continue;
         }
-        const auto [place, isNew] = firstOf.try_emplace({finding.file, finding.code}, kept.size());
+        const auto [place, isNew] =
+            firstOf.try_emplace({finding.file, finding.code, finding.missing}, kept.size());
         if (isNew || options.all) {
             kept.push_back(std::move(finding));
             continue;
@@ -173,6 +175,15 @@ void selectFindings(std::vector<ReportedFinding>& findings, const ReportOptions&
         }
     }
     findings = std::move(kept);
+}
+
+std::string plainLines(const ReportedFinding& finding, bool sourceLine) {
+    const std::string line = finding.line > 0 ? fmt::format(":{}", finding.line) : "";
+    std::string text = fmt::format("{}{}: {}\n", finding.file, line, finding.text);
+    if (sourceLine && finding.line > 0) {
+        text += sourceOf(finding);
+    }
+    return text;
 }
 
 std::string humanReport(std::span<const FileReport> files, bool sourceLines) {

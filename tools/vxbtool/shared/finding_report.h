@@ -29,6 +29,7 @@ struct ReportedFinding {
     std::size_t occurrences = 1;            ///< findings that this one stands for, itself counted
     std::vector<std::int64_t> others = {};  ///< lines or word offsets of the first of the others
     std::string source = {};                ///< the text of the line
+    std::string missing = {};  ///< a file that could not be opened, as the model names it
 };
 
 /// What was found in one file of the command line and in the files that it names.
@@ -57,6 +58,10 @@ void selectFindings(std::vector<ReportedFinding>& findings, const ReportOptions&
 
 /// "1 error", "2 errors".
 std::string counted(std::size_t number, std::string_view what);
+
+/// "file:line: text" of one finding, as compilers have it, and with `sourceLine` the line with a caret;
+/// every line ended.
+std::string plainLines(const ReportedFinding& finding, bool sourceLine);
 
 /// The report for people, every line ended; `sourceLines` adds the line and a caret below it.
 /// Empty when nothing was found.

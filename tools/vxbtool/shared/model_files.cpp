@@ -1,6 +1,9 @@
 #include "vxbtool/shared/model_files.h"
 
 #include <filesystem>
+#include <system_error>
+
+#include <fmt/core.h>
 
 namespace vxbtool {
 
@@ -9,7 +12,9 @@ template <class Read>
 auto ModelFiles::open(const std::string& name, Read read) {
     std::string path = name;
     bool first = true;
-    if (modelRead_) {
+    if (!modelRead_) {
+        model_ = name;
+    } else {
         path = (std::filesystem::path(base_) / name).string();
         first = paths_.insert_or_assign(name, path).second;
     }
@@ -37,6 +42,16 @@ std::optional<mqf2vxb::FileContents> ModelFiles::readAgain(const std::string& na
 const std::string& ModelFiles::pathOf(const std::string& name) const {
     const auto found = paths_.find(name);
     return found == paths_.end() ? name : found->second;
+}
+
+std::string ModelFiles::baseHint(const std::string& component) const {
+    const std::filesystem::path folder = std::filesystem::path(model_).parent_path();
+    std::error_code error;
+    if (!base_.empty() || folder.empty() || !std::filesystem::exists(folder / component, error)) {
+        return {};
+    }
+    return fmt::format("; {} exists: try --base {}", (folder / component).string(),
+                       folder.string());
 }
 
 }  // namespace vxbtool

@@ -27,12 +27,17 @@ public:
     /// The path that a name in the model led to; other names are paths already.
     [[nodiscard]] const std::string& pathOf(const std::string& name) const;
 
+    /// Names the option that leads to a component which could not be opened, when it lies beside the
+    /// model: "; art/car.geo exists: try --base art". Else empty.
+    [[nodiscard]] std::string baseHint(const std::string& component) const;
+
 private:
     template <class Read>
     auto open(const std::string& name, Read read);
 
     mqf2vxb::DiskInputFiles disk_;
     std::string base_;
+    std::string model_;
     bool modelRead_ = false;
     std::map<std::string, std::string> paths_;  // of the names read after the model's
     std::vector<std::string> opened_;

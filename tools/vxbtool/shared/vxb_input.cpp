@@ -11,6 +11,7 @@
 #include <fmt/core.h>
 
 #include "vxb/vxb_reader.h"
+#include "vxbtool/shared/file_kind.h"
 #include "vxbtool/shared/printable.h"
 
 namespace vxbtool {
@@ -63,7 +64,15 @@ std::string readBytes(const std::string& name) {
 
 }  // namespace
 
-mqf2vxb::VxbFile readVxbFile(const std::string& name) { return mqf2vxb::readVxb(readBytes(name)); }
+mqf2vxb::VxbFile readVxbFile(const std::string& name) {
+    const std::string bytes = readBytes(name);
+    if (bytes.starts_with('@')) {
+        if (std::string kind = fileKind(bytes); !kind.empty()) {
+            throw UnreadableFile(kind);
+        }
+    }
+    return mqf2vxb::readVxb(bytes);
+}
 
 std::optional<mqf2vxb::VxbFile> readForShow(const std::string& name) {
     try {
