@@ -3,6 +3,8 @@
 
 #include <array>
 
+#include <nlohmann/json.hpp>
+
 #include "support/memory_files.h"
 #include "support/test_folder.h"
 
@@ -176,6 +178,24 @@ TEST_F(Convert, ConvertsManyModelsSideBySide) {
     const TestFolder::Result onTerminal =
         folder.run("script -qc \"'" VXBTOOL_PROGRAM "' convert -j 1 many/1.mqf many/2.mqf\" log");
     EXPECT_EQ(onTerminal.output, "\r\x1b[K[1/2] many/1.mqf\r\x1b[K[2/2] many/2.mqf\r\x1b[K");
+}
+
+TEST_F(Convert, FailsOnWarningsWhenTheyAreErrors) {
+    const TestFolder::Result result = convert("--werror m.mqf");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.output, testing::EndsWith("[L047]\n0 errors, 5 warnings\n"));
+    EXPECT_EQ(folder.read("m.vxb"), "");
+    const auto report =
+        nlohmann::json::parse(convert("--werror --json m.mqf none.mqf 2>/dev/null").output);
+    EXPECT_FALSE(report["passed"]);
+    EXPECT_GT(report["files"][0]["warnings"], 0);
+    EXPECT_EQ(report["files"][1]["findings"][0]["file"], "none.mqf");
+}
+
+TEST_F(Convert, ReadsAndWritesTheStandardStreams) {
+    EXPECT_EQ(folder.run("'" VXBTOOL_PROGRAM "' convert -o - - < m.mqf | cat > out").status, 0);
+    EXPECT_EQ(folder.read("out"), wanted);
+    EXPECT_EQ(folder.run("'" VXBTOOL_PROGRAM "' diff - m.mqf < out").status, 0);
 }
 
 TEST_F(Convert, LintsWithoutChangingTheResult) {

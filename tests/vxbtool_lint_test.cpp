@@ -75,7 +75,9 @@ class LintTest : public testing::TestWithParam<const char*> {};
 TEST_P(LintTest, ReportsAreThoseOfTheCases) {
     for (const Case& lintedCase : casesOf(GetParam())) {
         const std::vector reports{lintCase(lintedCase)};
-        EXPECT_EQ(humanReport(reports, true), lintedCase.files.at("report")) << lintedCase.title;
+        EXPECT_EQ(humanReport(reports, {.sourceLines = true, .colour = false}),
+                  lintedCase.files.at("report"))
+            << lintedCase.title;
     }
 }
 
@@ -155,11 +157,12 @@ TEST(FindingReport, KeepsControlCharactersFromTheTerminal) {
     finding.line = 2;
     finding.column = 5;
     finding.source = "\t\xC3\xA4 \x1B[2J";
-    EXPECT_EQ(humanReport({{FileReport{"a.mqf", {finding}}}}, true),
-              "a.geo:2:5: warning: \"?[2J\" is ignored [L005]\n"
-              "  \t\xC3\xA4 ?[2J\n"
-              "  \t  ^\n"
-              "0 errors, 1 warning\n");
+    EXPECT_EQ(
+        humanReport({{FileReport{"a.mqf", {finding}}}}, {.sourceLines = true, .colour = false}),
+        "a.geo:2:5: warning: \"?[2J\" is ignored [L005]\n"
+        "  \t\xC3\xA4 ?[2J\n"
+        "  \t  ^\n"
+        "0 errors, 1 warning\n");
 }
 
 }  // namespace

@@ -17,6 +17,7 @@ function(install_completion shell folder name)
 endfunction()
 install_completion(bash bash-completion/completions vxbtool)
 install_completion(zsh zsh/site-functions _vxbtool)
+install_completion(fish fish/vendor_completions.d vxbtool.fish)
 
 install(EXPORT mqf2vxbTargets NAMESPACE mqf2vxb:: DESTINATION ${package_folder})
 write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/mqf2vxbConfigVersion.cmake

@@ -1,6 +1,6 @@
 # vxb_add_models(TARGET MODEL...
 #                [OUTPUT_DIRECTORY DIR] [BASE DIR] [SCALE F]
-#                [NO_IMAGES] [LINT] [EXCLUDE_FROM_ALL])
+#                [NO_IMAGES] [LINT] [WERROR] [EXCLUDE_FROM_ALL])
 #
 # Adds a target that converts each model (.mqf) into a VXB file, and converts it again when the
 # model, one of the files that it names, or vxbtool itself is newer than the VXB file.
@@ -8,7 +8,7 @@
 # OUTPUT_DIRECTORY  folder of the VXB files; the current binary directory unless given
 # BASE              folder from which relative names in the models are opened; each model's own
 #                   folder unless given
-# SCALE, NO_IMAGES, LINT  as the options of "vxbtool convert"
+# SCALE, NO_IMAGES, LINT, WERROR  as the options of "vxbtool convert"
 # EXCLUDE_FROM_ALL  the target is not built by default
 #
 # Relative model names and BASE are of the current source directory, a relative OUTPUT_DIRECTORY is
@@ -19,7 +19,7 @@
 
 function(vxb_add_models target)
     cmake_parse_arguments(PARSE_ARGV 1 arg
-        "NO_IMAGES;LINT;EXCLUDE_FROM_ALL" "OUTPUT_DIRECTORY;BASE;SCALE" "")
+        "NO_IMAGES;LINT;WERROR;EXCLUDE_FROM_ALL" "OUTPUT_DIRECTORY;BASE;SCALE" "")
     set(models ${arg_UNPARSED_ARGUMENTS})
     if(NOT models)
         message(FATAL_ERROR "vxb_add_models(${target}): no model given")
@@ -44,6 +44,9 @@ function(vxb_add_models target)
     if(arg_LINT)
         list(APPEND options --lint)
     endif()
+    if(arg_WERROR)
+        list(APPEND options --werror)
+    endif()
     set(all ALL)
     if(arg_EXCLUDE_FROM_ALL)
         set(all)
@@ -51,7 +54,14 @@ function(vxb_add_models target)
 
     set(outputs)
     foreach(model IN LISTS models)
+        if(model MATCHES "^[A-Z_]+$")
+            message(FATAL_ERROR "vxb_add_models(${target}): unknown word ${model}")
+        endif()
         cmake_path(ABSOLUTE_PATH model NORMALIZE)
+        get_source_file_property(generated "${model}" GENERATED)
+        if(NOT EXISTS "${model}" AND NOT generated)
+            message(FATAL_ERROR "vxb_add_models(${target}): there is no model ${model}")
+        endif()
         if(DEFINED arg_BASE)
             cmake_path(ABSOLUTE_PATH arg_BASE NORMALIZE OUTPUT_VARIABLE base)
         else()
@@ -64,6 +74,10 @@ function(vxb_add_models target)
             message(FATAL_ERROR "vxb_add_models(${target}): two models would become ${output}")
         endif()
         list(APPEND outputs "${output}")
+
+        if(NOT IS_DIRECTORY "${base}")
+            message(FATAL_ERROR "vxb_add_models(${target}): BASE ${base} is no folder")
+        endif()
 
         add_custom_command(OUTPUT "${output}"
             COMMAND "${CMAKE_COMMAND}" -E make_directory "${folder}"

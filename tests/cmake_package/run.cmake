@@ -69,3 +69,23 @@ if(status EQUAL 0 OR NOT errors MATCHES "none.geo: the file cannot be read: No s
         NOT before STREQUAL after)
     message(FATAL_ERROR "the build ended with ${status}: ${errors}")
 endif()
+
+# What is wrong in the call is seen before anything is built.
+function(expect_refused why)
+    file(WRITE "${folder}/refused/CMakeLists.txt" "cmake_minimum_required(VERSION 3.20)
+project(refused LANGUAGES NONE)
+find_package(mqf2vxb REQUIRED)
+vxb_add_models(models ${ARGN})
+")
+    execute_process(COMMAND ${CMAKE_COMMAND} -G ${GENERATOR} -S "${folder}/refused"
+            -B "${folder}/refused/build" "-DCMAKE_PREFIX_PATH=${folder}/installed"
+        RESULT_VARIABLE status ERROR_VARIABLE errors OUTPUT_QUIET)
+    string(REGEX REPLACE "[ \n]+" " " errors "${errors}")  # CMake breaks the lines
+    if(status EQUAL 0 OR NOT errors MATCHES "${why}")
+        message(FATAL_ERROR "wanted: ${why}; ended with ${status}: ${errors}")
+    endif()
+endfunction()
+file(WRITE "${folder}/refused/m.mqf" "@MQF970401\n")
+expect_refused("unknown word WEROR" m.mqf WEROR)
+expect_refused("there is no model" gone.mqf)
+expect_refused("is no folder" m.mqf BASE gone)

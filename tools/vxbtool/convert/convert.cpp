@@ -19,8 +19,11 @@
 #include "files/disk_files.h"
 #include "vxbtool/convert/console.h"
 #include "vxbtool/convert/job.h"
+#include "vxbtool/lint/catalogue.h"
 #include "vxbtool/shared/scale_option.h"
 #include "vxbtool/shared/signals.h"
+#include "vxbtool/shared/standard_streams.h"
+#include "vxbtool/shared/text_output.h"
 
 namespace vxbtool {
 namespace {
@@ -45,6 +48,7 @@ struct ConvertArguments {
     std::string depfile;
     std::string base;
     bool lint = false;
+    ReportOptions report;
     unsigned threads = std::max(1U, std::thread::hardware_concurrency());
 };
 
@@ -67,16 +71,21 @@ std::vector<ConvertJob> makeJobs(const ConvertArguments& arguments, ConvertRun& 
     options.scale = parseScale(arguments.scale);
     options.imageOutput = !arguments.noImages;
     options.hexOutput = !arguments.hex.empty();
-    options.hexName = arguments.hex;
+    options.hexName = outputPath(arguments.hex);
 
     std::vector<ConvertJob> jobs;
+    const bool lint = arguments.lint || arguments.report.werror || !arguments.report.off.empty();
     for (const std::string& model : arguments.models) {
         options.outputName = arguments.output.empty() ? defaultOutput(model, arguments.outputFolder)
-                                                      : arguments.output;
+                                                      : outputPath(arguments.output);
+        if (model == "-" && arguments.output.empty()) {
+            throw CLI::ValidationError("-o", "is needed for a model from standard input");
+        }
         claimOutput(options.outputName, run);
-        jobs.push_back({model, options, arguments.depfile, arguments.base, arguments.lint});
+        jobs.push_back(
+            {inputPath(model), options, outputPath(arguments.depfile), arguments.base, lint});
     }
-    for (const std::string& name : {arguments.hex, arguments.depfile}) {
+    for (const std::string& name : {options.hexName, outputPath(arguments.depfile)}) {
         if (!name.empty()) {
             claimOutput(name, run);
         }
@@ -109,11 +118,13 @@ void makeOutputFolder(const std::string& folder) {
 /// Runs every job, on this thread and others; true when all models were converted.
 bool runJobs(std::span<const ConvertJob> jobs, std::size_t threadCount, ConvertRun& run) {
     ConvertConsole console(jobs);
+    std::vector<FileReport> reports(jobs.size());
     std::mutex consoleMutex;
     std::atomic<std::size_t> next = 0;
     const auto work = [&] {
         for (std::size_t i = next++; i < jobs.size(); i = next++) {
             ConvertOutcome outcome = convertModel(jobs[i], run);
+            reports[i] = std::move(outcome.report);
             const std::lock_guard lock(consoleMutex);
             console.ended(i, std::move(outcome));
         }
@@ -129,13 +140,18 @@ bool runJobs(std::span<const ConvertJob> jobs, std::size_t threadCount, ConvertR
         }
         work();
     }
-    return console.finish();
+    const bool converted = console.finish();
+    if (run.report.json) {
+        printText(jsonReport("convert", reports, run.report.werror));
+    }
+    return converted;
 }
 
 void convert(const ConvertArguments& arguments, Session& session) {
     checkOptionsForOneModel(arguments);
     ConvertRun run;
-    run.sourceLines = ::isatty(STDERR_FILENO) != 0;
+    run.report = arguments.report;
+    run.style = styleFor(STDERR_FILENO, arguments.report.colour);
     const std::vector<ConvertJob> jobs = makeJobs(arguments, run);
     makeOutputFolder(arguments.outputFolder);
     const SignalWatch signalWatch(run.temporaryFiles);
@@ -167,6 +183,7 @@ void addConvert(CLI::App& app, Session& session) {
            "Write the inputs as a rule for Make and Ninja");
     option("--base", arguments->base, "DIR", "Open relative names in the model from this folder");
     command->add_flag("--lint", arguments->lint, "Report what converts but is probably unintended");
+    addReportOptions(*command, arguments->report, lint::kinds);
     option("-j", arguments->threads, "N",
            "Convert this many models at a time (as many as there are processors)")
         ->check(CLI::Range(1U, 1024U));

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string_view>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include <fmt/core.h>
@@ -16,6 +17,7 @@
 #include "files/inputs.h"
 #include "run/convert.h"
 #include "vxbtool/convert/depfile.h"
+#include "vxbtool/lint/catalogue.h"
 #include "vxbtool/lint/lint.h"
 #include "vxbtool/lint/watched_model.h"
 #include "vxbtool/shared/finding_report.h"
@@ -57,12 +59,13 @@ void writeOutputs(const mqf2vxb::Model& model, const ConvertJob& job, const Conv
     outputs.commit();
 }
 
-/// Tells what lint found, also of a model that fails while it is made.
-void makeLinted(lint::WatchedModel& watched, const ConvertJob& job, const ConvertRun& run,
+/// Makes the model while lint looks on, and tells what that found; false when it found enough to
+/// leave the model at that.
+bool makeLinted(lint::WatchedModel& watched, const ConvertJob& job, const ConvertRun& run,
                 ModelFiles& files, ConvertOutcome& outcome) {
     const auto tell = [&] {
-        const FileReport report = lintReport(job.model, watched.findings(), files, {});
-        outcome.messages = humanReport({&report, 1}, run.sourceLines);
+        outcome.report = lintReport(job.model, watched.findings(), files, run.report);
+        outcome.messages = humanReport({&outcome.report, 1}, run.style);
     };
     try {
         watched.make(job.model, job.options, files);
@@ -71,13 +74,16 @@ void makeLinted(lint::WatchedModel& watched, const ConvertJob& job, const Conver
         throw;
     }
     tell();
+    return !run.report.werror || outcome.report.findings.empty();
 }
 
-/// Lint looks on when there is a watched model.
-void convertStaged(const ConvertJob& job, const ConvertRun& run, lint::WatchedModel* watched,
+/// Lint looks on when there is a watched model. True when the model was converted.
+bool convertStaged(const ConvertJob& job, const ConvertRun& run, lint::WatchedModel* watched,
                    ModelFiles& files, StagedOutputs& outputs, ConvertOutcome& outcome) {
     if (watched != nullptr) {
-        makeLinted(*watched, job, run, files, outcome);
+        if (!makeLinted(*watched, job, run, files, outcome)) {
+            return false;
+        }
         writeOutputs(watched->model(), job, run, files, outputs);
     } else {
         mqf2vxb::Inputs inputs(files);
@@ -86,6 +92,7 @@ void convertStaged(const ConvertJob& job, const ConvertRun& run, lint::WatchedMo
         mqf2vxb::organiseModel(job.options, model);
         writeOutputs(model, job, run, files, outputs);
     }
+    return true;
 }
 
 /// What lint says of the failure. Lint has to read the model again when it did not look on.
@@ -146,18 +153,36 @@ const ReportedFinding& causeOf(const mqf2vxb::Report& report, const ConvertJob& 
     return *first;
 }
 
-/// The cause with its place, as editors and build systems look for it, and the converter's report.
-std::string reportText(const mqf2vxb::Report& report, const ConvertJob& job, const ConvertRun& run,
-                       const lint::WatchedModel* watched, ModelFiles& files) {
-    const FileReport found =
-        lintReport(job.model, findingsOf(report, job, watched, files), files, {});
+/// Tells of a failure: the cause with its place, as editors and build systems look for it, and the
+/// converter's report.
+void tellFailure(const mqf2vxb::Report& report, const ConvertJob& job, const ConvertRun& run,
+                 const lint::WatchedModel* watched, ModelFiles& files, ConvertOutcome& outcome) {
+    FileReport found =
+        lintReport(job.model, findingsOf(report, job, watched, files), files, run.report);
     const std::size_t errors = found.count(mqf2vxb::Severity::error);
-    std::string text = plainLines(causeOf(report, job, found, files), run.sourceLines);
+    outcome.messages += plainLines(causeOf(report, job, found, files), run.style);
     if (errors > 1) {
-        text += fmt::format("{}: {} more, which \"vxbtool lint\" shows\n", job.model,
-                            counted(errors - 1, "error"));
+        outcome.messages += fmt::format("{}: {} more, which \"vxbtool lint\" shows\n",
+                                        printable(job.model), counted(errors - 1, "error"));
     }
-    return text + withoutAddresses(report.text());
+    outcome.messages += printableLines(withoutAddresses(report.text()));
+    if (watched == nullptr) {
+        std::erase_if(found.findings, [](const ReportedFinding& finding) {
+            return finding.severity != mqf2vxb::Severity::error;
+        });
+    }
+    outcome.report = std::move(found);
+}
+
+/// Tells of a failure that nothing is known of but these words.
+void tellFailure(std::string_view cause, const ConvertJob& job, ConvertOutcome& outcome) {
+    ReportedFinding finding;
+    finding.code = lint::kind::cannotConvert.code;
+    finding.severity = mqf2vxb::Severity::error;
+    finding.text = cause;
+    finding.file = job.model;
+    outcome.messages += plainLines(finding, {});
+    outcome.report.findings.push_back(std::move(finding));
 }
 
 }  // namespace
@@ -170,16 +195,22 @@ ConvertOutcome convertModel(const ConvertJob& job, ConvertRun& run) {
     if (job.lint) {
         watched.emplace();
     }
+    const lint::WatchedModel* const lint = watched ? &*watched : nullptr;
     try {
-        mqf2vxb::withMemory([&] {
-            convertStaged(job, run, watched ? &*watched : nullptr, files, outputs, outcome);
-        });
-        outcome.converted = true;
-    } catch (const mqf2vxb::Report& report) {
-        outcome.messages +=
-            printableLines(reportText(report, job, run, watched ? &*watched : nullptr, files));
+        try {
+            mqf2vxb::withMemory([&] {
+                outcome.converted =
+                    convertStaged(job, run, watched ? &*watched : nullptr, files, outputs, outcome);
+            });
+        } catch (const mqf2vxb::Report& report) {
+            tellFailure(report, job, run, lint, files, outcome);
+        }
     } catch (const std::exception& error) {
-        outcome.messages += printableLines(fmt::format("{}: {}\n", job.model, error.what()));
+        tellFailure(error.what(), job, outcome);
+    }
+    outcome.report.name = job.model;
+    if (run.report.json) {
+        outcome.messages.clear();
     }
     return outcome;
 }

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "model/options.h"
+#include "vxbtool/shared/finding_report.h"
 #include "vxbtool/shared/signals.h"
 
 namespace vxbtool {
@@ -22,12 +23,14 @@ struct ConvertJob {
 struct ConvertRun {
     std::set<std::filesystem::path> outputs;  ///< final targets of every output of every job
     TemporaryFiles temporaryFiles;
-    bool sourceLines = false;  ///< findings of lint show the line they are about
+    ReportOptions report;
+    TextStyle style;  ///< of the messages
 };
 
 struct ConvertOutcome {
     bool converted = false;
-    std::string messages;  ///< for standard error, every line ended
+    std::string messages;  ///< for standard error, every line ended; none when JSON is wanted
+    FileReport report;     ///< why it failed, and what lint found
 };
 
 /// Converts one model. Its outputs appear all whole or, when it fails, not at all.

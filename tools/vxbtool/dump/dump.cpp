@@ -71,11 +71,11 @@ void addDump(CLI::App& app, Session& session) {
     const auto arguments = std::make_shared<DumpArguments>();
     command->add_option("FILE", arguments->file, "The VXB file")->type_name("")->required();
     command->add_option("--section", arguments->sections, "Keep to this section; may be repeated")
-        ->type_name("NAME")
+        ->option_text("NAME")
         ->expected(1)
         ->allow_extra_args(false)
         ->take_all()
-        ->check(CLI::IsMember(sectionNames()).description(""));
+        ->check(CLI::IsMember(sectionNames()));
     command->add_flag("--json", arguments->json, "Print the decoded structure as JSON");
     command->footer(dumpExamples);
     command->callback([arguments, &session] { session.status = runDump(*arguments); });

@@ -10,6 +10,7 @@
 #include "vxbtool/lint/catalogue.h"
 #include "vxbtool/lint/lint_model.h"
 #include "vxbtool/shared/scale_option.h"
+#include "vxbtool/shared/standard_streams.h"
 
 namespace vxbtool {
 namespace {
@@ -30,7 +31,8 @@ struct LintArguments {
 ExitStatus runLint(const LintArguments& arguments) {
     const float scale = parseScale(arguments.scale);
     std::vector<FileReport> reports;
-    for (const std::string& model : arguments.models) {
+    for (const std::string& name : arguments.models) {
+        const std::string model = inputPath(name);
         ModelFiles files(arguments.base);
         reports.push_back(
             lintReport(model, lint::lintModel(model, scale, files), files, arguments.report));

@@ -23,6 +23,16 @@ using mqf2vxb::Severity;
 /// How many other places of a folded finding are shown.
 constexpr std::size_t shownOthers = 5;
 
+// Escape sequences of terminals.
+constexpr std::string_view placeColour = "\x1b[1m";
+constexpr std::string_view errorColour = "\x1b[1;31m";
+constexpr std::string_view warningColour = "\x1b[1;35m";
+constexpr std::string_view caretColour = "\x1b[1;32m";
+
+std::string coloured(std::string_view text, std::string_view colour, const TextStyle& style) {
+    return style.colour ? fmt::format("{}{}\x1b[m", colour, text) : std::string(text);
+}
+
 std::string_view nameOf(Severity severity) {
     return severity == Severity::error ? "error" : "warning";
 }
@@ -62,7 +72,7 @@ std::string othersOf(const ReportedFinding& finding) {
 
 /// The line and, when it is known, a caret below the finding's column. Tabs are kept, so that both
 /// lines have them; of a character of several bytes only the first takes a place.
-std::string sourceOf(const ReportedFinding& finding) {
+std::string sourceOf(const ReportedFinding& finding, const TextStyle& style) {
     const std::string source = printable(finding.source);
     if (finding.column == 0) {
         return "  " + source + "\n";
@@ -78,7 +88,7 @@ std::string sourceOf(const ReportedFinding& finding) {
             caret += ' ';
         }
     }
-    return "  " + source + "\n  " + caret + "^\n";
+    return "  " + source + "\n  " + caret + coloured("^", caretColour, style) + "\n";
 }
 
 std::size_t countAll(std::span<const FileReport> files, Severity severity) {
@@ -138,6 +148,11 @@ void addReportOptions(CLI::App& command, ReportOptions& options,
     command.add_flag("--json", options.json, "Report as JSON");
     command.add_flag("--werror", options.werror, "Warnings fail too");
     command.add_flag("--all", options.all, "Report equal findings one by one");
+    addColourOption(command, options.colour);
+    std::vector<std::string> codes;
+    for (const mqf2vxb::FindingKind& kind : kinds) {
+        codes.emplace_back(kind.code);
+    }
     const auto checkCode = [kinds](const std::string& code) {
         const bool known = std::any_of(kinds.begin(), kinds.end(),
                                        [&](const auto& kind) { return kind.code == code; });
@@ -150,7 +165,7 @@ void addReportOptions(CLI::App& command, ReportOptions& options,
         ->expected(1)
         ->allow_extra_args(false)
         ->take_all()
-        ->check(checkCode);
+        ->check(CLI::Validator(checkCode, fmt::format("{{{}}}", fmt::join(codes, ","))));
 }
 
 void selectFindings(std::vector<ReportedFinding>& findings, const ReportOptions& options) {
@@ -177,25 +192,28 @@ void selectFindings(std::vector<ReportedFinding>& findings, const ReportOptions&
     findings = std::move(kept);
 }
 
-std::string plainLines(const ReportedFinding& finding, bool sourceLine) {
+std::string plainLines(const ReportedFinding& finding, const TextStyle& style) {
     const std::string line = finding.line > 0 ? fmt::format(":{}", finding.line) : "";
-    std::string text = fmt::format("{}{}: {}\n", finding.file, line, finding.text);
-    if (sourceLine && finding.line > 0) {
-        text += sourceOf(finding);
+    std::string text =
+        fmt::format("{}: {}\n", coloured(printable(finding.file + line), placeColour, style),
+                    printable(finding.text));
+    if (style.sourceLines && finding.line > 0) {
+        text += sourceOf(finding, style);
     }
     return text;
 }
 
-std::string humanReport(std::span<const FileReport> files, bool sourceLines) {
+std::string humanReport(std::span<const FileReport> files, const TextStyle& style) {
     std::string report;
     for (const FileReport& file : files) {
         for (const ReportedFinding& finding : file.findings) {
-            report += printable(fmt::format("{}: {}: {} [{}]{}", placeOf(finding),
-                                            nameOf(finding.severity), finding.text, finding.code,
-                                            othersOf(finding)));
-            report += '\n';
-            if (sourceLines && finding.line > 0) {
-                report += sourceOf(finding);
+            const bool error = finding.severity == Severity::error;
+            report += fmt::format(
+                "{}: {}: {}\n", coloured(printable(placeOf(finding)), placeColour, style),
+                coloured(nameOf(finding.severity), error ? errorColour : warningColour, style),
+                printable(fmt::format("{} [{}]{}", finding.text, finding.code, othersOf(finding))));
+            if (style.sourceLines && finding.line > 0) {
+                report += sourceOf(finding, style);
             }
         }
     }
@@ -230,7 +248,7 @@ std::string jsonReport(std::string_view command, std::span<const FileReport> fil
 ExitStatus printReport(std::string_view command, std::span<const FileReport> files,
                        const ReportOptions& options) {
     printText(options.json ? jsonReport(command, files, options.werror)
-                           : humanReport(files, isatty(STDOUT_FILENO) != 0));
+                           : humanReport(files, styleFor(STDOUT_FILENO, options.colour)));
     return passes(files, options.werror) ? ExitStatus::good : ExitStatus::badInput;
 }
 

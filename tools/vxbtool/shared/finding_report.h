@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "vxb/findings.h"
+#include "vxbtool/shared/colour.h"
 #include "vxbtool/shared/session.h"
 
 namespace vxbtool {
@@ -45,6 +46,7 @@ struct ReportOptions {
     bool json = false;
     bool werror = false;
     bool all = false;              ///< findings are not folded
+    std::string colour = "auto";   ///< when reports for people have colours
     std::vector<std::string> off;  ///< codes that are not reported
 };
 
@@ -59,13 +61,12 @@ void selectFindings(std::vector<ReportedFinding>& findings, const ReportOptions&
 /// "1 error", "2 errors".
 std::string counted(std::size_t number, std::string_view what);
 
-/// "file:line: text" of one finding, as compilers have it, and with `sourceLine` the line with a caret;
-/// every line ended.
-std::string plainLines(const ReportedFinding& finding, bool sourceLine);
+/// "file:line: text" of one finding, as compilers have it, and in a style with source lines that line
+/// with a caret; every line ended. Control characters do not reach the terminal.
+std::string plainLines(const ReportedFinding& finding, const TextStyle& style);
 
-/// The report for people, every line ended; `sourceLines` adds the line and a caret below it.
-/// Empty when nothing was found.
-std::string humanReport(std::span<const FileReport> files, bool sourceLines);
+/// The report for people, every line ended. Empty when nothing was found.
+std::string humanReport(std::span<const FileReport> files, const TextStyle& style);
 /// The report for machines, as docs/json-schema.md describes it.
 std::string jsonReport(std::string_view command, std::span<const FileReport> files, bool werror);
 

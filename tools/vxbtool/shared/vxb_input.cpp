@@ -13,6 +13,7 @@
 #include "vxb/vxb_reader.h"
 #include "vxbtool/shared/file_kind.h"
 #include "vxbtool/shared/printable.h"
+#include "vxbtool/shared/standard_streams.h"
 
 namespace vxbtool {
 namespace {
@@ -32,7 +33,7 @@ struct FileCloser {
 /// All bytes of a file. The size that the system tells is a guess only: a pipe has none, and a file
 /// may grow while it is read.
 std::string readBytes(const std::string& name) {
-    const std::unique_ptr<std::FILE, FileCloser> file(std::fopen(name.c_str(), "rb"));
+    const std::unique_ptr<std::FILE, FileCloser> file(std::fopen(inputPath(name).c_str(), "rb"));
     struct stat status {};
     if (!file || fstat(fileno(file.get()), &status) != 0) {
         cannotBeRead();

@@ -18,7 +18,7 @@ public:
 /// The most bytes of a VXB file that are read: a device or a pipe may never end.
 inline constexpr std::size_t largestVxbFile = std::size_t{1} << 30U;
 
-/// Reads a VXB file, whatever it holds. Throws UnreadableFile.
+/// Reads a VXB file, whatever it holds; "-" is standard input. Throws UnreadableFile.
 mqf2vxb::VxbFile readVxbFile(const std::string& name);
 
 /// Reads one for a command that shows what it holds. Standard error tells of a file that has errors,
