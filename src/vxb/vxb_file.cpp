@@ -48,14 +48,6 @@ Section sectionOf(Part part) {
     return Section::none;
 }
 
-unsigned Image::depth() const {
-    if (!clut) {
-        return 16;
-    }
-    const std::uint32_t colours = clut->sized() ? clut->width : 2 * clut->words;
-    return colours == 16 ? 4 : colours == 256 ? 8 : 0;
-}
-
 Point VxbFile::point(const PointBlock& block, std::uint32_t index) const {
     const std::uint32_t first = words[block.offset + 2 * index];
     const std::uint32_t second = words[block.offset + 2 * index + 1];

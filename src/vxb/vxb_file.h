@@ -247,10 +247,6 @@ struct Image {
     std::uint32_t offset = 0;  ///< of its entry
     ImageBlock pixels;
     std::optional<ImageBlock> clut;
-
-    /// Bits of a pixel: 16 without a lookup table, else as many as the table's colours need; 0
-    /// when their number tells neither 4 nor 8.
-    [[nodiscard]] unsigned depth() const;
 };
 
 /// The motions. Their types, control words and key frames stand together for all of them.

@@ -50,8 +50,9 @@ Json fieldJson(Field field, std::uint32_t value) {
 /// words are listed.
 class RegionJson {
 public:
-    RegionJson(const VxbFile& file, const Region& region, JsonOutput& output)
-        : file_(file), region_(region), output_(output) {}
+    RegionJson(const VxbFile& file, const std::vector<DepthSet>& imageDepths, const Region& region,
+               JsonOutput& output)
+        : file_(file), imageDepths_(imageDepths), region_(region), output_(output) {}
 
     void write() {
         output_.openObject();
@@ -239,10 +240,12 @@ private:
         if (region_.index >= file_.images.size()) {
             return listWords();  // the file ends inside the entry
         }
-        output_.member("image", imageJson(file_.images[region_.index]));
+        output_.member("image",
+                       imageJson(file_.images[region_.index], imageDepths_[region_.index]));
     }
 
     const VxbFile& file_;
+    const std::vector<DepthSet>& imageDepths_;
     const Region& region_;
     JsonOutput& output_;
 };
@@ -259,8 +262,9 @@ void writeDump(const std::string& name, const VxbFile& file, const WantedSection
     output.member("errors", file.findings.count(Severity::error));
     output.member("warnings", file.findings.count(Severity::warning));
     output.openArray("parts");
+    const std::vector<DepthSet> depths = imageDepths(file);
     for (const Region& region : wantedRegions(file, wanted)) {
-        RegionJson(file, region, output).write();
+        RegionJson(file, depths, region, output).write();
     }
     output.close();
     output.close();

@@ -64,8 +64,9 @@ Json boxOf(const FileSummary& summary) {
 
 void writeImages(const VxbFile& file, JsonOutput& output) {
     output.openArray("images");
-    for (const Image& image : file.images) {
-        output.value(imageJson(image));
+    const std::vector<DepthSet> depths = imageDepths(file);
+    for (std::size_t i = 0; i < file.images.size(); ++i) {
+        output.value(imageJson(file.images[i], depths[i]));
     }
     output.close();
 }

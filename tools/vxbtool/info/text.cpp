@@ -8,6 +8,7 @@
 #include "vxbtool/info/info.h"
 #include "vxbtool/info/summary.h"
 #include "vxbtool/shared/finding_report.h"
+#include "vxbtool/shared/image_depths.h"
 #include "vxbtool/shared/printable.h"
 #include "vxbtool/shared/text_output.h"
 
@@ -107,14 +108,13 @@ void writePoints(const VxbFile& file, const FileSummary& summary, TextOutput& ou
     }
 }
 
-std::string imageText(const Image& image) {
-    const unsigned depth = image.depth();
+std::string imageText(const Image& image, DepthSet depths) {
+    const unsigned depth = onlyDepth(depths);
     const ImageBlock& pixels = image.pixels;
     std::string text = pixels.sized() && depth > 0
                            ? fmt::format("{} x {}", pixels.width * 16 / depth, pixels.height)
                            : fmt::format("{} words", pixels.words);
-    text += depth > 0 ? fmt::format(", {} bits", depth) : ", unknown depth";
-    text += fmt::format(", at ({}, {})", pixels.x, pixels.y);
+    text += fmt::format(", {}, at ({}, {})", depthText(depths), pixels.x, pixels.y);
     if (image.clut) {
         text += fmt::format(", lookup table at ({}, {})", image.clut->x, image.clut->y);
     }
@@ -148,9 +148,13 @@ void writeInfo(const std::string& name, const VxbFile& file, TextOutput& output)
                   output.put("\n");
               });
     writePoints(file, summary, output);
+    const std::vector<DepthSet> depths = imageDepths(file);
     std::size_t number = 0;
     writeList(output, fmt::format("Images: {}", file.images.size()), file.images, shownRows,
-              [&](const Image& image) { output.format("  {}: {}\n", number++, imageText(image)); });
+              [&](const Image& image) {
+                  output.format("  {}: {}\n", number, imageText(image, depths[number]));
+                  ++number;
+              });
     number = 0;
     writeList(output, fmt::format("Motions: {}", summary.motions.size()), summary.motions,
               shownRows, [&](const MotionSummary& motion) {

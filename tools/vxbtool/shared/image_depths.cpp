@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <map>
 #include <unordered_map>
+#include <utility>
 
 #include <fmt/core.h>
 
@@ -14,6 +16,8 @@ namespace vxbtool {
 namespace {
 
 using namespace mqf2vxb;
+
+constexpr std::size_t depthNum = DepthSet().size();
 
 /// Which images cover a place of image memory. Images may lie over each other; the time to look up
 /// all of one place is that of its images.
@@ -86,7 +90,8 @@ std::vector<DepthSet> imageDepths(const VxbFile& file) {
     // Each place is looked up once for each depth, whatever number of packets lead there.
     constexpr std::size_t columns = 1024;
     constexpr std::size_t lines = 1024;
-    std::array<std::vector<bool>, DepthSet().size()> seen;
+    std::array<std::vector<bool>, depthNum> seen;
+    std::map<std::pair<std::uint32_t, std::uint32_t>, DepthSet> pages;  // by column and line
     const auto mark = [&](const TexturePage& page, const Texel& texel) {
         const std::uint32_t x = (page.x + texel.u * page.depth() / 16) % columns;
         const std::uint32_t y = (page.y + texel.v) % lines;
@@ -103,6 +108,9 @@ std::vector<DepthSet> imageDepths(const VxbFile& file) {
         }
         forEachPolygon(file, group, [&](const PacketPolygon& polygon) {
             const TexturePage page = texturePage(polygon[Field::page]);
+            if (page.depth() > 0) {
+                pages[{page.x, page.y}].set(page.mode);
+            }
             for (std::size_t corner = 0; page.depth() > 0 && corner < polygon.corners(); ++corner) {
                 if (const Field field = cornerField(Field::T0, corner); polygon.has(field)) {
                     mark(page, texelOf(polygon, polygon[field]));
@@ -110,7 +118,20 @@ std::vector<DepthSet> imageDepths(const VxbFile& file) {
             }
         });
     }
+    // Texels may lie beside the image that was meant, but not outside its page.
+    for (std::size_t i = 0; i < depths.size(); ++i) {
+        const ImageBlock& pixels = file.images[i].pixels;
+        const TexturePage page = texturePage(pageField({pixels.x, pixels.y, 0, 0}));
+        if (depths[i].none()) {
+            depths[i] = pages[{page.x, page.y}];
+        }
+    }
     return depths;
+}
+
+unsigned onlyDepth(DepthSet depths) {
+    constexpr unsigned leastBits = 4;  // of the first mode; each further one has twice as many
+    return depths.count() == 1 ? leastBits * static_cast<unsigned>(depths.to_ulong()) : 0;
 }
 
 std::string depthText(DepthSet depths) {

@@ -15,6 +15,9 @@ using DepthSet = std::bitset<3>;
 /// image itself does not say how its words are to be read.
 std::vector<DepthSet> imageDepths(const mqf2vxb::VxbFile& file);
 
+/// Bits of a pixel; 0 when none or several are known.
+unsigned onlyDepth(DepthSet depths);
+
 /// "4 bits", "4 or 8 bits", "depth unknown".
 std::string depthText(DepthSet depths);
 

@@ -17,9 +17,9 @@ Json blockJson(const ImageBlock& block, unsigned depth) {
 
 }  // namespace
 
-Json imageJson(const Image& image) {
+Json imageJson(const Image& image, DepthSet depths) {
     constexpr unsigned colourBits = 16;
-    const unsigned depth = image.depth();
+    const unsigned depth = onlyDepth(depths);
     Json json{{"depth", depth > 0 ? Json(depth) : Json(nullptr)}};
     json.update(blockJson(image.pixels, depth));
     json["lookupTable"] = image.clut ? blockJson(*image.clut, colourBits) : Json(nullptr);

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "vxb/vxb_file.h"
+#include "vxbtool/shared/image_depths.h"
 #include "vxbtool/shared/json_output.h"
 
 namespace vxbtool {
@@ -13,6 +14,6 @@ Json orNull(const std::optional<Value>& value) {
 }
 
 /// An image and its lookup table without their data.
-Json imageJson(const mqf2vxb::Image& image);
+Json imageJson(const mqf2vxb::Image& image, DepthSet depths);
 
 }  // namespace vxbtool
