@@ -81,8 +81,8 @@ TEST_P(LintTest, ReportsAreThoseOfTheCases) {
     }
 }
 
-constexpr const char* subjects[] = {"sound",     "text",   "geometry", "materials",
-                                    "hierarchy", "meshes", "motions",  "faults"};
+constexpr const char* subjects[] = {"sound",  "text",    "geometry", "materials", "hierarchy",
+                                    "meshes", "motions", "faults",   "shapes"};
 INSTANTIATE_TEST_SUITE_P(Subjects, LintTest, testing::ValuesIn(subjects),
                          [](const auto& subject) { return std::string(subject.param); });
 

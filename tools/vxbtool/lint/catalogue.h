@@ -129,7 +129,7 @@ inline constexpr std::array kinds{
                 "no key names a geometry file (GEO=), and other files name its records"},
     FindingKind{
         "L063", Severity::error,
-        "polygon {polygon} with image {image}: corner {corner} at {u}, {v} lies on another page of image memory than corner 0 at {u0}, {v0}"},
+        "polygon {polygon} with image {image}: corner {corner} at {u}, {v} lies on another page of image memory than corner {first} at {u0}, {v0}"},
     FindingKind{"L064", Severity::error,
                 "polygon {polygon} is a {shape}, and {shape}s are drawn in strips only"},
     FindingKind{
@@ -142,6 +142,47 @@ inline constexpr std::array kinds{
     FindingKind{"L068", Severity::error, "no key frames have this type"},
     FindingKind{"L069", Severity::error,
                 "a second group of key frames of this type, which SEQ lines name"},
+    FindingKind{
+        "L070", Severity::warning,
+        "polygon {polygon} has its corners {way}, most quadrangles have them {others}: it is drawn crossed"},
+    FindingKind{"L071", Severity::warning,
+                "polygon {polygon} is not flat: its halves meet at {degrees:.0f} degrees"},
+    FindingKind{"L072", Severity::warning,
+                "polygon {polygon} has the corners of polygon {other} and runs the same way"},
+    FindingKind{"L073", Severity::warning, "vertex {vertex} lies where vertex {other} lies"},
+    FindingKind{"L074", Severity::warning,
+                "normal {normal} of polygon {polygon} points to the back of it"},
+    FindingKind{
+        "L075", Severity::warning,
+        "polygon {polygon} runs the other way around than the polygons that it is connected with"},
+    FindingKind{
+        "L076", Severity::warning,
+        "the colour table of image {image} begins at column {x}, which is no multiple of 16: packets cannot tell it"},
+    FindingKind{
+        "L077", Severity::warning,
+        "the {part} of image {image} reaches to {right}, {bottom}; packets reach 1024 columns and 1024 lines of image memory"},
+    FindingKind{
+        "L078", Severity::warning,
+        "image {image} has {bits} bits a pixel and no colour table, and none lies at 0, 0 where it would be looked for"},
+    FindingKind{
+        "L079", Severity::warning,
+        "the header of the {part} of image {image} tells {width} x {height}, which is {words} words of data; there are {data}"},
+    FindingKind{"L080", Severity::warning,
+                "{bytes} bytes stand behind the last block of image {image}"},
+    FindingKind{
+        "L081", Severity::warning,
+        "the colour table of image {image} has {colours} colours; {bits} bits a pixel need {needed}"},
+    FindingKind{"L082", Severity::warning,
+                "image {image} has 16 bits a pixel and a colour table, which nothing uses"},
+    FindingKind{"L083", Severity::warning,
+                "images {other} and {image} lie in one place and have different depths"},
+    FindingKind{
+        "L084", Severity::warning,
+        "coordinate {coordinate} does not have 16 values in its lines: one too few or too many, and all behind it slide"},
+    FindingKind{"L085", Severity::warning,
+                "the motion ends with a SEQ line: behind it stands no END or GOTO"},
+    FindingKind{"L086", Severity::warning,
+                "coordinate {coordinate} is animated a second time in this motion"},
 };
 static_assert(codesAscend(kinds));
 
@@ -236,6 +277,29 @@ inline constexpr const FindingKind& noPacketForm = findingKind(kinds, "L066");
 inline constexpr const FindingKind& noKeyFrame = findingKind(kinds, "L067");
 inline constexpr const FindingKind& noKeyFrameType = findingKind(kinds, "L068");
 inline constexpr const FindingKind& keyFrameTypeAgain = findingKind(kinds, "L069");
+
+// Shapes.
+inline constexpr const FindingKind& crossedQuadrangle = findingKind(kinds, "L070");
+inline constexpr const FindingKind& bentQuadrangle = findingKind(kinds, "L071");
+inline constexpr const FindingKind& polygonTwin = findingKind(kinds, "L072");
+inline constexpr const FindingKind& vertexTwin = findingKind(kinds, "L073");
+inline constexpr const FindingKind& normalAway = findingKind(kinds, "L074");
+inline constexpr const FindingKind& windsAgainst = findingKind(kinds, "L075");
+
+// Images.
+inline constexpr const FindingKind& tableColumn = findingKind(kinds, "L076");
+inline constexpr const FindingKind& outsideMemory = findingKind(kinds, "L077");
+inline constexpr const FindingKind& tableMissing = findingKind(kinds, "L078");
+inline constexpr const FindingKind& sizeDisagrees = findingKind(kinds, "L079");
+inline constexpr const FindingKind& bytesLeft = findingKind(kinds, "L080");
+inline constexpr const FindingKind& tableSize = findingKind(kinds, "L081");
+inline constexpr const FindingKind& tableUnused = findingKind(kinds, "L082");
+inline constexpr const FindingKind& twoDepths = findingKind(kinds, "L083");
+
+// Hierarchy and motions again.
+inline constexpr const FindingKind& valuesSlide = findingKind(kinds, "L084");
+inline constexpr const FindingKind& endsWithSeq = findingKind(kinds, "L085");
+inline constexpr const FindingKind& animatedAgain = findingKind(kinds, "L086");
 
 }  // namespace kind
 }  // namespace vxbtool::lint

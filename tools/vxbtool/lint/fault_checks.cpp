@@ -241,8 +241,8 @@ private:
         findings_.add(kind::pageEdge, linted_.source.material(material.line, word),
                       fmt::arg("polygon", drawn.number), fmt::arg("image", image),
                       fmt::arg("corner", corner), fmt::arg("u", drawn.u(corners - 1)),
-                      fmt::arg("v", drawn.v(corners - 1)), fmt::arg("u0", drawn.u(0)),
-                      fmt::arg("v0", drawn.v(0)));
+                      fmt::arg("v", drawn.v(corners - 1)), fmt::arg("first", drawn.corners()[0]),
+                      fmt::arg("u0", drawn.u(0)), fmt::arg("v0", drawn.v(0)));
     }
 
     const LintedModel& linted_;

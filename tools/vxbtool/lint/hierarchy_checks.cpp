@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "base/seeded_hash.h"
+#include "text/scan.h"
 #include "vxbtool/lint/model_checks.h"
 
 namespace vxbtool::lint {
@@ -121,11 +122,24 @@ private:
             if (!used[c]) {
                 findings_.add(kind::coordinateUnused, valuePlace(c, 0), fmt::arg("coordinate", c));
             }
+            checkSixteen(c);
             for (std::size_t value = 0; value < parentValue; ++value) {
                 if (value < matrixEnd || value >= extraStart) {
                     checkValue(source_.coordinate(c, value));
                 }
             }
+        }
+    }
+
+    /// The parent takes the rest of its line. Numbers behind it are those of another coordinate, or
+    /// one too many.
+    void checkSixteen(std::size_t coordinate) {
+        const TracedToken& parent = source_.coordinate(coordinate, parentValue);
+        const std::size_t next = parent.rest.find_first_not_of(" \t");
+        if (next != std::string::npos &&
+            (parent.rest[next] == '-' || mqf2vxb::isDigit(parent.rest[next]))) {
+            findings_.add(kind::valuesSlide, placeOf(*source_.frm, parent),
+                          fmt::arg("coordinate", coordinate));
         }
     }
 

@@ -18,6 +18,8 @@ struct LintedModel {
 // One function for each subject; each passes over its tables a fixed number of times.
 void checkGeometry(const LintedModel& linted, Findings& findings);
 void checkMaterials(const LintedModel& linted, Findings& findings);
+void checkShapes(const LintedModel& linted, Findings& findings);
+void checkImages(const LintedModel& linted, Findings& findings);
 void checkTextures(const LintedModel& linted, Findings& findings);
 void checkHierarchy(const LintedModel& linted, Findings& findings);
 void checkMeshes(const LintedModel& linted, Findings& findings);

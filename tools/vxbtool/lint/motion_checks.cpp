@@ -34,7 +34,11 @@ public:
     void check() {
         gatherNames();
         line_ = linesBeforeCoordinates;
+        std::unordered_set<std::int32_t> animated;
         for (const AnimationIndexRecord& index : motion_.indexTable) {
+            if (!animated.insert(index.coord).second) {
+                findings_.add(kind::animatedAgain, word(0), fmt::arg("coordinate", index.coord));
+            }
             checkCoordinate(index);
         }
         checkSequence();
@@ -94,8 +98,12 @@ private:
     void checkSequence() {
         const TracedLine* label = nullptr;
         std::size_t step = 0;
+        std::string_view lastStep;
+        const TracedLine* lastLine = nullptr;
         for (; text(0) != "TYPE"; ++line_) {
             if (atStep()) {
+                lastLine = &file_.lines[line_];
+                lastStep = text(0);
                 checkStep(motion_.seqTable[step++], label);
                 label = nullptr;
             } else {
@@ -104,6 +112,9 @@ private:
             }
         }
         checkLost(label);
+        if (lastStep == "SEQ") {
+            findings_.add(kind::endsWithSeq, wordPlace(file_, *lastLine, 0));
+        }
     }
 
     void checkLost(const TracedLine* label) {

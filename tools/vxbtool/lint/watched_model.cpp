@@ -122,6 +122,8 @@ std::vector<ReportedFinding> WatchedModel::findingsOf(const Report* report) cons
     if (organised_) {
         checkGeometry(linted, findings);
         checkMaterials(linted, findings);
+        checkShapes(linted, findings);
+        checkImages(linted, findings);
         checkTextures(linted, findings);
         checkHierarchy(linted, findings);
         checkMeshes(linted, findings);
