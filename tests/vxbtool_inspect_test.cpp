@@ -1,7 +1,9 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <numeric>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -48,6 +50,43 @@ TEST(Inspect, PrintsWhatTheSessionHolds) {
     const TestFolder folder;
     folder.write("small.vxb", convertFiles(mqf2vxb::tests::smallModel()).outputs.at("m.vxb"));
     expectSession(folder, MQF2VXB_TEST_DATA "/inspect/session.txt");
+}
+
+/// The files of the page's whole model are its blocks behind "`name`:"; the image is its only block of
+/// 32-bit words.
+TEST(Document, ShowsAWholeModel) {
+    std::ifstream page(MQF2VXB_MANUALS "/../model-files.md");
+    std::map<std::string, std::string> blocks;
+    std::string name;
+    bool inside = false;
+    for (std::string line; std::getline(page, line);) {
+        if (line.starts_with("```")) {
+            inside = !inside;
+            name = inside ? name : "";
+        } else if (inside) {
+            const bool isWords = line.find_first_not_of("0123456789abcdef") == 8;
+            blocks[name.empty() && isWords ? "gate.words" : name] += line + "\n";
+        } else if (line.starts_with("`gate.") && line.ends_with("`:")) {
+            name = line.substr(1, line.size() - 3);
+        }
+    }
+    const TestFolder folder;
+    for (const auto& [file, text] : blocks) {
+        if (!file.empty()) {
+            folder.write(file, text);
+        }
+    }
+    std::istringstream stream(blocks.at("gate.words"));
+    mqf2vxb::tests::Words words;
+    for (std::uint32_t word = 0; stream >> std::hex >> word;) {
+        words.push_back(word);
+    }
+    folder.write("gate.pxl", mqf2vxb::tests::bytesOf(words));
+    const TestFolder::Result result =
+        runIn(folder, "vxbtool lint --werror gate.mqf && vxbtool convert gate.mqf && "
+                      "vxbtool check --werror gate.vxb");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, "");
 }
 
 /// Each command edits one thing of the sample, and the whole report is what it says.
