@@ -161,12 +161,17 @@ def one_motion_many_times(n):
                  hierarchy(1, ["0 3 0-2"]), [f"NCLP={n}", *slots], m_clp=motion)
 
 
-def one_image_many_times(n):
-    words = [0x10, 2, 4 * (3 + 8192), 0, 256 << 16 | 64, *[7] * 8192]
+def one_image_many_times(n, columns=64, lines_high=256):
+    half = (columns * lines_high + 1) // 2
+    words = [0x10, 2, 4 * (3 + half), 0, lines_high << 16 | columns, *[7] * half]
     image = b"".join(word.to_bytes(4, "little") for word in words).decode("latin-1")
     slots = [f"TEX[{i}]=m.pxl" for i in range(n)]
     return model(geometry(3, [triangle(0, 1, 2)]), materials(["0 1 F C 1 2 3"]),
                  hierarchy(1, ["0 3 0-2"]), [f"NTEX={n}", *slots], m_pxl=image)
+
+
+def one_tall_image_many_times(n):
+    return one_image_many_times(n, 1, 65535)
 
 
 def normals_of_no_length(n):
@@ -194,6 +199,7 @@ GROWING = [
     (one_motion_many_times, 100, CONVERT),
     (one_image_many_times, 150, CONVERT),
     (one_image_many_times, 150, LINT),
+    (one_tall_image_many_times, 100, LINT),
     (normals_of_no_length, 50000, LINT),
     (normals_of_no_length, 50000, LINT_ALL),
     (long_words, 1000, LINT),

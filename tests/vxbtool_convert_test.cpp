@@ -67,6 +67,9 @@ TEST_F(Convert, NamesTheOutput) {
     EXPECT_EQ(convert("-o /dev/stdout m.mqf").output, wanted);
     folder.run("exec >file; echo before; '" VXBTOOL_PROGRAM "' convert -o /dev/stdout m.mqf");
     EXPECT_EQ(folder.read("file"), "before\n" + wanted);
+    folder.write("real/old", "old");
+    EXPECT_EQ(convert("-o /dev/fd/5/old m.mqf 5<real").status, 0);
+    EXPECT_EQ(folder.read("real/old"), wanted);
 }
 
 TEST_F(Convert, TellsBadUsageFromBadInput) {
@@ -142,6 +145,19 @@ TEST_F(Convert, RefusesToOverwriteAnInput) {
     EXPECT_EQ(folder.read("a.vxb"), folder.read("g.geo"));
     EXPECT_EQ(convert("--depfile s.srf m.mqf").status, 1);
     EXPECT_EQ(convert("m.mqf a.mqf").status, 1);  // the input is the other model's output
+}
+
+TEST_F(Convert, KnowsAFolderThatIsMountedTwice) {
+    const std::string mount = "mkdir -p twice; unshare -rm sh -c \"mount --bind . twice";
+    if (folder.run(mount + "\"").status != 0) {
+        GTEST_SKIP() << "folders cannot be mounted here";
+    }
+    const std::string tool = mount + " && exec '" VXBTOOL_PROGRAM "' convert ";
+    const std::string geometry = folder.read("g.geo");
+    EXPECT_EQ(folder.run(tool + "-o twice/g.geo m.mqf\"").status, 1);
+    EXPECT_EQ(folder.run(tool + "--hex twice/m.vxb m.mqf\"").status, 2);
+    EXPECT_EQ(folder.read("g.geo"), geometry);
+    EXPECT_EQ(folder.read("m.vxb"), "");
 }
 
 TEST_F(Convert, ListsTheInputsInADepfile) {

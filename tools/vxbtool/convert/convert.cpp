@@ -16,7 +16,6 @@
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
 
-#include "files/disk_files.h"
 #include "vxbtool/convert/console.h"
 #include "vxbtool/convert/job.h"
 #include "vxbtool/lint/catalogue.h"
@@ -61,7 +60,7 @@ std::string defaultOutput(const std::string& model, const std::string& folder) {
 void claimOutput(const std::string& name, ConvertRun& run) {
     std::error_code error;
     const bool isDevice = fs::exists(name, error) && !fs::is_regular_file(name, error);
-    if (!run.outputs.insert(mqf2vxb::finalTarget(name)).second && !isDevice) {
+    if (!run.outputs.insert(placeOf(name)).second && !isDevice) {
         throw CLI::ValidationError(name, "several outputs would be this file");
     }
 }

@@ -10,10 +10,13 @@
 #include <utility>
 #include <vector>
 
+#include <sys/stat.h>
+
 #include <fmt/core.h>
 
 #include "base/diagnostics.h"
 #include "base/out_of_memory.h"
+#include "files/disk_files.h"
 #include "files/inputs.h"
 #include "run/convert.h"
 #include "vxbtool/convert/depfile.h"
@@ -32,7 +35,7 @@ namespace {
 /// An output that is a hard link to an input is no danger: it is replaced, not written into.
 void checkNoInputIsOutput(const ModelFiles& files, const ConvertRun& run) {
     for (const std::string& input : files.opened()) {
-        if (run.outputs.contains(mqf2vxb::finalTarget(input))) {
+        if (run.outputs.contains(placeOf(input))) {
             mqf2vxb::notCorrectData({input}, "this input is also an output");
         }
     }
@@ -186,6 +189,15 @@ void tellFailure(std::string_view cause, const ConvertJob& job, ConvertOutcome& 
 }
 
 }  // namespace
+
+FilePlace placeOf(const std::string& name) {
+    const std::filesystem::path target = mqf2vxb::finalTarget(name);
+    struct stat folder {};
+    if (::stat(target.parent_path().c_str(), &folder) != 0) {
+        return {0, 0, target};
+    }
+    return {folder.st_dev, folder.st_ino, target.filename()};
+}
 
 ConvertOutcome convertModel(const ConvertJob& job, ConvertRun& run) {
     ModelFiles files(job.base);

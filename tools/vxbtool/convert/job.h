@@ -1,8 +1,10 @@
 #pragma once
 
-#include <filesystem>
 #include <set>
 #include <string>
+#include <tuple>
+
+#include <sys/types.h>
 
 #include "model/options.h"
 #include "vxbtool/shared/finding_report.h"
@@ -19,9 +21,16 @@ struct ConvertJob {
     bool lint = false;
 };
 
+/// Where a file stands: its folder, by device and number, and its name there. A folder that is
+/// mounted twice has two paths. When there is no such folder: zeros and the whole path.
+using FilePlace = std::tuple<dev_t, ino_t, std::string>;
+
+/// The place that a name leads to, whether a file is there or not.
+FilePlace placeOf(const std::string& name);
+
 /// What the jobs of one run have in common.
 struct ConvertRun {
-    std::set<std::filesystem::path> outputs;  ///< final targets of every output of every job
+    std::set<FilePlace> outputs;  ///< of every output of every job
     TemporaryFiles temporaryFiles;
     ReportOptions report;
     TextStyle style;  ///< of the messages

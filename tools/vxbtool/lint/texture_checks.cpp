@@ -147,19 +147,16 @@ void checkLines(const LintedModel& linted, Findings& findings) {
     }
 }
 
-/// One line of image memory that a block covers, columns from `start` up to `end`.
-struct Span {
-    std::uint32_t y;
-    std::uint32_t start;
-    std::uint32_t end;
-    std::uint32_t block;
-};
-
 /// A block of an image in image memory.
 struct PlacedBlock {
     std::size_t image;
     std::string_view part;
     std::uint32_t contents;  ///< a number that blocks of equal headers and data share
+    // The columns from `left` up to `right` and the lines from `top` up to `bottom`.
+    std::uint32_t left;
+    std::uint32_t right;
+    std::uint32_t top;
+    std::uint32_t bottom;
 };
 
 /// The bytes of the header and the data; a model that is watched keeps its image files.
@@ -168,12 +165,9 @@ std::string_view bytesOf(const ImageRecord& image, const PxlBlock& block) {
     return {data.data() - sizeof block.header, data.size() + sizeof block.header};
 }
 
-/// Reports a block that overlaps one before it, once. Blocks that are the same do no harm.
-void checkOverlap(const LintedModel& linted, Findings& findings) {
+std::vector<PlacedBlock> placedBlocks(const Table<ImageRecord>& images) {
     std::vector<PlacedBlock> blocks;
-    std::vector<Span> spans;
     KeyMap<std::string_view, std::uint32_t> numberOfContents;
-    const Table<ImageRecord>& images = linted.model.images;
     const auto place = [&](std::size_t image, std::string_view part, const PxlBlock& block) {
         const std::optional<Extent> extent =
             block.present() ? extentOf(block) : std::optional<Extent>{};
@@ -181,44 +175,87 @@ void checkOverlap(const LintedModel& linted, Findings& findings) {
             return;
         }
         const auto [x, y] = block.position();
-        for (std::uint32_t line = 0; line < extent->height; ++line) {
-            spans.push_back(
-                {y + line, x, x + extent->width, static_cast<std::uint32_t>(blocks.size())});
-        }
         const auto number = static_cast<std::uint32_t>(blocks.size());
-        blocks.push_back({image, part, numberOfContents.find(bytesOf(images[image], block), [&] {
-                              return number;
-                          })});
+        const std::uint32_t contents =
+            numberOfContents.find(bytesOf(images[image], block), [&] { return number; });
+        blocks.push_back({image, part, contents, x, x + extent->width, y, y + extent->height});
     };
     for (std::size_t i = 0; i < images.size(); ++i) {
         place(i, "picture", images[i].pixel);
         place(i, "colour table", images[i].clut);
     }
-    std::sort(spans.begin(), spans.end(), [](const Span& a, const Span& b) {
-        return std::tuple(a.y, a.start, a.block) < std::tuple(b.y, b.start, b.block);
-    });
+    return blocks;
+}
 
-    std::vector<bool> reported(blocks.size());
-    const Span* widest = nullptr;  // of the line so far, the one that ends last
-    for (const Span& span : spans) {
-        if (widest == nullptr || widest->y != span.y) {
-            widest = &span;
-            continue;
+/// Reports a block that overlaps one before it, once. Blocks that are the same do no harm.
+class OverlapCheck {
+public:
+    OverlapCheck(const LintedModel& linted, Findings& findings)
+        : linted_(linted),
+          findings_(findings),
+          blocks_(placedBlocks(linted.model.images)),
+          reported_(blocks_.size()) {}
+
+    /// Looks only at the lines where a block begins or ends: the lines between are as the one
+    /// before them.
+    void check() {
+        std::vector<std::uint32_t> lines;
+        std::vector<std::uint32_t> waiting(blocks_.size());
+        for (std::size_t i = 0; i < blocks_.size(); ++i) {
+            lines.push_back(blocks_[i].top);
+            lines.push_back(blocks_[i].bottom);
+            waiting[i] = static_cast<std::uint32_t>(i);
         }
-        const std::uint32_t later = std::max(widest->block, span.block);
-        if (span.start < widest->end && !reported[later]) {
-            const PlacedBlock& one = blocks[later];
-            const PlacedBlock& other = blocks[std::min(widest->block, span.block)];
-            if (one.contents != other.contents) {
-                reported[later] = true;
-                findings.add(kind::imageOverlap, linted.source.image(one.image),
-                             fmt::arg("part", one.part), fmt::arg("image", one.image),
-                             fmt::arg("otherPart", other.part), fmt::arg("other", other.image));
+        std::sort(lines.begin(), lines.end());
+        lines.erase(std::unique(lines.begin(), lines.end()), lines.end());
+        std::sort(waiting.begin(), waiting.end(), [&](std::uint32_t a, std::uint32_t b) {
+            return std::tuple(blocks_[a].top, a) < std::tuple(blocks_[b].top, b);
+        });
+
+        std::vector<std::uint32_t> covering;
+        auto next = waiting.begin();
+        for (const std::uint32_t line : lines) {
+            std::erase_if(covering, [&](std::uint32_t b) { return blocks_[b].bottom <= line; });
+            for (; next != waiting.end() && blocks_[*next].top == line; ++next) {
+                covering.push_back(*next);
+            }
+            std::sort(covering.begin(), covering.end(), [&](std::uint32_t a, std::uint32_t b) {
+                return std::tuple(blocks_[a].left, a) < std::tuple(blocks_[b].left, b);
+            });
+            checkLine(covering);
+        }
+    }
+
+private:
+    /// Takes the blocks that cover a line, from left to right.
+    void checkLine(const std::vector<std::uint32_t>& covering) {
+        std::optional<std::uint32_t> widest;  // of the blocks so far, the one that ends last
+        for (const std::uint32_t block : covering) {
+            if (widest && blocks_[block].left < blocks_[*widest].right) {
+                checkPair(std::min(*widest, block), std::max(*widest, block));
+            }
+            if (!widest || blocks_[block].right > blocks_[*widest].right) {
+                widest = block;
             }
         }
-        widest = span.end > widest->end ? &span : widest;
     }
-}
+
+    void checkPair(std::uint32_t earlier, std::uint32_t later) {
+        const PlacedBlock& one = blocks_[later];
+        const PlacedBlock& other = blocks_[earlier];
+        if (!reported_[later] && one.contents != other.contents) {
+            reported_[later] = true;
+            findings_.add(kind::imageOverlap, linted_.source.image(one.image),
+                          fmt::arg("part", one.part), fmt::arg("image", one.image),
+                          fmt::arg("otherPart", other.part), fmt::arg("other", other.image));
+        }
+    }
+
+    const LintedModel& linted_;
+    Findings& findings_;
+    std::vector<PlacedBlock> blocks_;
+    std::vector<bool> reported_;
+};
 
 void checkUse(const LintedModel& linted, Findings& findings) {
     const Model& model = linted.model;
@@ -251,7 +288,7 @@ void checkUse(const LintedModel& linted, Findings& findings) {
 
 void checkTextures(const LintedModel& linted, Findings& findings) {
     checkLines(linted, findings);
-    checkOverlap(linted, findings);
+    OverlapCheck(linted, findings).check();
     checkUse(linted, findings);
 }
 

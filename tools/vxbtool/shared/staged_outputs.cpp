@@ -57,7 +57,10 @@ int descriptorOf(std::string_view name) {
     std::int32_t descriptor = -1;
     if (name.starts_with(numbered)) {
         name.remove_prefix(numbered.size());
-        mqf2vxb::scanInteger(name, descriptor);
+        // Of a folder's number, what follows it is a file in that folder.
+        if (name.find('/') == std::string_view::npos) {
+            mqf2vxb::scanInteger(name, descriptor);
+        }
     }
     return descriptor;
 }

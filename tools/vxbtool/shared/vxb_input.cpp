@@ -41,6 +41,9 @@ std::string readBytes(const std::string& name) {
     if (S_ISDIR(status.st_mode)) {
         throw UnreadableFile(std::strerror(EISDIR));
     }
+    if (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode)) {
+        throw UnreadableFile("it is a device");  // which may never end
+    }
     const auto announced = static_cast<std::size_t>(std::max<off_t>(status.st_size, 0));
     if (announced > largestVxbFile) {
         tooLarge();
