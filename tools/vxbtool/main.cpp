@@ -28,6 +28,7 @@
 #include "vxbtool/shared/printable.h"
 #include "vxbtool/shared/session.h"
 #include "vxbtool/shared/text_output.h"
+#include "vxbtool/unpack/unpack.h"
 
 namespace vxbtool {
 namespace {
@@ -40,6 +41,7 @@ constexpr const char* examples = R"(Examples:
   vxbtool info car.vxb                    what does it hold?
   vxbtool dump car.vxb                    what does each word say?
   vxbtool diff old.vxb new.vxb            what became of the model?
+  vxbtool unpack car.vxb                  write the model that it was made of
 
 "vxbtool COMMAND --help" tells more about one command, "man vxbtool" about all.
 Exit status: 0 all went well, 1 bad input, 2 bad usage; of diff 0 equal, 1 different, 2 trouble.)";
@@ -87,6 +89,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     addInfo(app, session);
     addDump(app, session);
     addDiff(app, session);
+    addUnpack(app, session);
     addCompletion(app, session);
     addFindingCatalogue(app, session);
     addPacketFormTables(app, session);

@@ -69,10 +69,16 @@ ExitStatus runCheck(const CheckArguments& arguments) {
 
 }  // namespace
 
+FileReport reportOn(const VxbFile& file, const std::string& name, const ReportOptions& options) {
+    FileReport report{name, findingsOf(file, name)};
+    selectFindings(report.findings, options);
+    return report;
+}
+
 FileReport checkFile(const std::string& name, const ReportOptions& options) {
     FileReport report{name, {}};
     try {
-        report.findings = findingsOf(readVxbFile(name), name);
+        return reportOn(readVxbFile(name), name, options);
     } catch (const UnreadableFile& error) {
         report.findings = {reported({&mqf2vxb::finding::unreadable, 0, 0, {}, error.what()}, name)};
     }

@@ -1,0 +1,393 @@
+#include "vxbtool/unpack/normal_order.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+
+#include "model/geometry.h"
+#include "model/material.h"
+
+namespace vxbtool::unpack {
+namespace {
+
+constexpr std::uint32_t none = Owners::none;
+
+/// A corner that puts a shared normal into a coordinate.
+struct Naming {
+    std::uint32_t normal;  ///< in the shared block
+    std::uint32_t coordinate;
+};
+
+/// A corner of an unlit polygon, free to name a normal.
+struct Slot {
+    std::uint32_t polygon;
+    std::uint8_t corner;
+};
+
+class NormalOrder {
+public:
+    NormalOrder(const Owners& owners, std::uint32_t independentNormals, std::uint32_t sharedNormals,
+                UnpackedPolygons& polygons)
+        : owners_(owners),
+          first_(independentNormals),
+          polygons_(polygons),
+          uses_(polygons.materials.uses),
+          target_(sharedNormals, none),
+          marked_(sharedNormals),
+          settled_(sharedNormals),
+          goodLeft_(sharedNormals),
+          groupOf_(polygons.polygons.size()) {
+        for (std::uint32_t g = 0; g < polygons_.groups.size(); ++g) {
+            const PolygonGroup& group = polygons_.groups[g];
+            std::fill(groupOf_.begin() + group.first, groupOf_.begin() + group.end, g);
+        }
+    }
+
+    void order() {
+        chooseTargets();
+        if (holdsAsItIs()) {
+            return;
+        }
+        placeAll();
+        settleRest();
+        std::vector<model_text::LookUse> ordered;
+        ordered.reserve(uses_.size());
+        for (auto p = placed_.rbegin(); p != placed_.rend(); ++p) {
+            ordered.push_back(uses_[*p]);
+        }
+        uses_ = std::move(ordered);
+    }
+
+private:
+    [[nodiscard]] const model_text::Look& look(std::uint32_t polygon) const {
+        return polygons_.materials.looks[uses_[polygon].look];
+    }
+    [[nodiscard]] bool shared(std::uint32_t polygon) const {
+        return polygons_.groups[groupOf_[polygon]].shared;
+    }
+    [[nodiscard]] std::size_t corners(std::uint32_t polygon) const {
+        return mqf2vxb::vertexCount(static_cast<std::int32_t>(polygons_.polygons[polygon].shape));
+    }
+    [[nodiscard]] bool isFree(std::uint32_t polygon) const {
+        return (look(polygon).flag & mqf2vxb::material_flag::unlit) != 0 &&
+               polygons_.polygons[polygon].normals[0] == polygons_.noNormal;
+    }
+
+    /// Calls `use(naming)` for the corners of a polygon that name shared normals, in their order.
+    template <class Use>
+    void forNamings(std::uint32_t polygon, Use use) const {
+        const model_text::Polygon& record = polygons_.polygons[polygon];
+        const bool flat = look(polygon).shading != 'G';
+        const std::size_t number = flat && !shared(polygon) ? 1 : corners(polygon);
+        for (std::size_t k = 0; k < number; ++k) {
+            const std::uint32_t normal = record.normals[flat ? 0 : k];
+            if (normal >= first_ && normal - first_ < target_.size()) {
+                use(Naming{normal - first_, owners_.coordinateOf(record.vertices[k])});
+            }
+        }
+    }
+    /// The same for what counts of them: of several corners with one normal the last.
+    template <class Use>
+    void forLastNamings(std::uint32_t polygon, Use use) const {
+        std::array<Naming, 4> namings{};
+        std::size_t number = 0;
+        forNamings(polygon, [&](const Naming& naming) { namings[number++] = naming; });
+        for (std::size_t i = 0; i < number; ++i) {
+            const bool again =
+                std::any_of(namings.begin() + static_cast<std::ptrdiff_t>(i) + 1,
+                            namings.begin() + static_cast<std::ptrdiff_t>(number),
+                            [&](const Naming& later) { return later.normal == namings[i].normal; });
+            if (!again) {
+                use(namings[i]);
+            }
+        }
+    }
+
+    void chooseTargets() {
+        // Where several coordinates may own a normal, one that names it does.
+        std::vector<std::vector<std::uint32_t>> namers(target_.size());
+        std::vector<bool> open(target_.size());
+        for (std::uint32_t n = 0; n < target_.size(); ++n) {
+            const auto candidates = owners_.candidates(n);
+            open[n] = candidates.size() > 1;
+            target_[n] = candidates.empty() ? none : candidates.front();
+        }
+        for (std::uint32_t p = 0; p < uses_.size(); ++p) {
+            forLastNamings(p, [&](const Naming& naming) {
+                marked_[naming.normal] = marked_[naming.normal] || shared(p);
+                if (open[naming.normal]) {
+                    namers[naming.normal].push_back(naming.coordinate);
+                }
+            });
+        }
+        std::size_t from = 0;
+        for (std::uint32_t n = 0; n < target_.size(); ++n) {
+            const auto candidates = owners_.candidates(n);
+            if (!open[n]) {
+                continue;
+            }
+            if (n == 0 || owners_.candidates(n - 1).data() != candidates.data()) {
+                from = 0;
+            }
+            for (std::size_t i = from; i < candidates.size(); ++i) {
+                if (std::find(namers[n].begin(), namers[n].end(), candidates[i]) !=
+                    namers[n].end()) {
+                    from = i;
+                    break;
+                }
+            }
+            target_[n] = candidates[from];
+        }
+    }
+
+    [[nodiscard]] bool good(const Naming& naming) const {
+        return target_[naming.normal] == none || naming.coordinate == target_[naming.normal];
+    }
+
+    [[nodiscard]] bool holdsAsItIs() const {
+        std::vector<bool> right(target_.size());
+        for (std::uint32_t p = 0; p < uses_.size(); ++p) {
+            forNamings(p, [&](const Naming& naming) { right[naming.normal] = good(naming); });
+        }
+        for (std::size_t n = 0; n < right.size(); ++n) {
+            if (!right[n] || !marked_[n]) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    // The order is made from its end: a polygon can stand there if each normal that it names is
+    // settled by one behind it, or by itself. What can be placed stays so, and the free corners of
+    // unlit polygons help when nothing else can.
+
+    void placeAll() {
+        polygonsLeft_.resize(polygons_.groups.size());
+        nextGroup_.assign(polygons_.groups.size(), none);
+        previousGroup_.assign(polygons_.groups.size(), none);
+        waiting_.resize(target_.size());
+        done_.resize(uses_.size());
+        std::array<std::uint32_t, 2> last{none, none};
+        for (std::uint32_t g = 0; g < polygons_.groups.size(); ++g) {
+            const PolygonGroup& group = polygons_.groups[g];
+            polygonsLeft_[g] = group.end - group.first;
+            std::uint32_t& before = last[group.shared ? 1 : 0];
+            if (before != none) {
+                nextGroup_[before] = g;
+                previousGroup_[g] = before;
+            }
+            before = g;
+        }
+        for (std::uint32_t p = 0; p < uses_.size(); ++p) {
+            forLastNamings(
+                p, [&](const Naming& naming) { goodLeft_[naming.normal] += good(naming) ? 1 : 0; });
+        }
+        for (std::uint32_t g = 0; g < polygons_.groups.size(); ++g) {
+            const PolygonGroup& group = polygons_.groups[g];
+            if (group.first == group.end) {
+                continue;
+            }
+            if (group.strips) {
+                for (std::uint32_t p = group.first; p < group.end; ++p) {
+                    ready_.push_back(p);
+                }
+            } else {
+                ready_.push_back(group.end - 1);
+            }
+        }
+        drain();
+        while (placed_.size() < uses_.size()) {
+            if (!help()) {
+                placeAnyway();
+            }
+            drain();
+        }
+    }
+
+    void drain() {
+        while (!ready_.empty()) {
+            const std::uint32_t polygon = ready_.back();
+            ready_.pop_back();
+            tryPlace(polygon);
+        }
+    }
+
+    /// Whether the group order keeps this polygon from its place: in a model without meshes the
+    /// groups stand in the order of their first polygons.
+    [[nodiscard]] bool heldByOrder(std::uint32_t polygon) const {
+        const std::uint32_t g = groupOf_[polygon];
+        return !polygons_.hasStrips && polygon == polygons_.groups[g].first &&
+               nextGroup_[g] != none && polygonsLeft_[nextGroup_[g]] > 0;
+    }
+
+    void tryPlace(std::uint32_t polygon) {
+        if (done_[polygon] || heldByOrder(polygon)) {
+            return;  // the group behind brings back what it holds
+        }
+        std::uint32_t blocker = none;
+        forLastNamings(polygon, [&](const Naming& naming) {
+            if (!settled_[naming.normal] && !good(naming)) {
+                blocker = naming.normal;
+            }
+        });
+        if (blocker != none) {
+            if (waiting_[blocker].empty()) {
+                blocked_.push_back(blocker);
+            }
+            waiting_[blocker].push_back(polygon);
+            return;
+        }
+        place(polygon);
+    }
+
+    void place(std::uint32_t polygon) {
+        placed_.push_back(polygon);
+        done_[polygon] = true;
+        const std::uint32_t g = groupOf_[polygon];
+        const PolygonGroup& group = polygons_.groups[g];
+        --polygonsLeft_[g];
+        if (!group.strips && polygon > group.first) {
+            ready_.push_back(polygon - 1);
+        }
+        if (polygonsLeft_[g] == 0 && !polygons_.hasStrips && previousGroup_[g] != none &&
+            polygonsLeft_[previousGroup_[g]] == 1) {
+            ready_.push_back(polygons_.groups[previousGroup_[g]].first);
+        }
+        if (isFree(polygon)) {
+            for (std::size_t k = 0; k < corners(polygon); ++k) {
+                const std::uint32_t coordinate =
+                    owners_.coordinateOf(polygons_.polygons[polygon].vertices[k]);
+                slots_[shared(polygon) ? 1 : 0][coordinate].push_back(
+                    {polygon, static_cast<std::uint8_t>(k)});
+            }
+        }
+        forLastNamings(polygon, [&](const Naming& naming) {
+            goodLeft_[naming.normal] -= good(naming) ? 1 : 0;
+            settle(naming.normal);
+        });
+    }
+
+    void settle(std::uint32_t normal) {
+        if (settled_[normal]) {
+            return;
+        }
+        settled_[normal] = true;
+        std::vector<std::uint32_t> freed;
+        freed.swap(waiting_[normal]);
+        ready_.insert(ready_.end(), freed.begin(), freed.end());
+    }
+
+    /// Lets a free corner in this coordinate name the normal.
+    bool takeSlot(std::uint32_t normal, std::uint32_t coordinate, bool ofShared) {
+        auto& slots = slots_[ofShared ? 1 : 0];
+        const auto found = slots.find(coordinate);
+        if (found == slots.end() || found->second.empty()) {
+            return false;
+        }
+        const Slot slot = found->second.back();
+        found->second.pop_back();
+        useSlot(slot, normal, ofShared);
+        return true;
+    }
+
+    void useSlot(const Slot& slot, std::uint32_t normal, bool ofShared) {
+        polygons_.polygons[slot.polygon].normals[slot.corner] = first_ + normal;
+        makeSmooth(slot.polygon);
+        marked_[normal] = marked_[normal] || ofShared;
+    }
+
+    /// Only a smooth polygon names a normal for each corner.
+    void makeSmooth(std::uint32_t polygon) {
+        std::uint32_t& use = uses_[polygon].look;
+        if (look(polygon).shading == 'G') {
+            return;
+        }
+        const auto [place, isNew] = smoothLooks_.try_emplace(use, 0);
+        if (isNew) {
+            model_text::Look smooth = look(polygon);
+            smooth.shading = 'G';
+            polygons_.materials.looks.push_back(smooth);
+            place->second = static_cast<std::uint32_t>(polygons_.materials.looks.size() - 1);
+        }
+        use = place->second;
+    }
+
+    bool settleBySlot(std::uint32_t normal) {
+        if (target_[normal] == none) {
+            return false;
+        }
+        const bool sharedFirst = !marked_[normal];
+        if (takeSlot(normal, target_[normal], sharedFirst) ||
+            takeSlot(normal, target_[normal], !sharedFirst)) {
+            settle(normal);
+            return true;
+        }
+        return false;
+    }
+
+    /// Settles blocked normals by free corners: those first that nothing else can settle.
+    bool help() {
+        std::erase_if(blocked_, [&](std::uint32_t normal) { return settled_[normal]; });
+        for (const bool hopeless : {true, false}) {
+            for (const std::uint32_t normal : blocked_) {
+                if ((goodLeft_[normal] == 0) == hopeless && settleBySlot(normal)) {
+                    return true;
+                }
+            }
+        }
+        return false;
+    }
+
+    /// No order settles all: the rest goes on as if a blocked normal were right.
+    void placeAnyway() {
+        std::erase_if(blocked_, [&](std::uint32_t normal) { return settled_[normal]; });
+        if (!blocked_.empty()) {
+            settle(blocked_.back());
+        }
+    }
+
+    void settleRest() {
+        for (std::uint32_t n = 0; n < target_.size(); ++n) {
+            if (!settled_[n]) {
+                settleBySlot(n);
+            }
+        }
+        for (std::uint32_t n = 0; n < target_.size(); ++n) {
+            if (!marked_[n]) {
+                takeSlot(n, target_[n], true);
+            }
+        }
+    }
+
+    const Owners& owners_;
+    std::uint32_t first_;  // shared normal
+    UnpackedPolygons& polygons_;
+    std::vector<model_text::LookUse>& uses_;
+    std::vector<std::uint32_t> target_;  // coordinate of each shared normal
+    std::vector<bool> marked_;           // a shared polygon names it
+    std::vector<bool> settled_;
+    std::vector<std::uint32_t> goodLeft_;  // unplaced polygons that name it in its coordinate
+    std::vector<std::uint32_t> groupOf_;
+
+    std::vector<std::uint32_t> placed_;  // from the end of the order
+    std::vector<bool> done_;             // by polygon: it is placed
+    std::vector<std::uint32_t> ready_;
+    std::vector<std::vector<std::uint32_t>> waiting_;  // polygons by the normal that blocks them
+    std::vector<std::uint32_t> blocked_;
+    std::vector<std::uint32_t> polygonsLeft_;  // by group
+    std::vector<std::uint32_t> nextGroup_;
+    std::vector<std::uint32_t> previousGroup_;
+    std::array<std::map<std::uint32_t, std::vector<Slot>>, 2> slots_;  // of independent, of shared
+    std::map<std::uint32_t, std::uint32_t> smoothLooks_;
+};
+
+}  // namespace
+
+void orderForNormals(const Owners& owners, std::uint32_t independentNormals,
+                     std::uint32_t sharedNormals, UnpackedPolygons& polygons) {
+    if (sharedNormals > 0) {
+        NormalOrder(owners, independentNormals, sharedNormals, polygons).order();
+    }
+}
+
+}  // namespace vxbtool::unpack
