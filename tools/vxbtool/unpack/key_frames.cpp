@@ -47,6 +47,7 @@ struct Reading {
     enum class Zero : std::uint8_t { listed, byDistance, bare };
     Zero zero = Zero::listed;
     bool backward = false;
+    std::size_t start = 0;  ///< which of the places that have room is the first of the listed type
 };
 
 /// What a SEQ step shows.
@@ -178,7 +179,7 @@ private:
         std::sort(offsets.begin(), offsets.end());
         const PrimitiveTypeCode listed = animation_.types.front();
         const std::uint32_t words = wordsOf(listed);
-        std::optional<std::uint32_t> start;
+        std::set<std::uint32_t> starts;
         const auto hasRoom = [&](std::uint32_t offset) {
             const auto next = std::upper_bound(offsets.begin(), offsets.end(), offset);
             const std::uint32_t limit = next != offsets.end() ? *next : animation_.keyFrameWords;
@@ -186,13 +187,25 @@ private:
         };
         for (const Shown& shown : shown_[motion]) {
             if (shown.type == listed && hasRoom(shown.offset)) {
-                start = std::min(start.value_or(shown.offset), shown.offset);
+                starts.insert(shown.offset);
+            }
+        }
+        std::optional<std::uint32_t> start;
+        if (!starts.empty()) {
+            const std::size_t wanted = std::min(reading_.start, starts.size() - 1);
+            start = *std::next(starts.begin(), static_cast<std::ptrdiff_t>(wanted));
+        }
+        // Key frames of one type lie side by side.
+        std::uint32_t limit = animation_.keyFrameWords;
+        for (const Shown& shown : shown_[motion]) {
+            if (shown.type != listed && start && shown.offset > *start) {
+                limit = std::min(limit, shown.offset);
             }
         }
         for (Shown& shown : shown_[motion]) {
             const bool fits = reading_.zero == Reading::Zero::byDistance && start &&
-                              shown.offset >= *start && (shown.offset - *start) % words == 0 &&
-                              hasRoom(shown.offset);
+                              shown.offset >= *start && shown.offset < limit &&
+                              (shown.offset - *start) % words == 0 && hasRoom(shown.offset);
             if (shown.type == listed && !fits) {
                 shown.type = bareType;
             }
@@ -341,7 +354,10 @@ private:
             before = groups.empty() ? before : &groups.back();
         }
         if (end > position_) {
-            if (before != nullptr && listed.empty() && canBe(before->type, position_, end)) {
+            if (before != nullptr && before->type == bareType && behind == nullptr) {
+                before->end = end;  // the types behind it are only listed
+                position_ = end;
+            } else if (before != nullptr && listed.empty() && canBe(before->type, position_, end)) {
                 before->end = end;
                 position_ = end;
             } else if (behind != nullptr && listed.empty() && canBe(behind->type, position_, end)) {
@@ -427,11 +443,15 @@ private:
 
 void unpackKeyFrames(const VxbFile& file, const std::vector<std::uint32_t>& cuts,
                      std::vector<model_text::Motion>& motions) {
+    constexpr std::size_t mostStarts = 8;
     for (const Reading::Zero zero :
          {Reading::Zero::listed, Reading::Zero::byDistance, Reading::Zero::bare}) {
-        for (const bool backward : {false, true}) {
-            if (KeyFrameGroups(file, cuts, {zero, backward}).fill(motions)) {
-                return;
+        const std::size_t starts = zero == Reading::Zero::byDistance ? mostStarts : 1;
+        for (std::size_t start = 0; start < starts; ++start) {
+            for (const bool backward : {false, true}) {
+                if (KeyFrameGroups(file, cuts, {zero, backward, start}).fill(motions)) {
+                    return;
+                }
             }
         }
     }

@@ -35,6 +35,7 @@ public:
           target_(sharedNormals, none),
           marked_(sharedNormals),
           settled_(sharedNormals),
+          settledAt_(sharedNormals),
           goodLeft_(sharedNormals),
           groupOf_(polygons.polygons.size()) {
         for (std::uint32_t g = 0; g < polygons_.groups.size(); ++g) {
@@ -167,6 +168,7 @@ private:
         previousGroup_.assign(polygons_.groups.size(), none);
         waiting_.resize(target_.size());
         done_.resize(uses_.size());
+        placedAt_.resize(uses_.size());
         std::array<std::uint32_t, 2> last{none, none};
         for (std::uint32_t g = 0; g < polygons_.groups.size(); ++g) {
             const PolygonGroup& group = polygons_.groups[g];
@@ -242,6 +244,7 @@ private:
 
     void place(std::uint32_t polygon) {
         placed_.push_back(polygon);
+        placedAt_[polygon] = placed_.size();
         done_[polygon] = true;
         const std::uint32_t g = groupOf_[polygon];
         const PolygonGroup& group = polygons_.groups[g];
@@ -272,6 +275,7 @@ private:
             return;
         }
         settled_[normal] = true;
+        settledAt_[normal] = placed_.size();
         std::vector<std::uint32_t> freed;
         freed.swap(waiting_[normal]);
         ready_.insert(ready_.end(), freed.begin(), freed.end());
@@ -353,8 +357,20 @@ private:
             }
         }
         for (std::uint32_t n = 0; n < target_.size(); ++n) {
-            if (!marked_[n]) {
-                takeSlot(n, target_[n], true);
+            if (!marked_[n] && !takeSlot(n, target_[n], true)) {
+                markAnywhere(n);
+            }
+        }
+    }
+
+    /// Lets a shared polygon name the normal in any coordinate, before what settles it does.
+    void markAnywhere(std::uint32_t normal) {
+        for (auto& [coordinate, slots] : slots_[1]) {
+            if (!slots.empty() && placedAt_[slots.back().polygon] > settledAt_[normal]) {
+                const Slot slot = slots.back();
+                slots.pop_back();
+                useSlot(slot, normal, true);
+                return;
             }
         }
     }
@@ -366,10 +382,12 @@ private:
     std::vector<std::uint32_t> target_;  // coordinate of each shared normal
     std::vector<bool> marked_;           // a shared polygon names it
     std::vector<bool> settled_;
+    std::vector<std::size_t> settledAt_;   // how many polygons were placed then
     std::vector<std::uint32_t> goodLeft_;  // unplaced polygons that name it in its coordinate
     std::vector<std::uint32_t> groupOf_;
 
     std::vector<std::uint32_t> placed_;  // from the end of the order
+    std::vector<std::size_t> placedAt_;  // by polygon
     std::vector<bool> done_;             // by polygon: it is placed
     std::vector<std::uint32_t> ready_;
     std::vector<std::vector<std::uint32_t>> waiting_;  // polygons by the normal that blocks them
