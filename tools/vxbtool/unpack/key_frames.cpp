@@ -44,9 +44,10 @@ std::optional<float> wideValue(std::uint32_t word) {
 /// How the two meanings of the packet type index 0 are told apart, and in which direction the
 /// motions are gone through when one shows the key frames of another.
 struct Reading {
-    enum class Zero : std::uint8_t { listed, byDistance, bare };
+    enum class Zero : std::uint8_t { listed, byDistance };
     Zero zero = Zero::listed;
     bool backward = false;
+    std::size_t bareFrom = 0;  ///< from this motion on the index means the bare type
     std::size_t start = 0;  ///< which of the places that have room is the first of the listed type
 };
 
@@ -170,7 +171,8 @@ private:
                 offsets.push_back(control.target);
             }
         }
-        if (animation_.types.empty() || reading_.zero == Reading::Zero::listed) {
+        const bool bare = motion >= reading_.bareFrom;
+        if (animation_.types.empty() || (reading_.zero == Reading::Zero::listed && !bare)) {
             takeUsed(motion);
             return;
         }
@@ -203,8 +205,7 @@ private:
             }
         }
         for (Shown& shown : shown_[motion]) {
-            const bool fits = reading_.zero == Reading::Zero::byDistance && start &&
-                              shown.offset >= *start && shown.offset < limit &&
+            const bool fits = !bare && start && shown.offset >= *start && shown.offset < limit &&
                               (shown.offset - *start) % words == 0 && hasRoom(shown.offset);
             if (shown.type == listed && !fits) {
                 shown.type = bareType;
@@ -444,18 +445,21 @@ private:
 void unpackKeyFrames(const VxbFile& file, const std::vector<std::uint32_t>& cuts,
                      std::vector<model_text::Motion>& motions) {
     constexpr std::size_t mostStarts = 8;
-    for (const Reading::Zero zero :
-         {Reading::Zero::listed, Reading::Zero::byDistance, Reading::Zero::bare}) {
+    constexpr std::size_t mostTurns = 16;
+    for (const Reading::Zero zero : {Reading::Zero::listed, Reading::Zero::byDistance}) {
         const std::size_t starts = zero == Reading::Zero::byDistance ? mostStarts : 1;
-        for (std::size_t start = 0; start < starts; ++start) {
-            for (const bool backward : {false, true}) {
-                if (KeyFrameGroups(file, cuts, {zero, backward, start}).fill(motions)) {
-                    return;
+        for (std::size_t bare = 0; bare < std::min(motions.size() + 1, mostTurns); ++bare) {
+            for (std::size_t start = 0; start < starts; ++start) {
+                for (const bool backward : {false, true}) {
+                    const Reading reading{zero, backward, motions.size() - bare, start};
+                    if (KeyFrameGroups(file, cuts, reading).fill(motions)) {
+                        return;
+                    }
                 }
             }
         }
     }
-    KeyFrameGroups(file, cuts, {}).fill(motions);
+    KeyFrameGroups(file, cuts, {Reading::Zero::listed, false, motions.size(), 0}).fill(motions);
 }
 
 }  // namespace vxbtool::unpack
