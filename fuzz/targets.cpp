@@ -18,6 +18,12 @@
 #include "vxb/vxb_reader.h"
 #include "vxb/word_meaning.h"
 
+#ifdef MQF2VXB_FUZZ_UNPACK
+#include "vxbtool/model_text/model_files_writer.h"
+#include "vxbtool/shared/in_memory.h"
+#include "vxbtool/unpack/unpack_model.h"
+#endif
+
 namespace mqf2vxb::fuzz {
 namespace {
 
@@ -29,6 +35,21 @@ void require(bool holds, const std::string& promise) {
         throw std::logic_error(promise);
     }
 }
+
+#ifdef MQF2VXB_FUZZ_UNPACK
+/// Whatever a sound file holds, it can be unpacked; a file that the converter never made may become a
+/// model that is refused.
+void unpackAndConvert(const VxbFile& file) {
+    const vxbtool::unpack::UnpackedModel model = vxbtool::unpack::unpackModel(file);
+    vxbtool::MemoryFiles files;
+    vxbtool::model_text::writeModelFiles(model.text, "", "u", files);
+    try {
+        vxbtool::convertInMemory("u.mqf", {}, files);
+    } catch (const Report& report) {
+        require(!report.text().starts_with("\nLayout fault"), "the layout is right");
+    }
+}
+#endif
 
 /// Walks everything that the reader made of a file.
 void walk(const VxbFile& file) {
@@ -43,6 +64,11 @@ void walk(const VxbFile& file) {
     for (const Finding& finding : file.findings.kept()) {
         require(!finding.line().empty(), "every finding has a text");
     }
+#ifdef MQF2VXB_FUZZ_UNPACK
+    if (file.findings.count(Severity::error) == 0) {
+        unpackAndConvert(file);
+    }
+#endif
 }
 
 void reader(std::string_view input) { walk(readVxb(input)); }

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdlib>
-#include <fstream>
 
 #include "base/diagnostics.h"
 #include "support/memory_files.h"
@@ -45,22 +45,19 @@ std::string difference(const std::string& bytes, const std::string& again) {
     return placeName(file, offset) + ", " + placeName(other, offset);
 }
 
+/// The few models whose words are not found again: the file does not tell which polygon put a shared
+/// normal into its coordinate last, or of which type a key frame is that nothing names.
+constexpr std::array<std::uint32_t, 1> notFound{0};
+
 TEST(Unpack, RandomModelsComeBackWordForWord) {
-    const char* const seeds = std::getenv("UNPACK_SEEDS");
-    const std::uint32_t last = seeds != nullptr ? static_cast<std::uint32_t>(std::atoi(seeds)) : 300;
-    for (std::uint32_t seed = 1; seed <= last; ++seed) {
+    constexpr std::uint32_t models = 300;
+    for (std::uint32_t seed = 1; seed <= models; ++seed) {
         mqf2vxb::RunOptions options;
         options.imageOutput = seed % 5 != 0;
         const std::string bytes = convertFiles(randomModel(seed), options).outputs.at("m.vxb");
         const std::string again = comesBack(bytes);
-        if (again != bytes) {
-            std::ofstream("/tmp/d/u/" + std::to_string(seed) + ".vxb") << bytes;
-            std::ofstream("/tmp/d/u/" + std::to_string(seed) + ".again.vxb") << again;
-            MemoryFileSystem sys(randomModel(seed).files());
-            std::system(("mkdir -p /tmp/d/u/" + std::to_string(seed)).c_str());
-            for (auto& [n, t] : sys.inputs) std::ofstream("/tmp/d/u/" + std::to_string(seed) + "/" + n) << t;
-        }
-        EXPECT_TRUE(again == bytes) << "seed " << seed << ": " << difference(bytes, again);
+        const bool known = std::ranges::find(notFound, seed) != notFound.end();
+        EXPECT_EQ(again != bytes, known) << "seed " << seed << ": " << difference(bytes, again);
     }
 }
 

@@ -40,6 +40,9 @@ UnpackedModel unpackModel(const VxbFile& file) {
     if (result.withoutImages) {
         model.heading = "convert with -ni: the images are stand-ins\n";
     }
+    model.heading +=
+        "Unpacked from a VXB file. What such a file does not tell: the scale, pivots and groups, all of\n"
+        "which are in the vertices and coordinates already, and whether a lit texture is of kind T or D.\n";
     UnpackedPolygons polygons = unpackPolygons(file, owners, textures);
     orderForNormals(owners, file.normals.independent.number, file.normals.shared.number, polygons);
 
