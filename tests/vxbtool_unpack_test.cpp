@@ -50,7 +50,7 @@ std::string difference(const std::string& bytes, const std::string& again) {
 constexpr std::array<std::uint32_t, 1> notFound{0};
 
 TEST(Unpack, RandomModelsComeBackWordForWord) {
-    constexpr std::uint32_t models = 300;
+    constexpr std::uint32_t models = 1000;
     for (std::uint32_t seed = 1; seed <= models; ++seed) {
         mqf2vxb::RunOptions options;
         options.imageOutput = seed % 5 != 0;

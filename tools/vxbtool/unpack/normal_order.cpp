@@ -26,9 +26,11 @@ struct Slot {
 
 class NormalOrder {
 public:
+    /// `sharedLast` is whether the shared polygons rather come behind the others.
     NormalOrder(const Owners& owners, std::uint32_t independentNormals, std::uint32_t sharedNormals,
-                UnpackedPolygons& polygons)
-        : owners_(owners),
+                bool sharedLast, UnpackedPolygons& polygons)
+        : sharedLast_(sharedLast),
+          owners_(owners),
           first_(independentNormals),
           polygons_(polygons),
           uses_(polygons.materials.uses),
@@ -44,10 +46,11 @@ public:
         }
     }
 
-    void order() {
+    /// True when every shared normal comes to lie in its coordinate.
+    bool order() {
         chooseTargets();
-        if (holdsAsItIs()) {
-            return;
+        if (holds()) {
+            return true;
         }
         placeAll();
         settleRest();
@@ -57,6 +60,7 @@ public:
             ordered.push_back(uses_[*p]);
         }
         uses_ = std::move(ordered);
+        return holds();
     }
 
 private:
@@ -76,9 +80,8 @@ private:
 
     /// Calls `use(naming)` for the corners of a polygon that name shared normals, in their order.
     template <class Use>
-    void forNamings(std::uint32_t polygon, Use use) const {
+    void forNamings(std::uint32_t polygon, bool flat, Use use) const {
         const model_text::Polygon& record = polygons_.polygons[polygon];
-        const bool flat = look(polygon).shading != 'G';
         const std::size_t number = flat && !shared(polygon) ? 1 : corners(polygon);
         for (std::size_t k = 0; k < number; ++k) {
             const std::uint32_t normal = record.normals[flat ? 0 : k];
@@ -92,7 +95,8 @@ private:
     void forLastNamings(std::uint32_t polygon, Use use) const {
         std::array<Naming, 4> namings{};
         std::size_t number = 0;
-        forNamings(polygon, [&](const Naming& naming) { namings[number++] = naming; });
+        forNamings(polygon, look(polygon).shading != 'G',
+                   [&](const Naming& naming) { namings[number++] = naming; });
         for (std::size_t i = 0; i < number; ++i) {
             const bool again =
                 std::any_of(namings.begin() + static_cast<std::ptrdiff_t>(i) + 1,
@@ -145,17 +149,19 @@ private:
         return target_[naming.normal] == none || naming.coordinate == target_[naming.normal];
     }
 
-    [[nodiscard]] bool holdsAsItIs() const {
+    /// Whether the uses as they stand put every normal into its coordinate.
+    [[nodiscard]] bool holds() const {
         std::vector<bool> right(target_.size());
-        for (std::uint32_t p = 0; p < uses_.size(); ++p) {
-            forNamings(p, [&](const Naming& naming) { right[naming.normal] = good(naming); });
+        std::vector<bool> marked(target_.size());
+        for (const model_text::LookUse& use : uses_) {
+            const bool flat = polygons_.materials.looks[use.look].shading != 'G';
+            forNamings(use.polygon, flat, [&](const Naming& naming) {
+                right[naming.normal] = good(naming);
+                marked[naming.normal] = marked[naming.normal] || shared(use.polygon);
+            });
         }
-        for (std::size_t n = 0; n < right.size(); ++n) {
-            if (!right[n] || !marked_[n]) {
-                return false;
-            }
-        }
-        return true;
+        return std::ranges::find(right, false) == right.end() &&
+               std::ranges::find(marked, false) == marked.end();
     }
 
     // The order is made from its end: a polygon can stand there if each normal that it names is
@@ -191,10 +197,10 @@ private:
             }
             if (group.strips) {
                 for (std::uint32_t p = group.first; p < group.end; ++p) {
-                    ready_.push_back(p);
+                    addReady(p);
                 }
             } else {
-                ready_.push_back(group.end - 1);
+                addReady(group.end - 1);
             }
         }
         drain();
@@ -206,10 +212,14 @@ private:
         }
     }
 
+    void addReady(std::uint32_t polygon) { ready_[shared(polygon) ? 1 : 0].push_back(polygon); }
+
     void drain() {
-        while (!ready_.empty()) {
-            const std::uint32_t polygon = ready_.back();
-            ready_.pop_back();
+        while (!ready_[0].empty() || !ready_[1].empty()) {
+            auto& rather = ready_[sharedLast_ ? 1 : 0];
+            auto& ready = rather.empty() ? ready_[sharedLast_ ? 0 : 1] : rather;
+            const std::uint32_t polygon = ready.back();
+            ready.pop_back();
             tryPlace(polygon);
         }
     }
@@ -250,11 +260,11 @@ private:
         const PolygonGroup& group = polygons_.groups[g];
         --polygonsLeft_[g];
         if (!group.strips && polygon > group.first) {
-            ready_.push_back(polygon - 1);
+            addReady(polygon - 1);
         }
         if (polygonsLeft_[g] == 0 && !polygons_.hasStrips && previousGroup_[g] != none &&
             polygonsLeft_[previousGroup_[g]] == 1) {
-            ready_.push_back(polygons_.groups[previousGroup_[g]].first);
+            addReady(polygons_.groups[previousGroup_[g]].first);
         }
         if (isFree(polygon)) {
             for (std::size_t k = 0; k < corners(polygon); ++k) {
@@ -278,7 +288,9 @@ private:
         settledAt_[normal] = placed_.size();
         std::vector<std::uint32_t> freed;
         freed.swap(waiting_[normal]);
-        ready_.insert(ready_.end(), freed.begin(), freed.end());
+        for (const std::uint32_t polygon : freed) {
+            addReady(polygon);
+        }
     }
 
     /// Lets a free corner in this coordinate name the normal.
@@ -375,6 +387,7 @@ private:
         }
     }
 
+    bool sharedLast_;
     const Owners& owners_;
     std::uint32_t first_;  // shared normal
     UnpackedPolygons& polygons_;
@@ -386,10 +399,10 @@ private:
     std::vector<std::uint32_t> goodLeft_;  // unplaced polygons that name it in its coordinate
     std::vector<std::uint32_t> groupOf_;
 
-    std::vector<std::uint32_t> placed_;  // from the end of the order
-    std::vector<std::size_t> placedAt_;  // by polygon
-    std::vector<bool> done_;             // by polygon: it is placed
-    std::vector<std::uint32_t> ready_;
+    std::vector<std::uint32_t> placed_;                // from the end of the order
+    std::vector<std::size_t> placedAt_;                // by polygon
+    std::vector<bool> done_;                           // by polygon: it is placed
+    std::array<std::vector<std::uint32_t>, 2> ready_;  // independent ones, shared ones
     std::vector<std::vector<std::uint32_t>> waiting_;  // polygons by the normal that blocks them
     std::vector<std::uint32_t> blocked_;
     std::vector<std::uint32_t> polygonsLeft_;  // by group
@@ -403,8 +416,15 @@ private:
 
 void orderForNormals(const Owners& owners, std::uint32_t independentNormals,
                      std::uint32_t sharedNormals, UnpackedPolygons& polygons) {
-    if (sharedNormals > 0) {
-        NormalOrder(owners, independentNormals, sharedNormals, polygons).order();
+    if (sharedNormals == 0) {
+        return;
+    }
+    const UnpackedPolygons asFound = polygons;
+    for (const bool sharedLast : {false, true}) {
+        polygons = asFound;
+        if (NormalOrder(owners, independentNormals, sharedNormals, sharedLast, polygons).order()) {
+            return;
+        }
     }
 }
 

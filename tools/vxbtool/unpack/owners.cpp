@@ -69,6 +69,9 @@ void Owners::findShared(const VxbFile& file, const std::vector<std::uint32_t>& c
         if (normal >= last) {
             return;
         }
+        if (candidates.size() == 1) {
+            normalOwners_.insert(candidates.front());
+        }
         candidates_.insert(candidates_.end(), candidates.begin(), candidates.end());
         for (; normal < last; ++normal) {
             sharedNormals_[normal] = {first, static_cast<std::uint32_t>(candidates_.size())};
@@ -137,6 +140,7 @@ void Owners::findBodies(const VxbFile& file, const std::vector<std::uint32_t>& c
     };
     for (std::size_t g = 0; g < groups.size(); ++g) {
         if (groups[g].headers.size() == 1 && !file.packetGroups[g].shared) {
+            normalOwners_.erase(coordinates[groups[g].headers.front()]);
             forVertices(
                 g, [&](std::uint32_t& first) { first = coordinates[groups[g].headers.front()]; });
         }
@@ -174,6 +178,16 @@ void Owners::findBodies(const VxbFile& file, const std::vector<std::uint32_t>& c
         } else {
             constexpr int mostOrders = 1000;
             std::vector<std::uint32_t> candidate = first.headers;
+            // Where nothing else tells, a coordinate that owns shared normals without shared vertices
+            // has them from polygons that lie in it first.
+            if (evidence == none) {
+                const auto owner = std::ranges::find_if(candidate, [&](std::uint32_t header) {
+                    return normalOwners_.contains(coordinates[header]);
+                });
+                if (owner != candidate.end()) {
+                    evidence = coordinates[*owner];
+                }
+            }
             for (int tries = 0; tries < mostOrders; ++tries) {
                 const bool fits = evidence == none || coordinates[candidate.front()] == evidence;
                 if (fits && !used.contains(candidate)) {

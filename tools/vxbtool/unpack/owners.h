@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <set>
 #include <span>
 #include <vector>
 
@@ -51,6 +52,7 @@ private:
     };
     std::vector<Range> sharedNormals_;
     std::vector<std::uint32_t> candidates_;
+    std::set<std::uint32_t> normalOwners_;  // coordinates that are the only candidates of some
 };
 
 }  // namespace vxbtool::unpack
