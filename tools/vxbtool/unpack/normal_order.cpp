@@ -170,22 +170,15 @@ private:
 
     void placeAll() {
         polygonsLeft_.resize(polygons_.groups.size());
-        nextGroup_.assign(polygons_.groups.size(), none);
-        previousGroup_.assign(polygons_.groups.size(), none);
+        behind_.assign(polygons_.groups.size(), {});
+        before_.assign(polygons_.groups.size(), {});
         waiting_.resize(target_.size());
         done_.resize(uses_.size());
         placedAt_.resize(uses_.size());
-        std::array<std::uint32_t, 2> last{none, none};
         for (std::uint32_t g = 0; g < polygons_.groups.size(); ++g) {
-            const PolygonGroup& group = polygons_.groups[g];
-            polygonsLeft_[g] = group.end - group.first;
-            std::uint32_t& before = last[group.shared ? 1 : 0];
-            if (before != none) {
-                nextGroup_[before] = g;
-                previousGroup_[g] = before;
-            }
-            before = g;
+            polygonsLeft_[g] = polygons_.groups[g].end - polygons_.groups[g].first;
         }
+        chainGroups();
         for (std::uint32_t p = 0; p < uses_.size(); ++p) {
             forLastNamings(
                 p, [&](const Naming& naming) { goodLeft_[naming.normal] += good(naming) ? 1 : 0; });
@@ -212,6 +205,28 @@ private:
         }
     }
 
+    /// The bodies stand in the order of their first polygons, and so do the groups of one body.
+    void chainGroups() {
+        const auto chain = [&](std::uint32_t group, std::uint32_t next) {
+            behind_[group].push_back(next);
+            before_[next].push_back(group);
+        };
+        std::uint32_t firstOfBody = none;
+        for (std::uint32_t g = 0; g < polygons_.groups.size(); ++g) {
+            if (firstOfBody != none &&
+                polygons_.groups[g].shared == polygons_.groups[g - 1].shared &&
+                (polygons_.groups[g].shared ||
+                 owners_.listOfGroup(g) == owners_.listOfGroup(g - 1))) {
+                chain(g - 1, g);
+                continue;
+            }
+            if (firstOfBody != none && !polygons_.groups[g].shared) {
+                chain(firstOfBody, g);
+            }
+            firstOfBody = g;
+        }
+    }
+
     void addReady(std::uint32_t polygon) { ready_[shared(polygon) ? 1 : 0].push_back(polygon); }
 
     void drain() {
@@ -225,11 +240,12 @@ private:
     }
 
     /// Whether the group order keeps this polygon from its place: in a model without meshes the
-    /// groups stand in the order of their first polygons.
+    /// bodies and their groups stand in the order of their first polygons.
     [[nodiscard]] bool heldByOrder(std::uint32_t polygon) const {
         const std::uint32_t g = groupOf_[polygon];
         return !polygons_.hasStrips && polygon == polygons_.groups[g].first &&
-               nextGroup_[g] != none && polygonsLeft_[nextGroup_[g]] > 0;
+               std::ranges::any_of(behind_[g],
+                                   [&](std::uint32_t next) { return polygonsLeft_[next] > 0; });
     }
 
     void tryPlace(std::uint32_t polygon) {
@@ -262,9 +278,12 @@ private:
         if (!group.strips && polygon > group.first) {
             addReady(polygon - 1);
         }
-        if (polygonsLeft_[g] == 0 && !polygons_.hasStrips && previousGroup_[g] != none &&
-            polygonsLeft_[previousGroup_[g]] == 1) {
-            addReady(polygons_.groups[previousGroup_[g]].first);
+        if (polygonsLeft_[g] == 0 && !polygons_.hasStrips) {
+            for (const std::uint32_t previous : before_[g]) {
+                if (polygonsLeft_[previous] == 1) {
+                    addReady(polygons_.groups[previous].first);
+                }
+            }
         }
         if (isFree(polygon)) {
             for (std::size_t k = 0; k < corners(polygon); ++k) {
@@ -405,9 +424,9 @@ private:
     std::array<std::vector<std::uint32_t>, 2> ready_;  // independent ones, shared ones
     std::vector<std::vector<std::uint32_t>> waiting_;  // polygons by the normal that blocks them
     std::vector<std::uint32_t> blocked_;
-    std::vector<std::uint32_t> polygonsLeft_;  // by group
-    std::vector<std::uint32_t> nextGroup_;
-    std::vector<std::uint32_t> previousGroup_;
+    std::vector<std::uint32_t> polygonsLeft_;         // by group
+    std::vector<std::vector<std::uint32_t>> behind_;  // groups that begin behind each group
+    std::vector<std::vector<std::uint32_t>> before_;
     std::array<std::map<std::uint32_t, std::vector<Slot>>, 2> slots_;  // of independent, of shared
     std::map<std::uint32_t, std::uint32_t> smoothLooks_;
 };

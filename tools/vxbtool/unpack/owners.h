@@ -20,6 +20,10 @@ public:
 
     /// The distinct coordinate lists.
     [[nodiscard]] const std::vector<std::vector<std::uint32_t>>& lists() const { return lists_; }
+    /// List of an independent packet group; groups of one body have the same.
+    [[nodiscard]] std::uint32_t listOfGroup(std::uint32_t group) const {
+        return listOfGroup_[group];
+    }
     /// List of a vertex; `none` when no packet tells.
     [[nodiscard]] std::uint32_t listOf(std::uint32_t vertex) const { return listOfVertex_[vertex]; }
     /// First coordinate of a vertex; 0 when no packet tells.
