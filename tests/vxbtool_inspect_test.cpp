@@ -52,6 +52,25 @@ TEST(Inspect, PrintsWhatTheSessionHolds) {
     expectSession(folder, MQF2VXB_TEST_DATA "/inspect/session.txt");
 }
 
+TEST(Unpack, PrintsAndWritesWhatTheSessionHolds) {
+    const TestFolder folder;
+    folder.write("small.vxb", convertFiles(mqf2vxb::tests::smallModel()).outputs.at("m.vxb"));
+    expectSession(folder, MQF2VXB_TEST_DATA "/unpack/session.txt");
+}
+
+TEST(Unpack, SamplesComeBackWordForWord) {
+    const TestFolder folder;
+    for (const std::string model : {"crawler", "crawler_groups", "crawler_strips"}) {
+        for (const std::string options : {"", "--no-images "}) {
+            const TestFolder::Result result =
+                runIn(folder, "(cd " MQF2VXB_EXAMPLES " && vxbtool convert " + options + "-o " +
+                                  (folder.path() / "m.vxb").string() + " " + model +
+                                  ".mqf) && vxbtool unpack --force --verify m.vxb");
+            EXPECT_EQ(result.status, 0) << model << " " << options << result.output;
+        }
+    }
+}
+
 /// The files of the page's whole model are its blocks behind "`name`:"; the image is its only block of
 /// 32-bit words.
 TEST(Document, ShowsAWholeModel) {
