@@ -19,8 +19,8 @@ using namespace mqf2vxb;
 
 constexpr std::size_t depthNum = DepthSet().size();
 
-/// Which images cover a place of image memory. Images may lie over each other; the time to look up
-/// all of one place is that of its images.
+/// Which images cover a place of image memory. Images may overlap; to look up a place takes as long
+/// as it has images.
 class ImageMap {
 public:
     explicit ImageMap(const std::vector<Image>& images) {
