@@ -44,7 +44,8 @@ export interface Memory extends Rectangle {
   png: string;
 }
 
-/** Where a texture of the GLB lies in image memory: its first texel, its size and the bits of a texel. */
+/** Where a picture of the GLB lies in image memory: its first texel's place, its size in texels, and the
+ * bits of a texel. */
 export interface Picture {
   x: number;
   y: number;

@@ -27,8 +27,10 @@ export function svg<Name extends keyof SVGElementTagNameMap>(
 
 function setAttributes(target: Element, attributes: Attributes): void {
   for (const [name, value] of Object.entries(attributes)) {
-    if (value !== false) {
-      target.setAttribute(name, value === true ? "" : String(value));
+    if (typeof value !== "boolean" || name.startsWith("aria-")) {
+      target.setAttribute(name, String(value));
+    } else {
+      target.toggleAttribute(name, value);
     }
   }
 }

@@ -68,8 +68,6 @@ function plain(material: MeshStandardMaterial): MeshLambertMaterial {
 export class Looks {
   private readonly made = new Map<Material, Material>();
 
-  constructor(private readonly onReplaced: (old: Material, made: Material) => void) {}
-
   apply(mesh: Mesh): void {
     mesh.material = Array.isArray(mesh.material)
       ? mesh.material.map((material) => this.look(material))
@@ -85,7 +83,6 @@ export class Looks {
         setBlend(made, blend);
       }
       this.made.set(material, made);
-      this.onReplaced(material, made);
     }
     return made;
   }

@@ -11,7 +11,7 @@ import { keyBindings } from "./key_bindings.js";
 import { watchKeys } from "./keys.js";
 import { Looks, setWireframe } from "./looks.js";
 import { memoryPanel } from "./memory_panel.js";
-import { boxOf, loadModel, type Model } from "./model.js";
+import { boxOf, loadModel, primitiveOf, type Model } from "./model.js";
 import { motionBar } from "./motion_bar.js";
 import { MotionPlayer } from "./motions.js";
 import { Panels } from "./panels.js";
@@ -48,12 +48,7 @@ function makeStage(): Stage | null {
 async function makeModel(): Promise<Model | null> {
   try {
     const model = await loadModel(readGlb());
-    const looks = new Looks((old, made) => {
-      const texture = model.textureOf.get(old);
-      if (texture !== undefined) {
-        model.textureOf.set(made, texture);
-      }
-    });
+    const looks = new Looks();
     [...model.meshes.values()].flat().forEach((mesh) => looks.apply(mesh));
     return model;
   } catch (error) {
@@ -88,7 +83,8 @@ function show(stage: Stage, model: Model, data: ModelData): void {
   const player = new MotionPlayer(
     model.root,
     model.motions,
-    data,
+    data.motions,
+    data.framesPerSecond,
     (coordinate) => model.nodes.get(coordinate),
     () => {
       updateMotion();
@@ -99,7 +95,7 @@ function show(stage: Stage, model: Model, data: ModelData): void {
   updateMotion();
 
   const memory = memoryPanel(data);
-  const mark = new PolygonMark(model, data, memory);
+  const mark = new PolygonMark(data.pictures, memory);
   const tree = partsPanel(parts);
   parts.changed = () => {
     tree.update();
@@ -112,7 +108,7 @@ function show(stage: Stage, model: Model, data: ModelData): void {
     const part = hit ? model.partOf.get(hit.mesh) ?? null : null;
     parts.select(part);
     mark.show(hit);
-    say(part === null ? "" : partName(part));
+    say(hit && part !== null ? `${partName(part)}: ${primitiveOf(hit.mesh).form}` : "");
   });
 
   const bindings = keyBindings({

@@ -6,12 +6,10 @@ import {
   Group,
   Material,
   Mesh,
-  NearestFilter,
   Object3D,
   SkinnedMesh,
-  Texture,
 } from "three";
-import { GLTFLoader, type GLTFParser } from "three/examples/jsm/loaders/GLTFLoader.js";
+import { GLTFLoader } from "three/examples/jsm/loaders/GLTFLoader.js";
 
 /** Who draws a mesh: a coordinate by its number, the coordinates of its corners, or nobody. */
 export type PartId = number | "shared" | "origin";
@@ -25,16 +23,28 @@ export interface Model {
   nodes: Map<number, Object3D>;
   meshes: Map<PartId, Mesh[]>;
   partOf: Map<Object3D, PartId>;
-  motions: AnimationClip[];
-  /** The GLB's number of the texture of a material. */
-  textureOf: Map<Material, number>;
+  /** By the number of the motion; one that moves nothing has none. */
+  motions: Map<number, AnimationClip>;
+}
+
+/** What the GLB says of the polygons of a mesh. */
+export interface Primitive {
+  form: string;
+  polygons: number;
+  texture?: { picture: number };
+}
+
+export function primitiveOf(mesh: Mesh): Primitive {
+  return mesh.geometry.userData as Primitive;
 }
 
 function coordinateNumber(object: Object3D): number | null {
-  // The loader changes names and keeps the right one.
-  const name: unknown = object.userData["name"] ?? object.name;
-  const found = typeof name === "string" ? /^coordinate[ _](\d+)$/.exec(name) : null;
-  return found ? Number(found[1]) : null;
+  const number: unknown = object.userData["coordinate"];
+  return typeof number === "number" ? number : null;
+}
+
+function motionNumber(clip: AnimationClip): number {
+  return Number(/^motion (\d+)$/.exec(clip.name)?.[1]);
 }
 
 function partOf(mesh: Mesh): PartId {
@@ -63,8 +73,7 @@ export async function loadModel(glb: ArrayBuffer): Promise<Model> {
     nodes: new Map(),
     meshes: new Map(),
     partOf: new Map(),
-    motions: gltf.animations,
-    textureOf: new Map(),
+    motions: new Map(gltf.animations.map((clip) => [motionNumber(clip), clip])),
   };
   gltf.scene.traverse((object) => {
     const number = coordinateNumber(object);
@@ -77,22 +86,9 @@ export async function loadModel(glb: ArrayBuffer): Promise<Model> {
       model.partOf.set(object, part);
       // Its box is that of rest.
       object.frustumCulled = !(object instanceof SkinnedMesh);
-      eachMaterial(object, (material) => noteTexture(material, gltf.parser, model));
     }
   });
   return model;
-}
-
-function noteTexture(material: Material, parser: GLTFParser, model: Model): void {
-  const map = (material as Material & { map?: Texture | null }).map;
-  if (!map) {
-    return;
-  }
-  map.magFilter = NearestFilter;
-  const number = parser.associations.get(map)?.textures;
-  if (number !== undefined) {
-    model.textureOf.set(material, number);
-  }
 }
 
 /** The box of what is shown, as it stands now. */

@@ -1,6 +1,6 @@
 import { AnimationMixer, LoopOnce, type AnimationAction, type AnimationClip, type Object3D } from "three";
 
-import type { ModelData } from "./data.js";
+import type { Motion } from "./data.js";
 
 /** One coordinate of the motion that plays: its round is its own. */
 interface Round {
@@ -25,13 +25,14 @@ export class MotionPlayer {
 
   constructor(
     root: Object3D,
-    private readonly clips: readonly AnimationClip[],
-    private readonly data: ModelData,
+    private readonly clips: ReadonlyMap<number, AnimationClip>,
+    private readonly motions: readonly Motion[],
+    private readonly framesPerSecond: number,
     private readonly nodeOf: (coordinate: number) => Object3D | undefined,
     private readonly changed: () => void,
   ) {
     this.mixer = new AnimationMixer(root);
-    this.number = Math.min(clips.length, data.motions.length);
+    this.number = motions.length;
   }
 
   get motion(): number {
@@ -40,7 +41,7 @@ export class MotionPlayer {
 
   /** The length of the longest round. */
   get length(): number {
-    return (this.data.motions[this.chosen]?.frames ?? 0) / this.data.framesPerSecond;
+    return (this.motions[this.chosen]?.frames ?? 0) / this.framesPerSecond;
   }
 
   get time(): number {
@@ -108,7 +109,7 @@ export class MotionPlayer {
   }
 
   private get loops(): boolean {
-    return this.data.motions[this.chosen]?.tracks.some((track) => track.loops) ?? false;
+    return this.motions[this.chosen]?.tracks.some((track) => track.loops) ?? false;
   }
 
   private show(): void {
@@ -124,8 +125,8 @@ export class MotionPlayer {
 
   /** Each coordinate gets an action of its own, because rounds have lengths of their own. */
   private start(): void {
-    const clip = this.clips[this.chosen];
-    for (const track of this.data.motions[this.chosen]?.tracks ?? []) {
+    const clip = this.clips.get(this.chosen);
+    for (const track of this.motions[this.chosen]?.tracks ?? []) {
       const node = this.nodeOf(track.coordinate);
       const part = clip?.clone();
       if (!part || !node) {
@@ -139,7 +140,7 @@ export class MotionPlayer {
       action.setLoop(LoopOnce, 1);
       action.clampWhenFinished = true;
       action.play();
-      this.rounds.push({ action, seconds: track.frames / this.data.framesPerSecond, loops: track.loops });
+      this.rounds.push({ action, seconds: track.frames / this.framesPerSecond, loops: track.loops });
     }
   }
 }

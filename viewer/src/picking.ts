@@ -1,10 +1,11 @@
-import { Mesh, Raycaster, Vector2, type Camera, type Intersection, type Object3D } from "three";
+import { BufferGeometry, Mesh, Raycaster, Vector2, type Camera, type Intersection, type Object3D } from "three";
+
+import { primitiveOf } from "./model.js";
 
 export interface Hit {
   mesh: Mesh;
-  /** The triangle's number in the mesh, and its corners. */
-  triangle: number;
-  corners: [number, number, number];
+  /** Three corners for each triangle of the polygon. */
+  corners: number[];
 }
 
 /** Calls back for each click that is not the end of a turn: with what lies there, or null. */
@@ -35,9 +36,20 @@ function hitAt(place: Vector2, camera: Camera, root: Object3D): Hit | null {
   const found = ray
     .intersectObject(root, true)
     .find((each): each is Intersection<Mesh> => each.object instanceof Mesh);
-  if (!found?.face || found.faceIndex === undefined || found.faceIndex === null) {
+  if (!found || typeof found.faceIndex !== "number") {
     return null;
   }
-  const { a, b, c } = found.face;
-  return { mesh: found.object, triangle: found.faceIndex, corners: [a, b, c] };
+  return { mesh: found.object, corners: polygonOf(found.object, found.faceIndex) };
+}
+
+/** A mesh holds polygons of one form, each as its triangles one behind the other. */
+function polygonOf(mesh: Mesh<BufferGeometry>, triangle: number): number[] {
+  const index = mesh.geometry.index;
+  if (!index) {
+    return [3 * triangle, 3 * triangle + 1, 3 * triangle + 2];
+  }
+  const size = index.count / primitiveOf(mesh).polygons;
+  const length = size === 6 ? 6 : 3;
+  const first = Math.floor((3 * triangle) / length) * length;
+  return Array.from({ length }, (_, i) => index.getX(first + i));
 }

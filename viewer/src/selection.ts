@@ -1,8 +1,8 @@
-import { MeshBasicMaterial, type Material, type Mesh } from "three";
+import { MeshBasicMaterial, type Mesh } from "three";
 
-import type { ModelData } from "./data.js";
+import type { Picture } from "./data.js";
 import type { MemoryPanel, Texel } from "./memory_panel.js";
-import { overlayOf, type Model } from "./model.js";
+import { overlayOf, primitiveOf } from "./model.js";
 import type { Hit } from "./picking.js";
 
 /** The polygon that was clicked last: outlined in the picture, and its texture in image memory. */
@@ -11,8 +11,7 @@ export class PolygonMark {
   private readonly outline = new MeshBasicMaterial({ color: 0xff3b6b, wireframe: true, depthTest: false });
 
   constructor(
-    private readonly model: Model,
-    private readonly data: ModelData,
+    private readonly pictures: readonly Picture[],
     private readonly memory: MemoryPanel,
   ) {}
 
@@ -25,14 +24,17 @@ export class PolygonMark {
       return;
     }
     this.overlay = overlayOf(hit.mesh, this.outline, hit.corners);
-    const number = this.model.textureOf.get(hit.mesh.material as Material);
-    const picture = number === undefined ? undefined : this.data.pictures[number];
+    const texture = primitiveOf(hit.mesh).texture;
+    const picture = texture && this.pictures[texture.picture];
     const places = hit.mesh.geometry.getAttribute("uv");
     if (!picture || !places) {
       this.memory.mark(null, [], "This polygon has no texture.");
       return;
     }
-    const texels: Texel[] = hit.corners.map((corner) => ({
+    // A quadrangle is told by two triangles that share an edge.
+    const [a, b, c, , , d] = hit.corners;
+    const around = (d === undefined ? [a, b, c] : [a, b, d, c]) as number[];
+    const texels: Texel[] = around.map((corner) => ({
       x: places.getX(corner) * picture.width,
       y: places.getY(corner) * picture.height,
     }));
