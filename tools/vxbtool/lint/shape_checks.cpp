@@ -135,7 +135,7 @@ private:
             if (face.corners != 4) {
                 continue;
             }
-            std::array<Place, 4> corners{};
+            std::array<QuadranglePoint, 4> corners{};
             for (std::size_t k = 0; k < corners.size(); ++k) {
                 const Vector& corner = place(face, k);
                 corners[k] = {corner.x, corner.y, corner.z};

@@ -22,35 +22,8 @@ Vector3 vectorOf(const Point& point, float unit) {
             static_cast<float>(point.z) / unit};
 }
 
-Vector3 cross(const Vector3& a, const Vector3& b) {
-    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
-}
-
 Vector3 minus(const Vector3& a, const Vector3& b) {
     return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
-}
-
-/// A direction that stands on faces, from a coordinate's space into the model's.
-Vector3 normalInModel(const Matrix& m, const Vector3& normal) {
-    const Vector3 x{m[0], m[3], m[6]};
-    const Vector3 y{m[1], m[4], m[7]};
-    const Vector3 z{m[2], m[5], m[8]};
-    const std::array<Vector3, 3> across{cross(y, z), cross(z, x), cross(x, y)};
-    const bool mirrors = x[0] * across[0][0] + x[1] * across[0][1] + x[2] * across[0][2] < 0;
-    Vector3 result{};
-    for (std::size_t i = 0; i < 3; ++i) {
-        for (std::size_t k = 0; k < 3; ++k) {
-            result[k] += (mirrors ? -normal[i] : normal[i]) * across[i][k];
-        }
-    }
-    return result;
-}
-
-/// The way back, but for the length.
-Vector3 normalFromModel(const Matrix& m, const Vector3& normal) {
-    return {m[0] * normal[0] + m[3] * normal[1] + m[6] * normal[2],
-            m[1] * normal[0] + m[4] * normal[1] + m[7] * normal[2],
-            m[2] * normal[0] + m[5] * normal[1] + m[8] * normal[2]};
 }
 
 }  // namespace
@@ -81,7 +54,7 @@ Vector3 CornerReader::normal(std::uint32_t index, bool shared, const Corner& cor
         const Placement* from = placementOf(owner, shared);
         const Placement* to = placementOf(corner.coordinate, shared);
         if (from != nullptr && to != nullptr) {
-            normal = normalFromModel(matrixOf(*to), normalInModel(matrixOf(*from), normal));
+            normal = normalBefore(matrixOf(*to), transformedNormal(matrixOf(*from), normal));
         }
     }
     return normalised(normal).value_or(Vector3{});
@@ -118,9 +91,9 @@ void CornerReader::finish(const PacketPolygon& packet, std::span<Corner> corners
     };
     find();
     if (corners.size() == 4) {
-        std::array<Place, 4> quadrangle{};
+        std::array<QuadranglePoint, 4> quadrangle{};
         std::transform(places.begin(), places.end(), quadrangle.begin(), [](const Vector3& place) {
-            return Place{place[0], place[1], place[2]};
+            return QuadranglePoint{place[0], place[1], place[2]};
         });
         if (agreementOfHalves(quadrangle) < 0) {
             std::swap(corners[2], corners[3]);
@@ -137,7 +110,7 @@ void CornerReader::finish(const PacketPolygon& packet, std::span<Corner> corners
     for (Corner& corner : corners) {
         if (corner.normal == Vector3{}) {
             const Placement* to = placementOf(corner.coordinate, shared);
-            const Vector3 own = to != nullptr ? normalFromModel(matrixOf(*to), face) : face;
+            const Vector3 own = to != nullptr ? normalBefore(matrixOf(*to), face) : face;
             corner.normal = normalised(own).value_or(Vector3{0, 0, 1});
         }
     }

@@ -9,10 +9,6 @@ namespace {
 
 float dot(const Vector3& a, const Vector3& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
 
-Vector3 cross(const Vector3& a, const Vector3& b) {
-    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
-}
-
 Vector3 column(const Matrix& matrix, std::size_t i) {
     return {matrix[i], matrix[i + 3], matrix[i + 6]};
 }
@@ -120,6 +116,31 @@ Matrix matrixOf(const Placement& placement) {
         matrix[i] = placement[i / 3 * 4 + i % 3];
     }
     return matrix;
+}
+
+Vector3 cross(const Vector3& a, const Vector3& b) {
+    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
+}
+
+Vector3 transformedNormal(const Matrix& m, const Vector3& normal) {
+    const Vector3 x{m[0], m[3], m[6]};
+    const Vector3 y{m[1], m[4], m[7]};
+    const Vector3 z{m[2], m[5], m[8]};
+    const std::array<Vector3, 3> across{cross(y, z), cross(z, x), cross(x, y)};
+    const bool mirrors = x[0] * across[0][0] + x[1] * across[0][1] + x[2] * across[0][2] < 0;
+    Vector3 result{};
+    for (std::size_t i = 0; i < 3; ++i) {
+        for (std::size_t k = 0; k < 3; ++k) {
+            result[k] += (mirrors ? -normal[i] : normal[i]) * across[i][k];
+        }
+    }
+    return result;
+}
+
+Vector3 normalBefore(const Matrix& m, const Vector3& moved) {
+    return {m[0] * moved[0] + m[3] * moved[1] + m[6] * moved[2],
+            m[1] * moved[0] + m[4] * moved[1] + m[7] * moved[2],
+            m[2] * moved[0] + m[5] * moved[1] + m[8] * moved[2]};
 }
 
 std::optional<Vector3> normalised(const Vector3& vector) {

@@ -24,6 +24,11 @@ Vector3 transformed(const Matrix& matrix, const Vector3& vector);
 Vector3 transformed(const Placement& placement, const Vector3& place);
 /// The matrix of a placement, without its translation.
 Matrix matrixOf(const Placement& placement);
+Vector3 cross(const Vector3& a, const Vector3& b);
+/// What becomes of the normal of a face when a matrix moves the face, and the way back, both but for
+/// the length.
+Vector3 transformedNormal(const Matrix& matrix, const Vector3& normal);
+Vector3 normalBefore(const Matrix& matrix, const Vector3& moved);
 /// Of length 1; nothing of a vector without a direction.
 std::optional<Vector3> normalised(const Vector3& vector);
 
