@@ -29,6 +29,7 @@
 #include "vxbtool/shared/session.h"
 #include "vxbtool/shared/text_output.h"
 #include "vxbtool/unpack/unpack.h"
+#include "vxbtool/view/view.h"
 
 namespace vxbtool {
 namespace {
@@ -42,6 +43,7 @@ constexpr const char* examples = R"(Examples:
   vxbtool dump car.vxb                    what does each word say?
   vxbtool diff old.vxb new.vxb            what became of the model?
   vxbtool unpack car.vxb                  write the model that it was made of
+  vxbtool view --open car.vxb             what does it look like?
 
 "vxbtool COMMAND --help" tells more about one command, "man vxbtool" about all.
 Exit status: 0 all went well, 1 bad input, 2 bad usage; of diff 0 equal, 1 different, 2 trouble.)";
@@ -90,6 +92,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     addDump(app, session);
     addDiff(app, session);
     addUnpack(app, session);
+    addView(app, session);
     addCompletion(app, session);
     addFindingCatalogue(app, session);
     addPacketFormTables(app, session);

@@ -57,7 +57,7 @@ export interface Picture {
 
 export interface ModelData {
   name: string;
-  counts: [name: string, value: number][];
+  counts: Record<string, number>;
   coordinates: Coordinate[];
   sharedPolygons: number;
   /** Those that no coordinate draws. */

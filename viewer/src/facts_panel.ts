@@ -4,7 +4,7 @@ import { element } from "./dom.js";
 /** What the file holds, and what is wrong with it. */
 export function factsPanel(data: ModelData): HTMLElement {
   const counts = element("dl", { class: "counts" });
-  for (const [name, value] of data.counts) {
+  for (const [name, value] of Object.entries(data.counts)) {
     counts.append(element("dt", {}, name), element("dd", {}, value.toLocaleString("en")));
   }
   const findings = data.findings.map(({ code, severity, text, place, occurrences }) => {
