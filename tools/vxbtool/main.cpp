@@ -20,6 +20,7 @@
 #include "vxbtool/convert/convert.h"
 #include "vxbtool/diff/diff.h"
 #include "vxbtool/dump/dump.h"
+#include "vxbtool/export/export.h"
 #include "vxbtool/finding_catalogue/finding_catalogue.h"
 #include "vxbtool/info/info.h"
 #include "vxbtool/lint/lint.h"
@@ -42,6 +43,7 @@ constexpr const char* examples = R"(Examples:
   vxbtool dump car.vxb                    what does each word say?
   vxbtool diff old.vxb new.vxb            what became of the model?
   vxbtool unpack car.vxb                  write the model that it was made of
+  vxbtool export car.vxb                  write car.glb for programs that show or edit models
 
 "vxbtool COMMAND --help" tells more about one command, "man vxbtool" about all.
 Exit status: 0 all went well, 1 bad input, 2 bad usage; of diff 0 equal, 1 different, 2 trouble.)";
@@ -90,6 +92,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     addDump(app, session);
     addDiff(app, session);
     addUnpack(app, session);
+    addExport(app, session);
     addCompletion(app, session);
     addFindingCatalogue(app, session);
     addPacketFormTables(app, session);
