@@ -20,6 +20,7 @@
 #include "vxbtool/convert/convert.h"
 #include "vxbtool/diff/diff.h"
 #include "vxbtool/dump/dump.h"
+#include "vxbtool/export/export.h"
 #include "vxbtool/finding_catalogue/finding_catalogue.h"
 #include "vxbtool/info/info.h"
 #include "vxbtool/lint/lint.h"
@@ -43,6 +44,7 @@ constexpr const char* examples = R"(Examples:
   vxbtool dump car.vxb                    what does each word say?
   vxbtool diff old.vxb new.vxb            what became of the model?
   vxbtool unpack car.vxb                  write the model that it was made of
+  vxbtool export car.vxb                  write car.glb for programs that show or edit models
   vxbtool view --open car.vxb             what does it look like?
 
 "vxbtool COMMAND --help" tells more about one command, "man vxbtool" about all.
@@ -92,6 +94,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     addDump(app, session);
     addDiff(app, session);
     addUnpack(app, session);
+    addExport(app, session);
     addView(app, session);
     addCompletion(app, session);
     addFindingCatalogue(app, session);

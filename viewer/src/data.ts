@@ -40,7 +40,10 @@ export interface ImagePlace extends Rectangle {
   depth: string;
 }
 
-export interface Memory extends Rectangle {
+export interface Memory {
+  /** Columns and lines from the first on. */
+  width: number;
+  height: number;
   png: string;
 }
 
@@ -66,7 +69,7 @@ export interface ModelData {
   motions: Motion[];
   findings: Finding[];
   warnings: string[];
-  /** The part of image memory that images cover; none in a file without images. */
+  /** None in a file without images. */
   memory: Memory | null;
   places: ImagePlace[];
   pictures: Picture[];

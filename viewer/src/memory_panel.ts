@@ -27,27 +27,39 @@ export function memoryPanel(data: ModelData): MemoryPanel {
     panel.append(element("p", {}, "The file holds no images."));
     return { panel, mark: () => {} };
   }
-  const overlay = svg("svg", {
-    viewBox: `${memory.x} ${memory.y} ${memory.width} ${memory.height}`,
-    preserveAspectRatio: "none",
-    role: "img",
-    "aria-label": "Rectangles of the images",
-  });
-  const picture = element("img", { src: `data:image/png;base64,${memory.png}`, alt: "Image memory" });
-  const sheet = element("div", { class: "sheet", style: `--ratio: ${memory.width} / ${memory.height}` }, picture, overlay);
+  const shown = usedPart(memory, data.places);
+  const overlay = svg(
+    "svg",
+    { viewBox: `${shown.x} ${shown.y} ${shown.width} ${shown.height}`, preserveAspectRatio: "none" },
+    svg("image", {
+      href: `data:image/png;base64,${memory.png}`,
+      width: memory.width,
+      height: memory.height,
+      preserveAspectRatio: "none",
+    }),
+  );
+  const sheet = element("div", { class: "sheet", style: `--ratio: ${shown.width} / ${shown.height}` }, overlay);
   const told = element("p", { class: "told", role: "status" }, "Click a textured polygon or a rectangle.");
   panel.append(
     element(
       "p",
       { class: "hint" },
-      `Columns of 16 bits from ${memory.x}, lines from ${memory.y}. Texels of 4 and 8 bits are squeezed into their columns.`,
+      `Columns ${shown.x} to ${shown.x + shown.width - 1} of 16 bits, lines ${shown.y} to ${shown.y + shown.height - 1}. Texels of 4 and 8 bits are squeezed into their columns.`,
     ),
     zoomButtons(sheet),
     element("div", { class: "memory", tabindex: 0, role: "group", "aria-label": "Image memory" }, sheet),
     told,
     imageList(data, overlay),
   );
-  return { panel, mark: marker(memory, sheet, overlay, told) };
+  return { panel, mark: marker(shown, sheet, overlay, told) };
+}
+
+/** The part of image memory that images cover. */
+function usedPart(memory: Memory, places: readonly ImagePlace[]): Rectangle {
+  const x = Math.min(...places.map((place) => place.x));
+  const y = Math.min(...places.map((place) => place.y));
+  const right = Math.max(...places.map((place) => place.x + place.width));
+  return { x, y, width: Math.min(memory.width, right) - x, height: memory.height - y };
 }
 
 function zoomButtons(sheet: HTMLElement): HTMLElement {
@@ -105,7 +117,7 @@ function imageList(data: ModelData, overlay: SVGElement): HTMLElement {
   return list;
 }
 
-function marker(memory: Memory, sheet: HTMLElement, overlay: SVGElement, told: HTMLElement): MemoryPanel["mark"] {
+function marker(shown: Rectangle, sheet: HTMLElement, overlay: SVGElement, told: HTMLElement): MemoryPanel["mark"] {
   const mark = svg("g", { class: "mark" });
   return (picture, texels, what) => {
     mark.replaceChildren();
@@ -126,8 +138,8 @@ function marker(memory: Memory, sheet: HTMLElement, overlay: SVGElement, told: H
     const view = sheet.parentElement;
     if (first && view) {
       view.scrollTo({
-        left: ((first.x - memory.x) / memory.width) * sheet.clientWidth - view.clientWidth / 2,
-        top: ((first.y - memory.y) / memory.height) * sheet.clientHeight - view.clientHeight / 2,
+        left: ((first.x - shown.x) / shown.width) * sheet.clientWidth - view.clientWidth / 2,
+        top: ((first.y - shown.y) / shown.height) * sheet.clientHeight - view.clientHeight / 2,
       });
     }
   };

@@ -8,9 +8,9 @@
 
 #include "format/texture_fields.h"
 #include "vxbtool/check/check.h"
+#include "vxbtool/scene/image_pictures.h"
 #include "vxbtool/shared/image_depths.h"
 #include "vxbtool/shared/png.h"
-#include "vxbtool/view/memory_picture.h"
 #include "vxbtool/view/page.h"
 
 namespace vxbtool::view {
@@ -88,22 +88,17 @@ Json findings(const VxbFile& file, const std::string& name) {
 
 /// Adds the picture of image memory, and the places of its images.
 void addMemory(const VxbFile& file, const Scene& scene, Json& data) {
-    std::vector<std::string> told;  // with the scene's
-    const scene::ImageMemory memory(file, told);
-    const std::vector<ImageReading> readings = imageReadings(file, scene);
-    const std::vector<DepthSet> depths = imageDepths(file);
-    const std::optional<MemoryPicture> picture = memoryPicture(scene, memory, readings);
+    const scene::MemoryPicture picture = scene::memoryPicture(file, scene);
+    const auto* const first = reinterpret_cast<const std::uint8_t*>(picture.pixels.data());
     data["memory"] = nullptr;
-    if (picture) {
-        const auto* const first = reinterpret_cast<const std::uint8_t*>(picture->texels.data());
-        const std::string png = pngOf(picture->width * picture->perColumn, picture->height,
-                                      {first, 4 * picture->texels.size()});
-        data["memory"] = {{"x", picture->x},
-                          {"y", picture->y},
-                          {"width", picture->width},
-                          {"height", picture->height},
+    if (!picture.pixels.empty()) {
+        const std::string png = pngOf(picture.width, picture.height,
+                                      {first, sizeof(scene::Rgba) * picture.pixels.size()});
+        data["memory"] = {{"width", picture.width / scene::pixelsPerColumn},
+                          {"height", picture.height},
                           {"png", base64(png)}};
     }
+    const std::vector<DepthSet> depths = imageDepths(file);
     data["places"] = Json::array();
     for (const scene::ImagePlace& place : scene.imagePlaces) {
         data["places"].push_back({{"image", place.image},
