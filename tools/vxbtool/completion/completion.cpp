@@ -127,10 +127,10 @@ std::vector<std::string> extensionsOf(const CLI::App& command) {
     std::vector<std::string> extensions;
     for (const CLI::Option* option : command.get_options()) {
         const std::string name = option->get_name(true);
-        if (name == "MODEL" || name == "OLD") {
+        if (name == "MODEL" || name == "INPUT" || name == "OLD") {
             extensions.emplace_back("mqf");
         }
-        if (name == "FILE" || name == "OLD") {
+        if (name == "FILE" || name == "INPUT" || name == "OLD") {
             extensions.emplace_back("vxb");
         }
     }

@@ -3,25 +3,19 @@
 #include <array>
 #include <cstdio>
 #include <exception>
-#include <filesystem>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
 
-#include "base/diagnostics.h"
-#include "vxb/vxb_reader.h"
 #include "vxbtool/diff/changes.h"
 #include "vxbtool/diff/compare.h"
-#include "vxbtool/shared/in_memory.h"
+#include "vxbtool/shared/file_or_model.h"
 #include "vxbtool/shared/json_output.h"
-#include "vxbtool/shared/model_files.h"
 #include "vxbtool/shared/printable.h"
 #include "vxbtool/shared/scale_option.h"
-#include "vxbtool/shared/vxb_input.h"
 
 namespace vxbtool {
 namespace {
@@ -50,41 +44,11 @@ struct DiffArguments {
     std::string base;
 };
 
-/// Trouble; what() has one line or more, without the last one's end.
-class Trouble : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
-
-VxbFile readModel(const std::string& name, const DiffArguments& arguments) {
+VxbFile readSide(const std::string& name, const DiffArguments& arguments) {
     mqf2vxb::RunOptions options;
     options.scale = parseScale(arguments.scale);
     options.imageOutput = !arguments.noImages;
-    ModelFiles files(arguments.base);
-    try {
-        return mqf2vxb::readVxb(convertInMemory(name, options, files));
-    } catch (const mqf2vxb::Report& report) {
-        throw Trouble(fmt::format("{}: {}\n{}", name, report.cause(), report.text()));
-    }
-}
-
-/// Reads one side; a model is told by its ending.
-VxbFile readSide(const std::string& name, const DiffArguments& arguments) {
-    if (std::filesystem::path(name).extension() == ".mqf") {
-        return readModel(name, arguments);
-    }
-    try {
-        return readVxbFile(name);
-    } catch (const UnreadableFile& error) {
-        throw Trouble(fmt::format("{}: the file cannot be read: {}", name, error.what()));
-    }
-}
-
-void checkSound(const std::string& name, const VxbFile& file) {
-    if (const std::size_t errors = file.findings.count(mqf2vxb::Severity::error); errors > 0) {
-        throw Trouble(fmt::format("{}: no sound VXB file: {}; \"vxbtool check {}\" tells more",
-                                  name, diff::counted(errors, "error", "errors"), name));
-    }
+    return readFileOrModel(name, options, arguments.base);
 }
 
 /// Bytes behind the last word are no part of the words.
@@ -148,8 +112,8 @@ ExitStatus runDiff(const DiffArguments& arguments) {
     const VxbFile after = readSide(arguments.after, arguments);
     diff::Changes changes(arguments.all);
     if (before.words != after.words || endsUneven(before) || endsUneven(after)) {
-        checkSound(arguments.before, before);
-        checkSound(arguments.after, after);
+        requireSound(arguments.before, before);
+        requireSound(arguments.after, after);
         changes = changesOf(before, after, arguments.all);
     }
     TextOutput output(stdout);

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
+#include <numeric>
 
 namespace vxbtool::render {
 namespace {
@@ -35,8 +36,7 @@ Camera::Camera(const Direction& direction, std::uint32_t width, std::uint32_t he
 }
 
 float Camera::along(std::size_t axis, const Vector3& place) const {
-    const Vector3& way = axes_[axis];
-    return way[0] * place[0] + way[1] * place[1] + way[2] * place[2];
+    return std::inner_product(place.begin(), place.end(), axes_[axis].begin(), 0.0F);
 }
 
 void Camera::fit(std::span<const Vector3> points) {
@@ -63,8 +63,7 @@ void Camera::fit(std::span<const Vector3> points) {
     distance_ = nearest + size * leastDepth;
     for (std::size_t axis = 0; axis < 2; ++axis) {
         middle_[axis] = (upper[axis] - lower[axis]) / 2;
-        distance_ =
-            std::max(distance_, (upper[axis] + lower[axis]) / (2 * fill * slopes_[axis]));
+        distance_ = std::max(distance_, (upper[axis] + lower[axis]) / (2 * fill * slopes_[axis]));
     }
 }
 
@@ -113,8 +112,8 @@ std::array<float, 16> Camera::matrix(const PixelArea& area) const {
 Vector3 Camera::fromViewer(const Vector3& direction) const {
     Vector3 result{};
     for (std::size_t i = 0; i < 3; ++i) {
-        result[i] = axes_[0][i] * direction[0] + axes_[1][i] * direction[1] +
-                    axes_[2][i] * direction[2];
+        result[i] =
+            axes_[0][i] * direction[0] + axes_[1][i] * direction[1] + axes_[2][i] * direction[2];
     }
     return result;
 }

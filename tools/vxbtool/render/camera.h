@@ -4,17 +4,12 @@
 #include <cstdint>
 #include <span>
 
+#include "vxbtool/render/request.h"
 #include "vxbtool/scene/scene.h"
 
 namespace vxbtool::render {
 
 using scene::Vector3;
-
-/// From where a model is seen, in degrees.
-struct Direction {
-    float turn = 0;  ///< 0 sees its front, 90 its left side
-    float tilt = 0;  ///< 90 sees it from above
-};
 
 /// A rectangle of pixels; the lines count from the top.
 struct PixelArea {

@@ -1,12 +1,13 @@
-#include "vxbtool/render/draw_picture.h"
-
 #include <algorithm>
+#include <string>
 #include <vector>
 
 #include <fmt/core.h>
 
 #include "vxbtool/render/drawing.h"
 #include "vxbtool/render/egl_context.h"
+#include "vxbtool/render/picture.h"
+#include "vxbtool/render/request.h"
 #include "vxbtool/render/sheet.h"
 #include "vxbtool/render/tile.h"
 #include "vxbtool/render/triangles.h"
@@ -25,15 +26,14 @@ void checkIndex(const char* what, const std::optional<std::uint32_t>& index, std
     }
 }
 
-std::vector<scene::Placement> poseOf(const Scene& scene, const PictureRequest& request) {
-    return request.motion
-               ? scene::placements(scene, scene.motions[*request.motion], request.frame)
-               : scene::placements(scene);
+std::vector<scene::Placement> poseOf(const Scene& scene, const Request& request) {
+    return request.motion ? scene::placements(scene, scene.motions[*request.motion], request.frame)
+                          : scene::placements(scene);
 }
 
 /// The cameras of a sheet's views. They are equally far away, so that the model has the same size in
 /// all of them.
-std::vector<Camera> camerasOf(const PictureRequest& request, const std::vector<PixelArea>& views,
+std::vector<Camera> camerasOf(const Request& request, const std::vector<PixelArea>& views,
                               const Triangles& triangles) {
     std::vector<Camera> cameras;
     float distance = 0;
@@ -51,7 +51,7 @@ std::vector<Camera> camerasOf(const PictureRequest& request, const std::vector<P
     return cameras;
 }
 
-std::array<float, 4> backgroundOf(const PictureRequest& request) {
+std::array<float, 4> backgroundOf(const Request& request) {
     if (!request.background) {
         return {0, 0, 0, 0};
     }
@@ -62,7 +62,7 @@ std::array<float, 4> backgroundOf(const PictureRequest& request) {
 }
 
 /// A picture that is background everywhere.
-Picture emptyPicture(const PictureRequest& request) {
+Picture emptyPicture(const Request& request) {
     Picture picture{request.width, request.height, {}};
     picture.bytes.resize(std::size_t{request.width} * request.height * 4);
     if (request.background) {
@@ -86,7 +86,7 @@ void forEachTile(const PixelArea& area, Use use) {
 
 }  // namespace
 
-Picture drawPicture(const Scene& scene, const PictureRequest& request) {
+std::string drawPng(const Scene& scene, const Request& request) {
     checkIndex("motion", request.motion, scene.motions.size());
     checkIndex("coordinate", request.focus, scene.coordinates.size());
     const std::vector<PixelArea> views = sheetOf(request.width, request.height, request.views);
@@ -96,10 +96,10 @@ Picture drawPicture(const Scene& scene, const PictureRequest& request) {
     }
     const Triangles triangles = makeTriangles(scene, poseOf(scene, request), request.focus);
     if (triangles.focused.empty()) {
-        throw RenderFault(request.focus
-                              ? fmt::format("nothing is drawn at coordinate {} and below it",
-                                            *request.focus)
-                              : "it has no polygons to draw");
+        throw RenderFault(
+            request.focus
+                ? fmt::format("nothing is drawn at coordinate {} and below it", *request.focus)
+                : "it has no polygons to draw");
     }
     const std::vector<Camera> cameras = camerasOf(request, views, triangles);
 
@@ -114,7 +114,7 @@ Picture drawPicture(const Scene& scene, const PictureRequest& request) {
             tile.end(part, views[i].x + part.x, views[i].y + part.y, picture);
         });
     }
-    return picture;
+    return pngFileOf(picture);
 }
 
 }  // namespace vxbtool::render

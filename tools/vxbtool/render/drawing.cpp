@@ -37,7 +37,8 @@ void setBlend(const Gl& gl, Blend blend) {
     }
 }
 
-void setAttribute(const Gl& gl, Attribute attribute, GLint number, GLenum type, std::size_t offset) {
+void setAttribute(const Gl& gl, Attribute attribute, GLint number, GLenum type,
+                  std::size_t offset) {
     gl.enableVertexAttribArray(attribute);
     gl.vertexAttribPointer(attribute, number, type, type == GL_UNSIGNED_BYTE ? GL_TRUE : GL_FALSE,
                            sizeof(Vertex), reinterpret_cast<const void*>(offset));
@@ -46,8 +47,12 @@ void setAttribute(const Gl& gl, Attribute attribute, GLint number, GLenum type, 
 }  // namespace
 
 Drawing::Drawing(const Gl& gl, const scene::Scene& scene, const Triangles& triangles, bool twoSides)
-    : gl_(gl), scene_(scene), triangles_(triangles), program_(gl),
-      state_(gl.genVertexArrays, gl.deleteVertexArrays), vertices_(gl.genBuffers, gl.deleteBuffers),
+    : gl_(gl),
+      scene_(scene),
+      triangles_(triangles),
+      program_(gl),
+      state_(gl.genVertexArrays, gl.deleteVertexArrays),
+      vertices_(gl.genBuffers, gl.deleteBuffers),
       order_(gl.genBuffers, gl.deleteBuffers) {
     upload();
     uploadPictures();

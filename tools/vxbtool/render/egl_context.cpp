@@ -101,8 +101,9 @@ EglContext::EglContext() : egl_(std::make_unique<Egl>()) {
             }
         }
     }
-    throw RenderFault("there is no driver that draws without a display; on Debian Mesa's comes with "
-                      "\"apt-get install libegl1 libgl1-mesa-dri\"");
+    throw RenderFault(
+        "there is no driver that draws without a display; on Debian Mesa's comes with "
+        "\"apt-get install libegl1 libgl1-mesa-dri\"");
 }
 
 EglContext::~EglContext() { close(); }
@@ -112,8 +113,8 @@ bool EglContext::openDisplay(EGLDisplay display) {
         return false;
     }
     display_ = display;
-    constexpr std::array<EGLint, 5> wanted{EGL_RENDERABLE_TYPE, EGL_OPENGL_ES3_BIT, EGL_SURFACE_TYPE,
-                                           EGL_PBUFFER_BIT, EGL_NONE};
+    constexpr std::array<EGLint, 5> wanted{EGL_RENDERABLE_TYPE, EGL_OPENGL_ES3_BIT,
+                                           EGL_SURFACE_TYPE, EGL_PBUFFER_BIT, EGL_NONE};
     constexpr std::array<EGLint, 3> version{EGL_CONTEXT_MAJOR_VERSION, 3, EGL_NONE};
     EGLConfig config = nullptr;
     EGLint number = 0;

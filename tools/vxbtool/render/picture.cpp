@@ -32,7 +32,7 @@ std::vector<std::uint8_t> withoutAlpha(const std::vector<std::uint8_t>& bytes) {
 
 }  // namespace
 
-std::string pngOf(const Picture& picture) {
+std::string pngFileOf(const Picture& picture) {
     const bool opaque = isOpaque(picture);
     const std::vector<std::uint8_t> pixels = opaque ? withoutAlpha(picture.bytes) : picture.bytes;
     png_image image{};

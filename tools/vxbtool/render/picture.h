@@ -16,6 +16,6 @@ struct Picture {
 };
 
 /// The bytes of its PNG file, without alpha when all of the picture is opaque. Throws a RenderFault.
-std::string pngOf(const Picture& picture);
+std::string pngFileOf(const Picture& picture);
 
 }  // namespace vxbtool::render

@@ -22,7 +22,8 @@ GLsizei samplesOf(const Gl& gl) {
 void putPixel(const std::uint8_t* drawn, std::uint8_t* pixel) {
     const std::uint32_t alpha = std::max({drawn[0], drawn[1], drawn[2], drawn[3]});
     for (std::size_t i = 0; i < 3; ++i) {
-        pixel[i] = alpha == 0 ? 0 : static_cast<std::uint8_t>((drawn[i] * 255U + alpha / 2) / alpha);
+        pixel[i] =
+            alpha == 0 ? 0 : static_cast<std::uint8_t>((drawn[i] * 255U + alpha / 2) / alpha);
     }
     pixel[3] = static_cast<std::uint8_t>(alpha);
 }
@@ -30,9 +31,13 @@ void putPixel(const std::uint8_t* drawn, std::uint8_t* pixel) {
 }  // namespace
 
 Tile::Tile(const Gl& gl)
-    : gl_(gl), samples_(samplesOf(gl)), colour_(buffer(GL_RGBA8, samples_)),
-      depth_(buffer(GL_DEPTH_COMPONENT24, samples_)), drawn_(framebuffer(colour_, &depth_)),
-      resolvedColour_(buffer(GL_RGBA8, 0)), resolved_(framebuffer(resolvedColour_, nullptr)) {
+    : gl_(gl),
+      samples_(samplesOf(gl)),
+      colour_(buffer(GL_RGBA8, samples_)),
+      depth_(buffer(GL_DEPTH_COMPONENT24, samples_)),
+      drawn_(framebuffer(colour_, &depth_)),
+      resolvedColour_(buffer(GL_RGBA8, 0)),
+      resolved_(framebuffer(resolvedColour_, nullptr)) {
     gl.checkErrors();
 }
 
@@ -83,8 +88,7 @@ void Tile::end(const PixelArea& area, std::uint32_t x, std::uint32_t y, Picture&
     // The driver's lines begin at the bottom.
     for (std::uint32_t row = 0; row < area.height; ++row) {
         const std::uint8_t* from = &bytes[(area.height - 1 - row) * line];
-        std::uint8_t* to =
-            &picture.bytes[(std::size_t{y + row} * picture.width + x) * channels];
+        std::uint8_t* to = &picture.bytes[(std::size_t{y + row} * picture.width + x) * channels];
         for (std::uint32_t i = 0; i < area.width; ++i) {
             putPixel(from + i * channels, to + i * channels);
         }

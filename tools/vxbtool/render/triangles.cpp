@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <cmath>
 #include <span>
+#include <utility>
 
 #include <fmt/core.h>
 
 #include "vxbtool/render/fault.h"
+#include "vxbtool/scene/placements.h"
 
 namespace vxbtool::render {
 namespace {
@@ -14,39 +16,10 @@ namespace {
 using scene::Placement;
 using scene::Scene;
 
-constexpr Placement nowhereElse{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};
-
-Vector3 cross(const Vector3& a, const Vector3& b) {
-    return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
-}
+constexpr Placement origin{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};
 
 Vector3 minus(const Vector3& a, const Vector3& b) {
     return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
-}
-
-float dot(const Vector3& a, const Vector3& b) { return a[0] * b[0] + a[1] * b[1] + a[2] * b[2]; }
-
-bool isNull(const Vector3& v) { return v == Vector3{}; }
-
-Vector3 ofLengthOne(const Vector3& v) {
-    const float length = std::sqrt(dot(v, v));
-    return length > 0 && std::isfinite(length)
-               ? Vector3{v[0] / length, v[1] / length, v[2] / length}
-               : Vector3{0, 0, 0};
-}
-
-Vector3 placed(const Placement& m, const Vector3& v) {
-    return {m[0] * v[0] + m[1] * v[1] + m[2] * v[2] + m[3],
-            m[4] * v[0] + m[5] * v[1] + m[6] * v[2] + m[7],
-            m[8] * v[0] + m[9] * v[1] + m[10] * v[2] + m[11]};
-}
-
-/// A normal stays at a right angle to its surface where the coordinate stretches that.
-Vector3 placedNormal(const Placement& m, const Vector3& normal) {
-    const Vector3 x{m[0], m[1], m[2]}, y{m[4], m[5], m[6]}, z{m[8], m[9], m[10]};
-    const float sign = dot(cross(x, y), z) < 0 ? -1.0F : 1.0F;
-    return ofLengthOne({sign * dot(cross(y, z), normal), sign * dot(cross(z, x), normal),
-                        sign * dot(cross(x, y), normal)});
 }
 
 /// Whether each coordinate is the focus or hangs on it.
@@ -155,24 +128,29 @@ private:
         result_.vertices.resize(first);
     }
 
-    PlacedPolygon place(const scene::Polygon& polygon, std::uint32_t coordinate, bool shared) const {
+    PlacedPolygon place(const scene::Polygon& polygon, std::uint32_t coordinate,
+                        bool shared) const {
         PlacedPolygon result;
         result.number = polygon.cornerNum;
         for (std::uint32_t i = 0; i < polygon.cornerNum; ++i) {
             const scene::Corner& corner = scene_.corners.at(polygon.firstCorner + i);
             const std::uint32_t at = shared ? corner.coordinate : coordinate;
             const bool known = at < placements_.size();
-            const Placement& placement = known ? placements_[at] : nowhereElse;
+            const Placement& placement = known ? placements_[at] : origin;
             result.corners[i] = {
-                placed(placement, corner.place), placedNormal(placement, corner.normal),
-                {corner.colour[0], corner.colour[1], corner.colour[2], 255}, corner.texel};
+                scene::transformed(placement, corner.place),
+                scene::transformedNormal(scene::matrixOf(placement), corner.normal),
+                {corner.colour[0], corner.colour[1], corner.colour[2], 255},
+                corner.texel};
             result.focused = result.focused && (!known || focused_[at]);
         }
-        // What has no normal gets that of its first triangle, which runs clockwise.
-        const auto& [a, b, c, d] = result.corners;
-        const Vector3 flat = ofLengthOne(cross(minus(c.place, a.place), minus(b.place, a.place)));
+        // The triangle of a coordinate that is flat, say, has its own direction only; it runs clockwise.
+        const Vector3& a = result.corners[0].place;
+        const Vector3 flat =
+            scene::cross(minus(result.corners[2].place, a), minus(result.corners[1].place, a));
         for (Vertex& corner : result.corners) {
-            corner.normal = isNull(corner.normal) ? flat : corner.normal;
+            corner.normal = scene::normalised(corner.normal)
+                                .value_or(scene::normalised(flat).value_or(Vector3{0, 0, 1}));
         }
         return result;
     }
