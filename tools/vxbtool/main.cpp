@@ -25,6 +25,7 @@
 #include "vxbtool/info/info.h"
 #include "vxbtool/lint/lint.h"
 #include "vxbtool/packet_forms/packet_form_tables.h"
+#include "vxbtool/render/render.h"
 #include "vxbtool/shared/closest.h"
 #include "vxbtool/shared/printable.h"
 #include "vxbtool/shared/session.h"
@@ -45,7 +46,8 @@ constexpr const char* examples = R"(Examples:
   vxbtool diff old.vxb new.vxb            what became of the model?
   vxbtool unpack car.vxb                  write the model that it was made of
   vxbtool export car.vxb                  write car.glb for programs that show or edit models
-  vxbtool view --open car.vxb             what does it look like?
+  vxbtool view --open car.vxb             a page to look at it from all sides
+  vxbtool render car.vxb -o car.png       what does it look like?
 
 "vxbtool COMMAND --help" tells more about one command, "man vxbtool" about all.
 Exit status: 0 all went well, 1 bad input, 2 bad usage; of diff 0 equal, 1 different, 2 trouble.)";
@@ -96,6 +98,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     addUnpack(app, session);
     addExport(app, session);
     addView(app, session);
+    addRender(app, session);
     addCompletion(app, session);
     addFindingCatalogue(app, session);
     addPacketFormTables(app, session);
