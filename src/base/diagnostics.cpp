@@ -8,7 +8,7 @@
 namespace mqf2vxb {
 namespace {
 
-/// An address as the eight hexadecimal digits of the report forms hold it: its low 32 bits.
+/// The low 32 bits of an address: the reports show eight hexadecimal digits of it.
 unsigned addressDigits(std::uintptr_t address) {
     return static_cast<unsigned>(address & 0xFFFFFFFFU);
 }
@@ -28,7 +28,7 @@ unsigned addressDigits(std::uintptr_t address) {
     report(message + "\n\nFile Name:" + file + "\n" + more, cause, {file});
 }
 
-/// Of a line that names a type or a word which nothing matches.
+/// A report about a line that names a type or a word that nothing matches.
 [[noreturn]] void reportMismatch(const std::string& line, Explanation explanation) {
     Report report("\n" + line + "\n", line);
     report.explain(std::move(explanation));

@@ -42,8 +42,8 @@ private:
     Place place_;
 };
 
-/// How a table's growth is named when memory for it cannot be had: by the table's name alone, or
-/// by the operation that makes the table and the table's short name.
+/// How the report of missing memory names a table: by its name alone, or by the operation that
+/// makes it and a short name.
 struct TableLabel {
     std::string_view name;
     std::string_view operation = {};
@@ -56,7 +56,7 @@ struct TableLabel {
 /// Memory outside the tables could not be had.
 [[noreturn]] void outOfMemory();
 
-/// What the area report tells of a table and of the record that it does not have.
+/// The table that the report of a missing record speaks of.
 struct Area {
     const void* top;
     std::size_t recordSize;
