@@ -354,19 +354,8 @@ private:
         for (std::vector<PlacedGroup>& groups : groups_) {
             before = groups.empty() ? before : &groups.back();
         }
-        if (end > position_) {
-            if (before != nullptr && before->type == bareType && behind == nullptr) {
-                before->end = end;  // the types behind it are only listed
-                position_ = end;
-            } else if (before != nullptr && listed.empty() && canBe(before->type, position_, end)) {
-                before->end = end;
-                position_ = end;
-            } else if (behind != nullptr && listed.empty() && canBe(behind->type, position_, end)) {
-                behind->first = position_;
-                position_ = end;
-            } else if (before != nullptr && behind != nullptr && listed.empty()) {
-                shareGap(*before, *behind, end);
-            }
+        if (end > position_ && coverGap(motion, before, listed, behind, end)) {
+            return;
         }
         for (std::size_t i = 0; i < listed.size(); ++i) {
             PlacedGroup group{listed[i], position_, position_};
@@ -390,18 +379,61 @@ private:
         position_ = std::max(position_, end);
     }
 
-    void shareGap(PlacedGroup& before, PlacedGroup& behind, std::uint32_t end) {
-        constexpr std::uint32_t mostTries = 64;
-        const std::uint32_t words = wordsOf(before.type);
-        for (std::uint32_t i = 1; i < mostTries && position_ + i * words < end; ++i) {
-            const std::uint32_t place = position_ + i * words;
-            if (canBe(before.type, position_, place) && canBe(behind.type, place, end)) {
-                before.end = place;
-                behind.first = place;
-                position_ = end;
-                return;
+    /// Covers the words up to `end` with whole key frames of the group before, of types that are only
+    /// listed, each of which rather has one, and of the group behind; false when they cannot be.
+    bool coverGap(std::size_t motion, PlacedGroup* before,
+                  const std::vector<PrimitiveTypeCode>& listed, PlacedGroup* behind,
+                  std::uint32_t end) {
+        std::vector<PrimitiveTypeCode> types = listed;
+        if (before != nullptr) {
+            types.insert(types.begin(), before->type);
+        }
+        if (behind != nullptr) {
+            types.push_back(behind->type);
+        }
+        const std::uint32_t first = position_;
+        const std::size_t room = end - first;
+        // Whether the types from one on can cover the words from one on.
+        std::vector<std::vector<bool>> covers(types.size() + 1, std::vector<bool>(room + 1));
+        covers.back()[room] = true;
+        const auto isFrame = [&](std::size_t type, std::size_t at) {
+            const std::size_t behindIt = at + wordsOf(types[type]);
+            return behindIt <= room &&
+                   canBe(types[type], first + static_cast<std::uint32_t>(at),
+                         first + static_cast<std::uint32_t>(behindIt));
+        };
+        for (std::size_t t = types.size(); t-- > 0;) {
+            for (std::size_t at = room + 1; at-- > 0;) {
+                covers[t][at] = covers[t + 1][at] ||
+                                (isFrame(t, at) && covers[t][at + wordsOf(types[t])]);
             }
         }
+        if (types.empty() || !covers.front().front()) {
+            return false;
+        }
+        std::size_t at = 0;
+        for (std::size_t t = 0; t < types.size(); ++t) {
+            const std::size_t start = at;
+            const std::size_t words = wordsOf(types[t]);
+            const bool isListed =
+                t >= (before != nullptr ? 1U : 0U) && t < types.size() - (behind != nullptr ? 1U : 0U);
+            const auto goesOn = [&] { return isFrame(t, at) && covers[t][at + words]; };
+            at += isListed && goesOn() ? words : 0;
+            while (!covers[t + 1][at]) {
+                at += words;
+            }
+            const auto startWord = first + static_cast<std::uint32_t>(start);
+            position_ = first + static_cast<std::uint32_t>(at);
+            if (isListed) {
+                right_ = right_ && !used_[motion].contains(types[t]);
+                groups_[motion].push_back({types[t], startWord, position_});
+            } else if (before != nullptr && t == 0) {
+                before->end = position_;
+            } else {
+                behind->first = startWord;
+            }
+        }
+        return true;
     }
 
     [[nodiscard]] model_text::KeyFrameGroup groupText(const PlacedGroup& group) const {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <deque>
 #include <map>
 
 #include "model/geometry.h"
@@ -295,16 +296,16 @@ private:
         }
         forLastNamings(polygon, [&](const Naming& naming) {
             goodLeft_[naming.normal] -= good(naming) ? 1 : 0;
-            settle(naming.normal);
+            settle(naming.normal, placed_.size());
         });
     }
 
-    void settle(std::uint32_t normal) {
+    void settle(std::uint32_t normal, std::size_t at) {
         if (settled_[normal]) {
             return;
         }
         settled_[normal] = true;
-        settledAt_[normal] = placed_.size();
+        settledAt_[normal] = at;
         std::vector<std::uint32_t> freed;
         freed.swap(waiting_[normal]);
         for (const std::uint32_t polygon : freed) {
@@ -319,9 +320,11 @@ private:
         if (found == slots.end() || found->second.empty()) {
             return false;
         }
-        const Slot slot = found->second.back();
-        found->second.pop_back();
+        // The last one in the order leaves most of them in front of it.
+        const Slot slot = found->second.front();
+        found->second.pop_front();
         useSlot(slot, normal, ofShared);
+        settle(normal, placedAt_[slot.polygon]);
         return true;
     }
 
@@ -352,12 +355,8 @@ private:
             return false;
         }
         const bool sharedFirst = !marked_[normal];
-        if (takeSlot(normal, target_[normal], sharedFirst) ||
-            takeSlot(normal, target_[normal], !sharedFirst)) {
-            settle(normal);
-            return true;
-        }
-        return false;
+        return takeSlot(normal, target_[normal], sharedFirst) ||
+               takeSlot(normal, target_[normal], !sharedFirst);
     }
 
     /// Settles blocked normals by free corners: those first that nothing else can settle.
@@ -377,7 +376,7 @@ private:
     void placeAnyway() {
         std::erase_if(blocked_, [&](std::uint32_t normal) { return settled_[normal]; });
         if (!blocked_.empty()) {
-            settle(blocked_.back());
+            settle(blocked_.back(), placed_.size());
         }
     }
 
@@ -427,7 +426,7 @@ private:
     std::vector<std::uint32_t> polygonsLeft_;         // by group
     std::vector<std::vector<std::uint32_t>> behind_;  // groups that begin behind each group
     std::vector<std::vector<std::uint32_t>> before_;
-    std::array<std::map<std::uint32_t, std::vector<Slot>>, 2> slots_;  // of independent, of shared
+    std::array<std::map<std::uint32_t, std::deque<Slot>>, 2> slots_;  // of independent, of shared
     std::map<std::uint32_t, std::uint32_t> smoothLooks_;
 };
 
@@ -444,6 +443,19 @@ void orderForNormals(const Owners& owners, std::uint32_t independentNormals,
         if (NormalOrder(owners, independentNormals, sharedNormals, sharedLast, polygons).order()) {
             return;
         }
+    }
+    fprintf(stderr, "NOORDER\n");
+    if (!polygons.hasStrips) {
+    for (const bool sharedLast : {false, true}) {
+        polygons = asFound;
+        polygons.hasStrips = true;
+        polygons.meshes = {};
+        for (std::uint32_t p = 0; p < polygons.polygons.size(); ++p) { polygons.meshes.polygons.push_back(p); polygons.meshes.ends.push_back(p + 1); }
+        if (NormalOrder(owners, independentNormals, sharedNormals, sharedLast, polygons).order()) {
+            fprintf(stderr, "MESHORDER\n");
+            return;
+        }
+    }
     }
 }
 
