@@ -48,6 +48,7 @@ void CornerChoice::findHidden() {
         if (strips && !seen[v]) {
             hidden_.push_back(v);
         }
+        vertexIn_.try_emplace(sharedCoordinate(v), v);
         if (v > 0 && sharedCoordinate(v) != sharedCoordinate(0)) {
             elsewhere_ = v;
         }
@@ -72,7 +73,7 @@ CornerChoice::Vertices CornerChoice::choose(const mqf2vxb::PacketGroup& group,
             anchor_ = own[0];
             adopt(tryTurn(own, look, 0));
         }
-    } else if (!takeHidden(packet, look, own) && !takeKnown(packet, look, own)) {
+    } else if (!takeFurther(packet, look, own)) {
         adopt(tryTurn(own, look, 1));
     }
     for (std::uint32_t& vertex : own) {
@@ -114,9 +115,58 @@ bool CornerChoice::takeVertices(const PacketPolygon& packet, const Appearance& l
         (packet.form->colours > 0 && turning.drawing != packet[Field::C0] >> 24U)) {
         return false;
     }
+    if (keepNormals_ && !normalsLieRight(packet, candidate, turning, look.type)) {
+        return false;
+    }
     own = candidate;
     adopt(turning);
     return true;
+}
+
+/// Whether the corners' normals lie in the coordinates of their vertices, as far as one coordinate is
+/// told for each.
+bool CornerChoice::normalsLieRight(const PacketPolygon& packet, const Vertices& vertices,
+                                   const Turning& turning, std::int32_t type) const {
+    for (std::size_t i = 0; i < packet.corners(); ++i) {
+        const std::optional<std::uint32_t> coordinate = coordinateOfNormal(packet, i);
+        const std::uint32_t vertex = geoVertex(vertices[turning.corners[i]], type);
+        if (coordinate && owners_.coordinateOf(vertex) != *coordinate) {
+            return false;
+        }
+    }
+    return true;
+}
+
+std::optional<std::uint32_t> CornerChoice::coordinateOfNormal(const PacketPolygon& packet,
+                                                              std::size_t corner) const {
+    const Field field = mqf2vxb::cornerField(Field::N0, corner);
+    if (!packet.has(field) || packet[field] >= points_.sharedNormals()) {
+        return std::nullopt;
+    }
+    const std::span<const std::uint32_t> candidates = owners_.candidates(packet[field]);
+    return candidates.size() == 1 ? std::optional(candidates.front()) : std::nullopt;
+}
+
+/// Finds the vertices of a further polygon. Rather than any others it has those by which its normals
+/// come to lie in their coordinates.
+bool CornerChoice::takeFurther(const PacketPolygon& packet, const Appearance& look, Vertices& own) {
+    const bool named = shared() && look.lit() && look.shading == 'G' && packet.has(Field::N0);
+    byNormals_.clear();
+    for (std::size_t i = 0; named && i < packet.corners(); ++i) {
+        const auto coordinate = coordinateOfNormal(packet, i);
+        const auto vertex = coordinate ? vertexIn_.find(*coordinate) : vertexIn_.end();
+        if (vertex != vertexIn_.end()) {
+            byNormals_.push_back(points_.packetVertex(vertex->second, look.type));
+        }
+    }
+    for (keepNormals_ = named;; keepNormals_ = false) {
+        if (takeHidden(packet, look, own) || takeKnown(packet, look, own)) {
+            return true;
+        }
+        if (!keepNormals_) {
+            return false;
+        }
+    }
 }
 
 /// Whether the vertices are there, and in one coordinate unless the polygon is shared.
@@ -147,9 +197,11 @@ bool CornerChoice::takeHidden(const PacketPolygon& packet, const Appearance& loo
             return true;
         }
     }
-    for (const std::uint32_t other :
-         {packet.vertex(0), packet.vertex(1), packet.vertex(2), points_.packetVertex(0, look.type),
-          points_.packetVertex(elsewhere_, look.type)}) {
+    std::vector<std::uint32_t> pool = byNormals_;
+    pool.insert(pool.end(),
+                {packet.vertex(0), packet.vertex(1), packet.vertex(2),
+                 points_.packetVertex(0, look.type), points_.packetVertex(elsewhere_, look.type)});
+    for (const std::uint32_t other : pool) {
         if (takeVertices(packet, look, one, other, own) ||
             takeVertices(packet, look, other, one, own)) {
             hidden_.pop_back();
@@ -164,13 +216,11 @@ bool CornerChoice::takeKnown(const PacketPolygon& packet, const Appearance& look
     if (takeVertices(packet, look, packet.vertex(0), packet.vertex(1), own)) {
         return true;
     }
-    const std::array<std::uint32_t, 6> pool{packet.vertex(2),
-                                            shared() ? points_.packetVertex(0, look.type) : anchor_,
-                                            shared() ? points_.packetVertex(elsewhere_, look.type)
-                                                     : 0,
-                                            packet.vertex(0),
-                                            packet.vertex(1),
-                                            points_.vertices() - 1};
+    std::vector<std::uint32_t> pool = byNormals_;
+    pool.insert(pool.end(),
+                {packet.vertex(2), shared() ? points_.packetVertex(0, look.type) : anchor_,
+                 shared() ? points_.packetVertex(elsewhere_, look.type) : 0, packet.vertex(0),
+                 packet.vertex(1), points_.vertices() - 1});
     for (const std::uint32_t first : pool) {
         for (const std::uint32_t second : pool) {
             if (takeVertices(packet, look, first, second, own)) {

@@ -2,6 +2,8 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
+#include <unordered_map>
 #include <vector>
 
 #include "packets/drawn_polygon.h"
@@ -42,6 +44,12 @@ private:
     bool takeVertices(const mqf2vxb::PacketPolygon& packet, const Appearance& look,
                       std::uint32_t first, std::uint32_t second, Vertices& own);
     [[nodiscard]] bool liesRight(const Vertices& vertices, std::int32_t type) const;
+    [[nodiscard]] bool normalsLieRight(const mqf2vxb::PacketPolygon& packet,
+                                       const Vertices& vertices, const Turning& turning,
+                                       std::int32_t type) const;
+    [[nodiscard]] std::optional<std::uint32_t>
+    coordinateOfNormal(const mqf2vxb::PacketPolygon& packet, std::size_t corner) const;
+    bool takeFurther(const mqf2vxb::PacketPolygon& packet, const Appearance& look, Vertices& own);
     bool takeHidden(const mqf2vxb::PacketPolygon& packet, const Appearance& look, Vertices& own);
     bool takeKnown(const mqf2vxb::PacketPolygon& packet, const Appearance& look, Vertices& own);
 
@@ -50,6 +58,9 @@ private:
     const PointNumbers& points_;
     std::vector<std::uint32_t> hidden_;  // shared vertices that no packet names
     std::uint32_t elsewhere_ = 0;        // a shared vertex of another coordinate than the first
+    std::unordered_map<std::uint32_t, std::uint32_t> vertexIn_;  // a shared vertex by coordinate
+    std::vector<std::uint32_t> byNormals_;  // vertices in the coordinates of the polygon's normals
+    bool keepNormals_ = false;              // only they will do
     const mqf2vxb::PacketGroup* group_ = nullptr;
     mqf2vxb::StripVertices strip_;
     std::uint32_t anchor_ = 0;  // the first vertex of the strip

@@ -398,14 +398,13 @@ private:
         covers.back()[room] = true;
         const auto isFrame = [&](std::size_t type, std::size_t at) {
             const std::size_t behindIt = at + wordsOf(types[type]);
-            return behindIt <= room &&
-                   canBe(types[type], first + static_cast<std::uint32_t>(at),
-                         first + static_cast<std::uint32_t>(behindIt));
+            return behindIt <= room && canBe(types[type], first + static_cast<std::uint32_t>(at),
+                                             first + static_cast<std::uint32_t>(behindIt));
         };
         for (std::size_t t = types.size(); t-- > 0;) {
             for (std::size_t at = room + 1; at-- > 0;) {
-                covers[t][at] = covers[t + 1][at] ||
-                                (isFrame(t, at) && covers[t][at + wordsOf(types[t])]);
+                covers[t][at] =
+                    covers[t + 1][at] || (isFrame(t, at) && covers[t][at + wordsOf(types[t])]);
             }
         }
         if (types.empty() || !covers.front().front()) {
@@ -415,8 +414,8 @@ private:
         for (std::size_t t = 0; t < types.size(); ++t) {
             const std::size_t start = at;
             const std::size_t words = wordsOf(types[t]);
-            const bool isListed =
-                t >= (before != nullptr ? 1U : 0U) && t < types.size() - (behind != nullptr ? 1U : 0U);
+            const bool isListed = t >= (before != nullptr ? 1U : 0U) &&
+                                  t < types.size() - (behind != nullptr ? 1U : 0U);
             const auto goesOn = [&] { return isFrame(t, at) && covers[t][at + words]; };
             at += isListed && goesOn() ? words : 0;
             while (!covers[t + 1][at]) {

@@ -444,19 +444,6 @@ void orderForNormals(const Owners& owners, std::uint32_t independentNormals,
             return;
         }
     }
-    fprintf(stderr, "NOORDER\n");
-    if (!polygons.hasStrips) {
-    for (const bool sharedLast : {false, true}) {
-        polygons = asFound;
-        polygons.hasStrips = true;
-        polygons.meshes = {};
-        for (std::uint32_t p = 0; p < polygons.polygons.size(); ++p) { polygons.meshes.polygons.push_back(p); polygons.meshes.ends.push_back(p + 1); }
-        if (NormalOrder(owners, independentNormals, sharedNormals, sharedLast, polygons).order()) {
-            fprintf(stderr, "MESHORDER\n");
-            return;
-        }
-    }
-    }
 }
 
 }  // namespace vxbtool::unpack

@@ -18,6 +18,7 @@ public:
     [[nodiscard]] std::uint32_t independentVertices() const { return vertices_.independent; }
     [[nodiscard]] std::uint32_t sharedVertices() const { return vertices_.shared; }
     [[nodiscard]] std::uint32_t vertices() const { return vertices_.all(); }
+    [[nodiscard]] std::uint32_t sharedNormals() const { return normals_.shared; }
     [[nodiscard]] std::uint32_t normals() const { return normals_.all(); }
 
     /// The number in the GEO file of what a packet's polygon of this type names. The gathering
