@@ -113,7 +113,7 @@ void StagedOutputs::commit() {
     while (!staged_.empty()) {
         const Staged& file = staged_.back();
         if (!temporaryFiles_.rename(file.temporary, file.target)) {
-            mqf2vxb::cannotWrite(file.name);
+            mqf2vxb::cannotWrite(file.name, errno);
         }
         staged_.pop_back();
     }
