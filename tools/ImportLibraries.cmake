@@ -1,0 +1,27 @@
+# What the commands that take in models and pictures are built with. Sets MQF2VXB_BUILD_IMPORT_NOW when
+# all of it is there and wanted; the target vxbtool_pictures brings what pictures need.
+
+set(MQF2VXB_BUILD_IMPORT_NOW OFF)
+if(MQF2VXB_BUILD_IMPORT)
+    find_path(STB_INCLUDE_DIR stb_image.h PATH_SUFFIXES stb)
+    find_path(IMAGEQUANT_INCLUDE_DIR libimagequant.h)
+    find_library(IMAGEQUANT_LIBRARY imagequant)
+    mark_as_advanced(STB_INCLUDE_DIR IMAGEQUANT_INCLUDE_DIR IMAGEQUANT_LIBRARY)
+    set(missing)
+    foreach(library IN ITEMS STB_INCLUDE_DIR IMAGEQUANT_INCLUDE_DIR IMAGEQUANT_LIBRARY)
+        if(NOT ${library})
+            list(APPEND missing ${library})
+        endif()
+    endforeach()
+    if(NOT missing)
+        set(MQF2VXB_BUILD_IMPORT_NOW ON)
+        add_library(vxbtool_pictures INTERFACE)
+        target_include_directories(vxbtool_pictures SYSTEM INTERFACE
+            ${STB_INCLUDE_DIR} ${IMAGEQUANT_INCLUDE_DIR})
+        target_link_libraries(vxbtool_pictures INTERFACE ${IMAGEQUANT_LIBRARY})
+    elseif(MQF2VXB_BUILD_IMPORT STREQUAL AUTO)
+        message(STATUS "vxbtool without import and image: not found: ${missing}")
+    else()
+        message(FATAL_ERROR "MQF2VXB_BUILD_IMPORT: not found: ${missing}")
+    endif()
+endif()
