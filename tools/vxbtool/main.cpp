@@ -29,6 +29,9 @@
 #include "vxbtool/shared/session.h"
 #include "vxbtool/shared/text_output.h"
 #include "vxbtool/unpack/unpack.h"
+#ifdef VXBTOOL_IMPORT
+#include "vxbtool/image/image.h"
+#endif
 
 namespace vxbtool {
 namespace {
@@ -90,6 +93,9 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     addDump(app, session);
     addDiff(app, session);
     addUnpack(app, session);
+#ifdef VXBTOOL_IMPORT
+    addImage(app, session);
+#endif
     addCompletion(app, session);
     addFindingCatalogue(app, session);
     addPacketFormTables(app, session);
