@@ -21,6 +21,7 @@
 #include "vxbtool/diff/diff.h"
 #include "vxbtool/dump/dump.h"
 #include "vxbtool/finding_catalogue/finding_catalogue.h"
+#include "vxbtool/import/import.h"
 #include "vxbtool/info/info.h"
 #include "vxbtool/lint/lint.h"
 #include "vxbtool/packet_forms/packet_form_tables.h"
@@ -42,6 +43,7 @@ constexpr const char* examples = R"(Examples:
   vxbtool dump car.vxb                    what does each word say?
   vxbtool diff old.vxb new.vxb            what became of the model?
   vxbtool unpack car.vxb                  write the model that it was made of
+  vxbtool import car.glb                  write a model from another program's file
 
 "vxbtool COMMAND --help" tells more about one command, "man vxbtool" about all.
 Exit status: 0 all went well, 1 bad input, 2 bad usage; of diff 0 equal, 1 different, 2 trouble.)";
@@ -90,6 +92,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     addDump(app, session);
     addDiff(app, session);
     addUnpack(app, session);
+    addImport(app, session);
     addCompletion(app, session);
     addFindingCatalogue(app, session);
     addPacketFormTables(app, session);
