@@ -5,7 +5,10 @@ set -euo pipefail
 
 build_packages=(g++ cmake ninja-build)
 test_packages=(libgtest-dev libgmock-dev make)
-tools_packages=(libcli11-dev libfmt-dev nlohmann-json3-dev)
+tools_packages=(
+    libcli11-dev libfmt-dev nlohmann-json3-dev
+    libassimp-dev libstb-dev libimagequant-dev libmeshoptimizer-dev
+)
 check_packages=(git clang-format clang-tidy dpkg-dev file libbenchmark-dev lintian python3)
 fuzz_packages=(clang libclang-rt-14-dev llvm)
 

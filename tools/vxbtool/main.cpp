@@ -21,6 +21,8 @@
 #include "vxbtool/diff/diff.h"
 #include "vxbtool/dump/dump.h"
 #include "vxbtool/finding_catalogue/finding_catalogue.h"
+#include "vxbtool/image/image.h"
+#include "vxbtool/import/import.h"
 #include "vxbtool/info/info.h"
 #include "vxbtool/lint/lint.h"
 #include "vxbtool/packet_forms/packet_form_tables.h"
@@ -29,9 +31,6 @@
 #include "vxbtool/shared/session.h"
 #include "vxbtool/shared/text_output.h"
 #include "vxbtool/unpack/unpack.h"
-#ifdef VXBTOOL_IMPORT
-#include "vxbtool/image/image.h"
-#endif
 
 namespace vxbtool {
 namespace {
@@ -45,6 +44,8 @@ constexpr const char* examples = R"(Examples:
   vxbtool dump car.vxb                    what does each word say?
   vxbtool diff old.vxb new.vxb            what became of the model?
   vxbtool unpack car.vxb                  write the model that it was made of
+  vxbtool image brick.png                 make a PXL file of a picture
+  vxbtool import car.glb                  write a model from another program's file
 
 "vxbtool COMMAND --help" tells more about one command, "man vxbtool" about all.
 Exit status: 0 all went well, 1 bad input, 2 bad usage; of diff 0 equal, 1 different, 2 trouble.)";
@@ -93,9 +94,8 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     addDump(app, session);
     addDiff(app, session);
     addUnpack(app, session);
-#ifdef VXBTOOL_IMPORT
+    addImport(app, session);
     addImage(app, session);
-#endif
     addCompletion(app, session);
     addFindingCatalogue(app, session);
     addPacketFormTables(app, session);
