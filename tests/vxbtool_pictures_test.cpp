@@ -244,7 +244,9 @@ TEST(Pictures, PlacesKeepTheRulesOfImageMemory) {
         std::vector<WantedTexture> wanted;
         const auto count = 1 + random() % 40;
         for (std::uint32_t i = 0; i < count; ++i) {
-            const auto side = [&] { return 1 + random() % (1U << (1 + random() % 8)); };
+            const auto side = [&] {
+                return static_cast<std::uint32_t>(1 + random() % (1U << (1 + random() % 8)));
+            };
             constexpr std::array depths{Colours::automatic, Colours::sixteen, Colours::many,
                                         Colours::direct};
             // No two are equal.
@@ -274,7 +276,7 @@ TEST(Pictures, PlacesKeepTheRulesOfImageMemory) {
 TEST(Pictures, FullMemoryHalvesTheLargest) {
     std::vector<WantedTexture> wanted;
     for (std::uint8_t i = 0; i < 3; ++i) {
-        wanted.push_back({plain(200, 200, {i, 0, 0, 255}), {Colours::direct, true, false}, false});
+        wanted.push_back({plain(150, 150, {i, 0, 0, 255}), {Colours::direct, true, false}, false});
         wanted.push_back({plain(30, 20, {0, i, 9, 255}), {}, false});
     }
     wanted.push_back(wanted[1]);
@@ -286,7 +288,7 @@ TEST(Pictures, FullMemoryHalvesTheLargest) {
     std::size_t halved = 0;
     for (const PlacedTexture& placed : placing.textures) {
         EXPECT_EQ(placed.width, placed.pictureWidth >> placed.halvings);
-        EXPECT_TRUE(placed.halvings == 0 || placed.pictureWidth == 200) << describe(placed);
+        EXPECT_TRUE(placed.halvings == 0 || placed.pictureWidth == 150) << describe(placed);
         halved += placed.halvings;
     }
     EXPECT_EQ(halved, 1U);
@@ -404,6 +406,7 @@ TEST(Image, BadPicturesAndOptionsAreToldAndNothingIsWritten) {
              std::tuple("--at 1,2,3", 2, "\"1,2,3\" is not 2 whole numbers"),
              std::tuple("--clut-at 8,0", 2, "multiple of 16"),
              std::tuple("--depth 5", 2, "--depth"),
+             std::tuple("--out-dir 'a b'", 2, "no MQF file can name a b/good.pxl"),
              std::tuple("--image-memory 640,0,400,512", 1, "does not lie inside image memory"),
          }) {
         const TestFolder::Result result =
