@@ -124,6 +124,19 @@ TEST(Pictures, ResizedInTheLightAndWithoutTheColourOfHoles) {
     EXPECT_THAT(tinted(picture, {0.5F, 1.0F, 2.0F}).texels[0], ElementsAre(128, 255, 255, 255));
 }
 
+TEST(Pictures, GlassIsTranslucentButASoftEdgeIsNot) {
+    EXPECT_TRUE(isTranslucent(plain(4, 4, {9, 9, 9, 100})));
+    EXPECT_FALSE(isTranslucent(plain(4, 4, {9, 9, 9, 0})));
+    Picture leaf = plain(16, 16, {0, 200, 0, 255});
+    for (std::uint32_t i = 0; i < 16; ++i) {
+        leaf.texels[i] = {0, 200, 0, 0};
+        leaf.texels[16 + i][3] = 128;
+    }
+    EXPECT_FALSE(isTranslucent(leaf));
+    EXPECT_TRUE(hasHoles(leaf));
+    EXPECT_FALSE(hasHoles(plain(4, 4, {9, 9, 9, 128})));
+}
+
 TEST(Pictures, FewColoursBecomeTheseWords) {
     const Rgba black{0, 0, 0, 255};
     const Rgba red{255, 0, 0, 255};
