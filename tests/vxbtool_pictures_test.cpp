@@ -392,9 +392,9 @@ TEST(Image, PlacesAndBytesAreThoseAskedFor) {
     const TestFolder::Result again = folder.run(image + "p.ppm");
     EXPECT_EQ(again.status, 1);
     EXPECT_EQ(again.output, "p.pxl is there already; --force replaces it\n");
-    EXPECT_EQ(folder.read("p.pxl"), first);
+    EXPECT_TRUE(folder.read("p.pxl") == first);
     EXPECT_EQ(folder.run(image + "--force p.ppm").status, 0);
-    EXPECT_EQ(folder.read("p.pxl"), folder.read("b/p.pxl"));
+    EXPECT_TRUE(folder.read("p.pxl") == folder.read("b/p.pxl"));
 }
 
 TEST(Image, BadPicturesAndOptionsAreToldAndNothingIsWritten) {
