@@ -3,6 +3,7 @@
 #include <array>
 #include <cmath>
 #include <sstream>
+#include <utility>
 
 #include <png.h>
 
@@ -68,8 +69,7 @@ Pixels pixelsOf(const std::string& png) {
     image.version = PNG_IMAGE_VERSION;
     EXPECT_NE(png_image_begin_read_from_memory(&image, png.data(), png.size()), 0);
     image.format = PNG_FORMAT_RGBA;
-    Pixels pixels{image.width, image.height,
-                  std::vector<std::uint8_t>(PNG_IMAGE_SIZE(image))};
+    Pixels pixels{image.width, image.height, std::vector<std::uint8_t>(PNG_IMAGE_SIZE(image))};
     EXPECT_NE(png_image_finish_read(&image, nullptr, pixels.bytes.data(), 0, nullptr), 0);
     return pixels;
 }
@@ -160,7 +160,8 @@ void expectPictures(const scene::Scene& scene, const ModelCase& each) {
 
 TEST_F(Render, SmallModelsLookAsStored) {
     for (const ModelCase& each : readCases("../render/models.txt")) {
-        const mqf2vxb::tests::Conversion done = convertFiles(each.files, each.options);
+        const mqf2vxb::tests::Conversion done =
+            mqf2vxb::tests::convertFiles(each.files, each.options);
         ASSERT_EQ(done.report, "") << each.name;
         expectPictures(scene::makeScene(mqf2vxb::readVxb(done.outputs.at("m.vxb"))), each);
     }
@@ -168,14 +169,18 @@ TEST_F(Render, SmallModelsLookAsStored) {
 
 TEST_F(Render, VariantsOfTheSampleLookAlikeAndAsStored) {
     const TestFolder folder;
+    std::string drawn;  // two of them are one file
     for (const std::string model : {"crawler", "crawler_groups", "crawler_strips"}) {
+        SCOPED_TRACE(model);
         const auto made = folder.run("cd " MQF2VXB_EXAMPLES " && " VXBTOOL_PROGRAM " convert -o " +
                                      (folder.path() / "m.vxb").string() + " " + model + ".mqf");
         ASSERT_EQ(made.status, 0) << made.output;
-        const scene::Scene scene = scene::makeScene(mqf2vxb::readVxb(folder.read("m.vxb")));
-        for (const ModelCase& each : readCases("../render/sample.txt")) {
-            SCOPED_TRACE(model);
-            expectPictures(scene, each);
+        const std::string bytes = folder.read("m.vxb");
+        if (bytes != std::exchange(drawn, bytes)) {
+            const scene::Scene scene = scene::makeScene(mqf2vxb::readVxb(bytes));
+            for (const ModelCase& each : readCases("../render/sample.txt")) {
+                expectPictures(scene, each);
+            }
         }
     }
 }
