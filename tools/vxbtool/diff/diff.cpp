@@ -12,10 +12,9 @@
 
 #include "vxbtool/diff/changes.h"
 #include "vxbtool/diff/compare.h"
-#include "vxbtool/shared/file_or_model.h"
+#include "vxbtool/shared/any_model.h"
 #include "vxbtool/shared/json_output.h"
 #include "vxbtool/shared/printable.h"
-#include "vxbtool/shared/scale_option.h"
 
 namespace vxbtool {
 namespace {
@@ -39,17 +38,8 @@ struct DiffArguments {
     std::string after;
     bool json = false;
     bool all = false;
-    std::string scale = "1";
-    bool noImages = false;
-    std::string base;
+    AnyModelOptions models;
 };
-
-VxbFile readSide(const std::string& name, const DiffArguments& arguments) {
-    mqf2vxb::RunOptions options;
-    options.scale = parseScale(arguments.scale);
-    options.imageOutput = !arguments.noImages;
-    return readFileOrModel(name, options, arguments.base);
-}
 
 /// Bytes behind the last word are no part of the words.
 bool endsUneven(const VxbFile& file) {
@@ -108,8 +98,8 @@ void writeJson(const DiffArguments& arguments, const diff::Changes& changes, Jso
 }
 
 ExitStatus runDiff(const DiffArguments& arguments) {
-    const VxbFile before = readSide(arguments.before, arguments);
-    const VxbFile after = readSide(arguments.after, arguments);
+    const VxbFile before = readAnyModel(arguments.before, arguments.models);
+    const VxbFile after = readAnyModel(arguments.after, arguments.models);
     diff::Changes changes(arguments.all);
     if (before.words != after.words || endsUneven(before) || endsUneven(after)) {
         requireSound(arguments.before, before);
@@ -152,9 +142,7 @@ void addDiff(CLI::App& app, Session& session) {
     option("NEW", arguments->after, "", "Another one")->required();
     command->add_flag("--json", arguments->json, "Print JSON");
     command->add_flag("--all", arguments->all, "Tell every difference by itself");
-    option("--scale", arguments->scale, "F", "Convert models with this factor");
-    command->add_flag("--no-images", arguments->noImages, "Convert models without their images");
-    option("--base", arguments->base, "DIR", "Open relative names in models from this folder");
+    addAnyModelOptions(*command, arguments->models);
     command->footer(diffExamples);
     command->callback([arguments, &session] { session.status = diffOrTrouble(*arguments); });
 }

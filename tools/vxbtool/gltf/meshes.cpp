@@ -25,14 +25,14 @@ using scene::Picture;
 using scene::Polygon;
 using scene::Scene;
 
-constexpr std::uint16_t whole = 0xFFFF;
+constexpr std::uint16_t allLight = 0xFFFF;
 
 /// What a mesh says of a corner. Equal ones become one vertex.
 struct Vertex {
     std::array<float, 3> place{};
     std::array<float, 3> normal{};
     std::array<float, 2> texel{};
-    std::array<std::uint16_t, 4> colour{whole, whole, whole, whole};
+    std::array<std::uint16_t, 4> colour{allLight, allLight, allLight, allLight};
     std::uint32_t joint = 0;
     std::uint32_t primitive = 0;
 };
@@ -66,7 +66,7 @@ private:
         // The curve of the colour space sRGB.
         const float share =
             value <= 0.04045F ? value / 12.92F : std::pow((value + 0.055F) / 1.055F, 2.4F);
-        return static_cast<std::uint16_t>(std::lround(share * whole));
+        return static_cast<std::uint16_t>(std::lround(share * allLight));
     }
 
     std::array<std::uint16_t, 256> plain_{};

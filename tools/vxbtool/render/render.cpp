@@ -15,7 +15,7 @@
 #include "base/diagnostics.h"
 #include "base/out_of_memory.h"
 #include "vxbtool/render/request.h"
-#include "vxbtool/shared/file_or_model.h"
+#include "vxbtool/shared/any_model.h"
 #include "vxbtool/shared/printable.h"
 #include "vxbtool/shared/signals.h"
 #include "vxbtool/shared/staged_outputs.h"
@@ -40,7 +40,7 @@ struct RenderArguments {
     std::string output;
     std::string size = "800x600";
     std::string background = "606870";
-    std::string base;
+    AnyModelOptions models;
     Request request;
 };
 
@@ -115,9 +115,9 @@ void renderFile(const RenderArguments& arguments) {
     std::error_code error;
     if (std::filesystem::equivalent(inputPath(arguments.file), outputPath(arguments.output),
                                     error)) {
-        throw UnusableInput(fmt::format("{}: this input is also the output", arguments.file));
+        throw NoModel(fmt::format("{}: this input is also the output", arguments.file));
     }
-    const mqf2vxb::VxbFile file = readFileOrModel(arguments.file, {}, arguments.base);
+    const mqf2vxb::VxbFile file = readAnyModel(arguments.file, arguments.models);
     requireSound(arguments.file, file);
     const scene::Scene scene = scene::makeScene(file);
     for (const std::string& warning : scene.warnings) {
@@ -136,7 +136,7 @@ ExitStatus runRender(RenderArguments& arguments) {
     };
     try {
         mqf2vxb::withMemory([&] { renderFile(arguments); });
-    } catch (const UnusableInput& fault) {
+    } catch (const NoModel& fault) {
         return failed(fault.what());
     } catch (const render::RenderFault& fault) {
         return failed(fmt::format("{}: no picture: {}", arguments.file, fault.what()));
@@ -156,7 +156,7 @@ void addRender(CLI::App& app, Session& session) {
                                   const char* description) {
         return command->add_option(name, value, description)->option_text(valueName);
     };
-    option("INPUT", arguments->file, "", "A VXB file, or a model (.mqf), which is converted")
+    option("FILE", arguments->file, "", "The VXB file, or a model (.mqf)")
         ->required();
     option("-o", arguments->output, "FILE", "The PNG file")->required();
     option("--size", arguments->size, "WxH", "Pixels of the picture (800x600)");
@@ -174,7 +174,7 @@ void addRender(CLI::App& app, Session& session) {
            "Red, green and blue as RRGGBB, or \"transparent\"");
     command->add_flag("--two-sided", request.twoSides,
                       "Draw triangles that face away from the viewer too");
-    option("--base", arguments->base, "DIR", "Open relative names in a model from this folder");
+    addAnyModelOptions(*command, arguments->models);
     command->footer(renderExamples);
     command->callback([arguments, &session] { session.status = runRender(*arguments); });
 }
