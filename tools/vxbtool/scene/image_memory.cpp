@@ -1,5 +1,7 @@
 #include "vxbtool/scene/image_memory.h"
 
+#include <algorithm>
+
 #include <fmt/core.h>
 
 namespace vxbtool::scene {

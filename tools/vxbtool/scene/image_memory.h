@@ -16,8 +16,8 @@ public:
     static constexpr std::uint32_t columns = 1024;
     static constexpr std::uint32_t lines = 1024;
 
-    /// Puts the images there in their order, each over those before it. One whose words do not make
-    /// its size is left out, and a warning tells.
+    /// Puts the images there in their order, each over those before it. Pixels whose words do not make
+    /// their size are left out, and a warning tells.
     ImageMemory(const mqf2vxb::VxbFile& file, std::vector<std::string>& warnings);
 
     [[nodiscard]] std::uint16_t column(std::uint32_t x, std::uint32_t y) const {
