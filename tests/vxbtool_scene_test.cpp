@@ -1,9 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <fstream>
 #include <numbers>
+#include <optional>
 #include <sstream>
+#include <string>
+#include <vector>
 
 #include <fmt/core.h>
 #include <fmt/ranges.h>
@@ -17,7 +22,7 @@
 #include "vxbtool/scene/scene.h"
 #include "vxbtool/shared/any_model.h"
 
-namespace vxbtool {
+namespace vxbtool::scene_tests {
 namespace {
 
 using namespace mqf2vxb::tests;
@@ -99,9 +104,9 @@ std::string textOf(const Scene& scene) {
     return text;
 }
 
-mqf2vxb::tests::Words wordsIn(const std::string& text) {
+Words wordsIn(const std::string& text) {
     std::istringstream words(text);
-    mqf2vxb::tests::Words result;
+    Words result;
     for (std::string word; words >> word;) {
         result.push_back(static_cast<std::uint32_t>(std::stoul(word, nullptr, 16)));
     }
@@ -270,4 +275,4 @@ TEST(Gltf, HasNoErrorAndNoWarning) {
 }
 
 }  // namespace
-}  // namespace vxbtool
+}  // namespace vxbtool::scene_tests

@@ -126,11 +126,7 @@ ExitStatus runExport(ExportArguments arguments) {
     arguments.gltf.motions = !arguments.noMotions;
     try {
         const VxbFile file = readAnyModel(arguments.file, arguments.models);
-        if (file.findings.count(mqf2vxb::Severity::error) > 0) {
-            say(fmt::format("{0}: the file has errors; \"vxbtool check {0}\" tells them",
-                            arguments.file));
-            return ExitStatus::badInput;
-        }
+        requireSound(arguments.file, file);
         mqf2vxb::withMemory([&] { exportFile(arguments, file); });
         return ExitStatus::good;
     } catch (const mqf2vxb::Report& report) {

@@ -7,7 +7,7 @@
 namespace vxbtool::scene {
 
 ImageMemory::ImageMemory(const mqf2vxb::VxbFile& file, std::vector<std::string>& warnings)
-    : values_(std::size_t{columns} * lines), owners_(values_.size()) {
+    : values_(file.images.empty() ? 0 : std::size_t{columns} * lines), owners_(values_.size()) {
     std::uint32_t unsized = 0;
     for (std::uint32_t i = 0; i < file.images.size(); ++i) {
         const mqf2vxb::Image& image = file.images[i];
