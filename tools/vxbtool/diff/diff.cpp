@@ -41,13 +41,6 @@ struct DiffArguments {
     AnyModelOptions models;
 };
 
-void checkSound(const std::string& name, const VxbFile& file) {
-    if (const std::size_t errors = file.findings.count(mqf2vxb::Severity::error); errors > 0) {
-        throw NoModel(fmt::format("{}: no sound VXB file: {}; \"vxbtool check {}\" tells more",
-                                  name, diff::counted(errors, "error", "errors"), name));
-    }
-}
-
 /// Bytes behind the last word are no part of the words.
 bool endsUneven(const VxbFile& file) {
     return file.findings.count(mqf2vxb::finding::unevenLength) > 0;
@@ -109,8 +102,8 @@ ExitStatus runDiff(const DiffArguments& arguments) {
     const VxbFile after = readAnyModel(arguments.after, arguments.models);
     diff::Changes changes(arguments.all);
     if (before.words != after.words || endsUneven(before) || endsUneven(after)) {
-        checkSound(arguments.before, before);
-        checkSound(arguments.after, after);
+        requireSound(arguments.before, before);
+        requireSound(arguments.after, after);
         changes = changesOf(before, after, arguments.all);
     }
     TextOutput output(stdout);

@@ -126,11 +126,7 @@ ExitStatus runExport(ExportArguments arguments) {
     arguments.gltf.motions = !arguments.noMotions;
     try {
         const VxbFile file = readAnyModel(arguments.file, arguments.models);
-        if (file.findings.count(mqf2vxb::Severity::error) > 0) {
-            say(fmt::format("{0}: the file has errors; \"vxbtool check {0}\" tells them",
-                            arguments.file));
-            return ExitStatus::badInput;
-        }
+        requireSound(arguments.file, file);
         mqf2vxb::withMemory([&] { exportFile(arguments, file); });
         return ExitStatus::good;
     } catch (const mqf2vxb::Report& report) {
@@ -153,7 +149,7 @@ void addExport(CLI::App& app, Session& session) {
         ->required();
     command
         ->add_option("-o,--output", arguments->output, "The file to write (FILE's name and .glb)")
-        ->option_text("FILE.glb");
+        ->option_text("FILE");
     command->add_option("--unit", arguments->gltf.unit, "Metres that a unit is (0.001)")
         ->option_text("F");
     command->add_option("--fps", arguments->gltf.fps, "Frames of a second of motions (30)")

@@ -274,8 +274,8 @@ private:
         }
     }
 
-    /// Faces that run the other way around than most of those that they are connected with by edges
-    /// that two faces have.
+    /// Faces whose corners run the other way around than those of most faces that they are connected
+    /// with, where the connections are edges of exactly two faces.
     void checkWinding() {
         const std::vector<std::array<Edge, 2>> shared = sharedEdges();
         std::vector<std::vector<std::pair<std::uint32_t, bool>>> neighbours(faces_.size());

@@ -7,6 +7,7 @@
 
 #include "base/diagnostics.h"
 #include "vxb/vxb_reader.h"
+#include "vxbtool/shared/finding_report.h"
 #include "vxbtool/shared/in_memory.h"
 #include "vxbtool/shared/model_files.h"
 #include "vxbtool/shared/scale_option.h"
@@ -42,6 +43,13 @@ mqf2vxb::VxbFile readAnyModel(const std::string& name, const AnyModelOptions& op
         return mqf2vxb::readVxb(convertInMemory(name, run, files));
     } catch (const mqf2vxb::Report& report) {
         throw NoModel(fmt::format("{}: {}\n{}", name, report.cause(), report.text()));
+    }
+}
+
+void requireSound(const std::string& name, const mqf2vxb::VxbFile& file) {
+    if (const std::size_t errors = file.findings.count(mqf2vxb::Severity::error); errors > 0) {
+        throw NoModel(fmt::format("{}: no sound VXB file: {}; \"vxbtool check {}\" tells more", name,
+                                  counted(errors, "error"), name));
     }
 }
 

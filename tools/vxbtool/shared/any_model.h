@@ -32,4 +32,7 @@ bool isModelFile(const std::string& name);
 /// Reads a VXB file, whatever it holds, or converts a model in memory. Throws NoModel.
 mqf2vxb::VxbFile readAnyModel(const std::string& name, const AnyModelOptions& options);
 
+/// Throws NoModel when the file has errors.
+void requireSound(const std::string& name, const mqf2vxb::VxbFile& file);
+
 }  // namespace vxbtool
