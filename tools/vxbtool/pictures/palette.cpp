@@ -19,7 +19,7 @@ constexpr std::uint16_t componentMask = 0x1F;
 constexpr unsigned componentBits = 5;
 
 /// How near 16 colours have to come to a picture so that it does not get 256, in decibels.
-constexpr double nearEnough = 30;
+constexpr double nearEnough = 34;
 
 using Values = std::vector<std::uint16_t>;
 
@@ -143,7 +143,6 @@ Quantised quantised(const Picture& picture, std::size_t colours, const Reduction
     useOneProcessor();
     const auto attributes = owned(liq_attr_create());
     demand(liq_set_max_colors(attributes.get(), static_cast<int>(colours)));
-    demand(liq_set_min_posterization(attributes.get(), 8 - componentBits));
 
     const auto histogram = owned(liq_histogram_create(attributes.get()));
     const std::vector<liq_histogram_entry> entries = histogramOf(picture);
@@ -163,7 +162,8 @@ Quantised quantised(const Picture& picture, std::size_t colours, const Reduction
     quantised.indices.resize(texels.size());
     demand(liq_write_remapped_image(result.get(), image.get(), quantised.indices.data(),
                                     quantised.indices.size()));
-    // The palette is the one that the picture was drawn with only from here on.
+    // The palette is the one that the picture was drawn with only from here on. The library could cut
+    // it to five bits by itself, but it truncates: rounded colours are nearer to the picture.
     const liq_palette& palette = *liq_get_palette(result.get());
     for (unsigned i = 0; i < palette.count; ++i) {
         const liq_color& c = palette.entries[i];

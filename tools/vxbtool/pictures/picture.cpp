@@ -10,8 +10,8 @@
 #include <optional>
 #include <utility>
 
-#include <stb_image.h>
-#include <stb_image_resize.h>
+#include <stb/stb_image.h>
+#include <stb/stb_image_resize.h>
 
 #include <fmt/core.h>
 
