@@ -13,7 +13,7 @@
 namespace vxbtool::importing {
 namespace {
 
-bool isFinite(const aiVector3D& v) {
+bool isFinitePoint(const aiVector3D& v) {
     return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z);
 }
 
@@ -24,7 +24,7 @@ std::vector<Face> facesOf(const aiMesh& mesh, Dropped& dropped) {
         if (corners.size() < 3) {
             ++dropped.lines;
         } else if (!std::ranges::all_of(
-                       corners, [&](unsigned v) { return isFinite(mesh.mVertices[v]); })) {
+                       corners, [&](unsigned v) { return isFinitePoint(mesh.mVertices[v]); })) {
             ++dropped.notFinite;
         } else {
             const std::size_t before = faces.size();
@@ -115,7 +115,7 @@ private:
             Vector normal = front;
             if (!normals.empty()) {
                 normal = normals[order[k]];
-            } else if (mesh_.mNormals != nullptr && isFinite(mesh_.mNormals[vertex]) &&
+            } else if (mesh_.mNormals != nullptr && isFinitePoint(mesh_.mNormals[vertex]) &&
                        mesh_.mNormals[vertex].SquareLength() > 0) {
                 normal = vectorOf(mesh_.mNormals[vertex]);
             }
@@ -196,8 +196,7 @@ Part partOf(const aiScene& scene, unsigned mesh, std::uint32_t coordinate,
     part.coordinate = coordinate;
     part.material = part.mesh->mMaterialIndex;
     const SurfaceMaterial& material = materials.materials[part.material];
-    part.textured = material.texture &&
-                    part.mesh->mTextureCoords[material.texture->set] != nullptr;
+    part.textured = material.texture && part.mesh->mTextureCoords[material.texture->set] != nullptr;
     part.coloured = isColoured(*part.mesh);
     dropped.textureSets += others(part.mesh->GetNumUVChannels(), part.textured);
     dropped.colourSets += others(part.mesh->GetNumColorChannels(), true);
@@ -223,8 +222,7 @@ std::vector<std::vector<Face>> partFaces(const Shape& shape, const Materials& ma
             const std::size_t before = triangleCount(faces[p]);
             const auto most = static_cast<std::size_t>(share * static_cast<double>(before));
             faces[p] = simplified(*shape.parts[p].mesh, faces[p], most);
-            dropped.simplified +=
-                (before - triangleCount(faces[p])) * sides(shape.parts[p]);
+            dropped.simplified += (before - triangleCount(faces[p])) * sides(shape.parts[p]);
         }
     }
     return faces;
@@ -259,8 +257,8 @@ Shape makeShape(const aiScene& scene, const CoordinateMap& map, const PlacedCoor
 Farthest farthest(const Shape& shape) {
     Farthest result;
     for (const Place& place : shape.places) {
-        const double distance = std::max(
-            {std::abs(place.point.x), std::abs(place.point.y), std::abs(place.point.z)});
+        const double distance =
+            std::max({std::abs(place.point.x), std::abs(place.point.y), std::abs(place.point.z)});
         // A distance that is no number is beyond any.
         if (!(distance <= result.distance)) {
             result = {distance, place.coordinate};

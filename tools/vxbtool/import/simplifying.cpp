@@ -63,7 +63,7 @@ std::vector<Face> simplified(const aiMesh& mesh, const std::vector<Face>& faces,
     constexpr float anyError = 1e9F;
     fewer.resize(meshopt_simplify(fewer.data(), indices.data(), indices.size(),
                                   &mesh.mVertices[0].x, mesh.mNumVertices, sizeof(aiVector3D),
-                                  most * 3, anyError, nullptr));
+                                  most * 3, anyError, 0, nullptr));
     if (fewer.size() > most * 3) {
         // It keeps every edge between attributes that differ; this one does not.
         std::vector<unsigned> few(fewer.size());

@@ -63,8 +63,7 @@ Picture withMirror(const Picture& picture, bool across, bool down) {
         const std::uint32_t fromY = y < picture.height ? y : result.height - 1 - y;
         for (std::uint32_t x = 0; x < result.width; ++x) {
             const std::uint32_t fromX = x < picture.width ? x : result.width - 1 - x;
-            result.texels.push_back(
-                picture.texels[std::size_t{fromY} * picture.width + fromX]);
+            result.texels.push_back(picture.texels[std::size_t{fromY} * picture.width + fromX]);
         }
     }
     return result;
@@ -126,12 +125,12 @@ Textures placeTextures(const aiScene& scene, const std::string& file, const Mate
         }
         Textures::OfMaterial& own = result.materials[m];
         own.translucent = material.mayBlend && pictures::isTranslucent(*at->second);
-        own.mirrorsAcross = material.texture->across == Wrap::mirror;
-        own.mirrorsDown = material.texture->down == Wrap::mirror;
         pictures::WantedTexture texture;
-        texture.picture = withMirror(*at->second, own.mirrorsAcross, own.mirrorsDown);
+        texture.picture = withMirror(*at->second, material.texture->across == Wrap::mirror,
+                                     material.texture->down == Wrap::mirror);
         settleAlpha(texture.picture, material, own.translucent || material.opacity < 1);
-        if (!material.unlit && uses.coloured[m] == 0 && material.colour != std::array{1.F, 1.F, 1.F}) {
+        own.tinted = !material.unlit && uses.coloured[m] == 0;
+        if (own.tinted && material.colour != std::array{1.F, 1.F, 1.F}) {
             texture.picture = pictures::tinted(std::move(texture.picture), material.colour);
         }
         own.mean = meanColour(texture.picture);

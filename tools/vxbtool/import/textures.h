@@ -27,11 +27,11 @@ struct MissingTexture {
 struct Textures {
     /// What became of a material's picture.
     struct OfMaterial {
-        std::optional<std::size_t> placed;  ///< index into Placing::textures; none: its colour alone
+        std::optional<std::size_t>
+            placed;  ///< index into Placing::textures; none: its colour alone
         std::array<float, 3> mean{1, 1, 1};  ///< mean colour of what is drawn of the picture
+        bool tinted = false;                 ///< the picture has the material's colour already
         bool translucent = false;            ///< parts of the picture are neither opaque nor holes
-        bool mirrorsAcross = false;  ///< the picture stands twice beside itself, once mirrored
-        bool mirrorsDown = false;
     };
     std::vector<OfMaterial> materials;  ///< as many as the scene has
     pictures::Placing placing;
