@@ -30,9 +30,15 @@ endif()
 
 if(MQF2VXB_BUILD_IMPORT)
     set(import_sources
+        vxbtool/import/angles.cpp
+        vxbtool/import/animations.cpp
+        vxbtool/import/channel.cpp
         vxbtool/import/import.cpp
+        vxbtool/import/motions.cpp
         vxbtool/import/nodes.cpp
-        vxbtool/import/source.cpp)
+        vxbtool/import/sampler.cpp
+        vxbtool/import/source.cpp
+        vxbtool/import/track.cpp)
 else()
     set(import_sources vxbtool/import/import_missing.cpp)
 endif()

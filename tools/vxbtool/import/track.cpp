@@ -7,7 +7,7 @@
 
 #include "format/key_frame_forms.h"
 
-namespace vxbtool::import {
+namespace vxbtool::importing {
 namespace {
 
 using mqf2vxb::KeyFrameForm;
@@ -93,7 +93,7 @@ private:
     /// `first` and `next` are steps with `frame` between them.
     [[nodiscard]] TrackError differenceAt(std::uint32_t first, std::uint32_t next,
                                           std::uint32_t frame) const {
-        const double part = double{frame - first} / double{next - first};
+        const double part = static_cast<double>(frame - first) / static_cast<double>(next - first);
         const Shown& a = shown_[first];
         const Shown& b = shown_[next];
         const Sample& sample = track_.samples[frame];
@@ -273,4 +273,4 @@ Steps chooseSteps(const Track& track, PrimitiveTypeCode type, const Tolerance& t
     return StepChooser(track, type, tolerance).choose();
 }
 
-}  // namespace vxbtool::import
+}  // namespace vxbtool::importing
