@@ -392,7 +392,7 @@ TEST(ImportMotions, StandWhereTheyAreAskedFor) {
 
 TEST(ImportMotions, RaiseTheToleranceForMoreThanAFileCanReach) {
     unsigned random = 1;
-    std::vector<float> noise(3 * 30 * 60 * 20);
+    std::vector<float> noise(3 * 30 * 500);
     for (float& value : noise) {
         random = random * 1664525U + 1013904223U;
         value = static_cast<float>(random >> 16U) / 65536.0F / 8;
@@ -400,14 +400,15 @@ TEST(ImportMotions, RaiseTheToleranceForMoreThanAFileCanReach) {
     const ChainNode trembling{
         [&](double s) {
             const auto frame = static_cast<std::size_t>(std::lround(s * 30)) * 3;
-            return move(noise.at(frame), noise.at(frame + 1), noise.at(frame + 2));
+            return move(40 + noise.at(frame), noise.at(frame + 1), noise.at(frame + 2)) *
+                   turn(static_cast<float>(s) / 500, {0, 0, 1});
         },
-        every(1.0 / 30, 60 * 20 - 1)};
+        every(1.0 / 30, 499)};
     const Played played({trembling}, 1000);
     EXPECT_GT(played.made.tolerance, 1);
     std::size_t words = 0;
     for (const model_text::KeyFrameGroup& group : played.motion().groups) {
-        words += group.values.size() / 3 * 2;
+        words += group.values.size() / 6 * 5;
     }
     EXPECT_LE(words, 65536);
     EXPECT_LE(played.motion().steps.size(), 65535);

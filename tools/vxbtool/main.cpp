@@ -21,6 +21,7 @@
 #include "vxbtool/diff/diff.h"
 #include "vxbtool/dump/dump.h"
 #include "vxbtool/finding_catalogue/finding_catalogue.h"
+#include "vxbtool/image/image.h"
 #include "vxbtool/import/import.h"
 #include "vxbtool/info/info.h"
 #include "vxbtool/lint/lint.h"
@@ -43,6 +44,7 @@ constexpr const char* examples = R"(Examples:
   vxbtool dump car.vxb                    what does each word say?
   vxbtool diff old.vxb new.vxb            what became of the model?
   vxbtool unpack car.vxb                  write the model that it was made of
+  vxbtool image brick.png                 make a PXL file of a picture
   vxbtool import car.glb                  write a model from another program's file
 
 "vxbtool COMMAND --help" tells more about one command, "man vxbtool" about all.
@@ -93,6 +95,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     addDiff(app, session);
     addUnpack(app, session);
     addImport(app, session);
+    addImage(app, session);
     addCompletion(app, session);
     addFindingCatalogue(app, session);
     addPacketFormTables(app, session);

@@ -54,8 +54,11 @@ Picture resized(const Picture& picture, std::uint32_t width, std::uint32_t heigh
 /// The picture times a colour, 0 to 1 each for red, green and blue as a screen shows them.
 Picture tinted(Picture picture, const std::array<float, 3>& colour);
 
-/// Whether a texel is less than half opaque, which makes it one that is not drawn; and whether the
-/// picture has one that is neither fully opaque nor fully transparent.
+/// Whether a texel is at least half opaque; others are holes in a texture.
+bool isDrawn(const Rgba& texel);
+
+/// Whether the picture has a texel that is not drawn, and one that is neither fully opaque nor fully
+/// transparent.
 bool hasHoles(const Picture& picture);
 bool isTranslucent(const Picture& picture);
 

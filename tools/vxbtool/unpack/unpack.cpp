@@ -7,7 +7,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include <unistd.h>
@@ -22,6 +21,7 @@
 #include "vxbtool/check/check.h"
 #include "vxbtool/model_text/model_files_writer.h"
 #include "vxbtool/shared/in_memory.h"
+#include "vxbtool/shared/new_files.h"
 #include "vxbtool/shared/printable.h"
 #include "vxbtool/shared/signals.h"
 #include "vxbtool/shared/staged_outputs.h"
@@ -63,22 +63,6 @@ std::string folderOf(const UnpackArguments& arguments, const std::string& name) 
                                     : arguments.folder;
 }
 
-/// What stands in the way of writing the model's files; empty when nothing does.
-std::string obstacle(const model_text::ModelText& model, const std::string& folder,
-                     const std::string& name, bool force) {
-    std::error_code error;
-    for (const std::string& file : model_text::fileNames(model, name)) {
-        const fs::path path = fs::path(folder) / file;
-        const fs::file_status status = fs::status(path, error);
-        if (fs::exists(status) && (!force || !fs::is_regular_file(status))) {
-            return fmt::format("{} is there already{}", path.string(),
-                               fs::is_regular_file(status) ? "; --force replaces it" : "");
-        }
-    }
-    fs::create_directories(folder, error);
-    return error && !fs::is_directory(folder) ? fmt::format("{}: {}", folder, error.message()) : "";
-}
-
 /// A word with its meaning.
 std::string wordText(const VxbFile& file, std::uint32_t offset) {
     const mqf2vxb::Region* region = file.regionAt(offset);
@@ -118,7 +102,11 @@ ExitStatus unpackFile(const UnpackArguments& arguments, const VxbFile& file,
                       const std::string& name) {
     const std::string folder = folderOf(arguments, name);
     const unpack::UnpackedModel model = unpack::unpackModel(file);
-    if (const std::string why = obstacle(model.text, folder, name, arguments.force); !why.empty()) {
+    std::vector<std::string> paths = model_text::fileNames(model.text, name);
+    for (std::string& path : paths) {
+        path = (fs::path(folder) / path).string();
+    }
+    if (const std::string why = prepareNewFiles(paths, arguments.force); !why.empty()) {
         say(why);
         return ExitStatus::badInput;
     }
