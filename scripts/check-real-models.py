@@ -15,7 +15,7 @@ import concurrent.futures
 import json
 import os
 import pathlib
-import resource
+import signal
 import subprocess
 import sys
 import tempfile
@@ -34,17 +34,17 @@ class Fault(Exception):
     """What is wrong with a model's way, in one line."""
 
 
-def limit():
-    resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
-    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
-
-
 def run(*command):
-    try:
-        return subprocess.run(command, capture_output=True, errors="replace", timeout=SECONDS,
-                              preexec_fn=limit, check=False)
-    except subprocess.TimeoutExpired:
-        raise Fault(f"{command[1]} takes longer than {SECONDS} s") from None
+    """Runs it within its limits; beyond them it ends with every process that it started."""
+    limited = ["prlimit", f"--as={MEMORY}", "--core=0", *command]
+    with subprocess.Popen(limited, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+                          errors="replace", start_new_session=True) as process:
+        try:
+            out, err = process.communicate(timeout=SECONDS)
+        except subprocess.TimeoutExpired:
+            os.killpg(process.pid, signal.SIGKILL)
+            raise Fault(f"{command[1]} takes longer than {SECONDS} s") from None
+    return subprocess.CompletedProcess(command, process.returncode, out, err)
 
 
 def last_line(text):
