@@ -9,7 +9,9 @@ tools_packages=(
     libcli11-dev libfmt-dev nlohmann-json3-dev
     libassimp-dev libstb-dev libimagequant-dev libmeshoptimizer-dev
 )
-check_packages=(git clang-format clang-tidy dpkg-dev file libbenchmark-dev lintian python3)
+check_packages=(
+    git clang-format clang-tidy dpkg-dev file libbenchmark-dev lintian python3 assimp-testmodels
+)
 fuzz_packages=(clang libclang-rt-14-dev llvm)
 
 if (($# == 0)); then

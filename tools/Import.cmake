@@ -32,6 +32,7 @@ if(MQF2VXB_BUILD_IMPORT)
     set(import_sources
         vxbtool/image/image.cpp
         vxbtool/import/angles.cpp
+        vxbtool/import/animations.cpp
         vxbtool/import/channel.cpp
         vxbtool/import/faces.cpp
         vxbtool/import/geometry.cpp
@@ -47,6 +48,7 @@ if(MQF2VXB_BUILD_IMPORT)
         vxbtool/import/point_table.cpp
         vxbtool/import/progress_line.cpp
         vxbtool/import/report.cpp
+        vxbtool/import/sampler.cpp
         vxbtool/import/seams.cpp
         vxbtool/import/simplifying.cpp
         vxbtool/import/skins.cpp
