@@ -133,6 +133,10 @@ std::vector<std::string> extensionsOf(const CLI::App& command) {
         if (name == "FILE" || name == "OLD") {
             extensions.emplace_back("vxb");
         }
+        if (name == "PICTURE") {
+            extensions.insert(extensions.end(),
+                              {"png", "jpg", "jpeg", "tga", "bmp", "gif", "psd", "ppm", "pgm"});
+        }
     }
     return extensions;
 }

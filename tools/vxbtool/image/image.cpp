@@ -95,12 +95,14 @@ pictures::Colours coloursOf(unsigned depth) {
     }
 }
 
-/// The path of a picture's PXL file, whose name is a word that can stand in an MQF file.
+/// Whether a character ends a name in an MQF file.
+bool endsName(char c) { return static_cast<unsigned char>(c) <= ' ' || c == 0x7F; }
+
+/// The path of a picture's PXL file; its name is a single word.
 std::string outputOf(const std::string& picture, const std::string& folder) {
     const fs::path path(picture);
     std::string name = path.stem().string();
-    std::ranges::replace_if(
-        name, [](char c) { return static_cast<unsigned char>(c) <= ' ' || c == 0x7F; }, '_');
+    std::ranges::replace_if(name, endsName, '_');
     return ((folder.empty() ? path.parent_path() : fs::path(folder)) / (name + ".pxl")).string();
 }
 
@@ -109,6 +111,11 @@ std::vector<std::string> outputsOf(const ImageArguments& arguments) {
     std::map<std::string, std::string> pictureOf;
     for (const std::string& picture : arguments.pictures) {
         outputs.push_back(outputOf(picture, arguments.folder));
+        if (std::ranges::any_of(outputs.back(), endsName)) {
+            throw CLI::ValidationError(
+                "--out-dir", fmt::format("no MQF file can name {}: choose a folder without blanks",
+                                         outputs.back()));
+        }
         const auto [entry, isNew] =
             pictureOf.try_emplace(fs::path(outputs.back()).lexically_normal().string(), picture);
         if (!isNew) {

@@ -20,7 +20,6 @@ namespace {
 
 constexpr int channels = 4;
 constexpr std::uint8_t halfOpaque = 128;
-constexpr std::uint8_t fullyOpaque = 255;
 
 /// The bytes of a file on their way to stb. Some of its readers take zeros for what is behind the
 /// end; that somebody asked for it shows that the file was cut off.
@@ -169,8 +168,15 @@ bool isDrawn(const Rgba& texel) { return texel[3] >= halfOpaque; }
 bool hasHoles(const Picture& picture) { return !std::ranges::all_of(picture.texels, isDrawn); }
 
 bool isTranslucent(const Picture& picture) {
-    return std::ranges::any_of(
-        picture.texels, [](const Rgba& texel) { return texel[3] != 0 && texel[3] != fullyOpaque; });
+    constexpr std::uint8_t hardlySeen = 25;
+    constexpr std::uint8_t nearlyOpaque = 230;
+    std::size_t seen = 0;
+    std::size_t between = 0;
+    for (const Rgba& texel : picture.texels) {
+        seen += texel[3] > hardlySeen ? 1 : 0;
+        between += texel[3] > hardlySeen && texel[3] < nearlyOpaque ? 1 : 0;
+    }
+    return between > 0 && 4 * between >= seen;
 }
 
 }  // namespace vxbtool::pictures

@@ -57,9 +57,11 @@ Picture tinted(Picture picture, const std::array<float, 3>& colour);
 /// Whether a texel is at least half opaque; others are holes in a texture.
 bool isDrawn(const Rgba& texel);
 
-/// Whether the picture has a texel that is not drawn, and one that is neither fully opaque nor fully
-/// transparent.
+/// Whether the picture has a texel that is not drawn.
 bool hasHoles(const Picture& picture);
+/// Whether the picture is there to be looked through, like glass or smoke: a quarter of what can be
+/// seen of it is neither nearly opaque nor nearly transparent. Soft edges of something that is cut out
+/// do not make that many texels.
 bool isTranslucent(const Picture& picture);
 
 }  // namespace vxbtool::pictures

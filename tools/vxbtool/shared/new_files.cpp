@@ -20,6 +20,9 @@ std::string prepareNewFiles(std::span<const std::string> paths, bool force) {
     }
     for (const fs::path path : paths) {
         const fs::path folder = path.parent_path();
+        if (folder.empty()) {  // the working directory
+            continue;
+        }
         fs::create_directories(folder, error);
         if (error && !fs::is_directory(folder)) {
             return fmt::format("{}: {}", folder.string(), error.message());
