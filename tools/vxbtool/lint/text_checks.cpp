@@ -38,7 +38,7 @@ void checkLine(const TracedFile& file, const TracedLine& line, Findings& finding
     }
 }
 
-/// A line of a motion file that only its first word is read of: a label or the target.
+/// A line of a motion file of which only the first word is read: a label or the target.
 void checkWordLine(const TracedFile& file, const TracedLine& line, Findings& findings) {
     std::string_view rest = line.text;
     mqf2vxb::scanWord(rest);
