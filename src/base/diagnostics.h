@@ -82,9 +82,9 @@ void checkIndex(const std::string& file, std::int64_t index, std::int64_t count,
 [[noreturn]] void unknownGeoFlag(std::int32_t polygon, std::int32_t kind);
 [[noreturn]] void notSuitableTexture();
 
-/// The cause names the system's reason, that of `error`; 0 is none.
+/// The causes name the system's reason, that of `error`; 0 is none.
 [[noreturn]] void cannotOpen(const std::string& file, Access access, int error = 0);
-[[noreturn]] void cannotWrite(const std::string& file);
+[[noreturn]] void cannotWrite(const std::string& file, int error);
 /// `line` is the ID line as it was read, with its line feed when it had one.
 [[noreturn]] void wrongTag(const std::string& file, std::string_view line,
                            const std::string& cause);
@@ -93,7 +93,8 @@ void checkIndex(const std::string& file, std::int64_t index, std::int64_t count,
 
 /// Input that cannot become a right output file. `cause` is short, in lower case, without a full
 /// stop; a place without a line leaves the "Line" out of the report.
-[[noreturn]] void notCorrectData(const Place& place, const std::string& cause);
+[[noreturn]] void notCorrectData(const Place& place, const std::string& cause,
+                                 Explanation explanation = {});
 
 /// A section is about to be written at another word offset than the layout gives it: a fault of
 /// this program.

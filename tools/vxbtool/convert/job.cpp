@@ -48,7 +48,7 @@ void writeDepfile(const ConvertJob& job, const ModelFiles& inputs, StagedOutputs
         mqf2vxb::cannotOpen(job.depfile, mqf2vxb::Access::write, errno);
     }
     if (!file->write(text) || !file->close()) {
-        mqf2vxb::cannotWrite(job.depfile);
+        mqf2vxb::cannotWrite(job.depfile, errno);
     }
 }
 

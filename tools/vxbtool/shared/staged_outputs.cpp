@@ -113,10 +113,24 @@ void StagedOutputs::commit() {
     while (!staged_.empty()) {
         const Staged& file = staged_.back();
         if (!temporaryFiles_.rename(file.temporary, file.target)) {
-            mqf2vxb::cannotWrite(file.name);
+            mqf2vxb::cannotWrite(file.name, errno);
         }
         staged_.pop_back();
     }
+}
+
+void writeOutput(const std::string& name, std::string_view bytes) {
+    TemporaryFiles temporaryFiles;
+    const SignalWatch signalWatch(temporaryFiles);
+    StagedOutputs outputs(temporaryFiles);
+    const std::unique_ptr<mqf2vxb::OutputFile> file = outputs.create(name);
+    if (!file) {
+        mqf2vxb::cannotOpen(name, mqf2vxb::Access::write, errno);
+    }
+    if (!file->write(bytes) || !file->close()) {
+        mqf2vxb::cannotWrite(name);
+    }
+    outputs.commit();
 }
 
 }  // namespace vxbtool

@@ -7,7 +7,6 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <system_error>
 #include <vector>
 
 #include <unistd.h>
@@ -22,9 +21,10 @@
 #include "vxbtool/check/check.h"
 #include "vxbtool/model_text/model_files_writer.h"
 #include "vxbtool/shared/in_memory.h"
-#include "vxbtool/shared/printable.h"
+#include "vxbtool/shared/new_files.h"
 #include "vxbtool/shared/signals.h"
 #include "vxbtool/shared/staged_outputs.h"
+#include "vxbtool/shared/text_output.h"
 #include "vxbtool/shared/vxb_input.h"
 #include "vxbtool/unpack/unpack_model.h"
 
@@ -48,8 +48,6 @@ struct UnpackArguments {
     bool force = false;
 };
 
-void say(const std::string& text) { fmt::print(stderr, "{}\n", printableLines(text)); }
-
 /// The name of the model: what the file is called, unless the command line says.
 std::string modelName(const UnpackArguments& arguments) {
     if (!arguments.name.empty()) {
@@ -61,22 +59,6 @@ std::string modelName(const UnpackArguments& arguments) {
 std::string folderOf(const UnpackArguments& arguments, const std::string& name) {
     return arguments.folder.empty() ? (fs::path(arguments.file).parent_path() / name).string()
                                     : arguments.folder;
-}
-
-/// What stands in the way of writing the model's files; empty when nothing does.
-std::string obstacle(const model_text::ModelText& model, const std::string& folder,
-                     const std::string& name, bool force) {
-    std::error_code error;
-    for (const std::string& file : model_text::fileNames(model, name)) {
-        const fs::path path = fs::path(folder) / file;
-        const fs::file_status status = fs::status(path, error);
-        if (fs::exists(status) && (!force || !fs::is_regular_file(status))) {
-            return fmt::format("{} is there already{}", path.string(),
-                               fs::is_regular_file(status) ? "; --force replaces it" : "");
-        }
-    }
-    fs::create_directories(folder, error);
-    return error && !fs::is_directory(folder) ? fmt::format("{}: {}", folder, error.message()) : "";
 }
 
 /// A word with its meaning.
@@ -109,8 +91,8 @@ bool verify(const VxbFile& file, const unpack::UnpackedModel& model, const std::
         return true;
     }
     const auto offset = static_cast<std::uint32_t>(one - file.words.begin());
-    say(fmt::format("{}: the model makes other words from word {} on: {} became {}", name, offset,
-                    wordText(file, offset), wordText(again, offset)));
+    printError(fmt::format("{}: the model makes other words from word {} on: {} became {}", name,
+                           offset, wordText(file, offset), wordText(again, offset)));
     return false;
 }
 
@@ -118,8 +100,12 @@ ExitStatus unpackFile(const UnpackArguments& arguments, const VxbFile& file,
                       const std::string& name) {
     const std::string folder = folderOf(arguments, name);
     const unpack::UnpackedModel model = unpack::unpackModel(file);
-    if (const std::string why = obstacle(model.text, folder, name, arguments.force); !why.empty()) {
-        say(why);
+    std::vector<std::string> paths = model_text::fileNames(model.text, name);
+    for (std::string& path : paths) {
+        path = (fs::path(folder) / path).string();
+    }
+    if (const std::string why = prepareNewFiles(paths, arguments.force); !why.empty()) {
+        printError(why);
         return ExitStatus::badInput;
     }
     TemporaryFiles temporaryFiles;
@@ -150,9 +136,9 @@ ExitStatus runUnpack(const UnpackArguments& arguments) {
         mqf2vxb::withMemory([&] { status = unpackFile(arguments, file, name); });
         return status;
     } catch (const UnreadableFile& error) {
-        say(fmt::format("{}: the file cannot be read: {}", arguments.file, error.what()));
+        printError(fmt::format("{}: the file cannot be read: {}", arguments.file, error.what()));
     } catch (const mqf2vxb::Report& report) {
-        say(fmt::format("{}: {}", report.place().file, report.cause()));
+        printError(fmt::format("{}: {}", report.place().file, report.cause()));
     }
     return ExitStatus::badInput;
 }

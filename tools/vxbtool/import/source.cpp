@@ -1,0 +1,170 @@
+#include "vxbtool/import/source.h"
+
+#include <algorithm>
+#include <cmath>
+#include <exception>
+#include <filesystem>
+#include <new>
+#include <span>
+#include <system_error>
+#include <utility>
+
+#include <assimp/DefaultIOSystem.h>
+#include <assimp/Importer.hpp>
+#include <assimp/ProgressHandler.hpp>
+#include <assimp/config.h>
+#include <assimp/scene.h>
+#include <fmt/core.h>
+
+namespace vxbtool::importing {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Lets Assimp open regular files only, for reading, and until they are too large together: a model
+/// may name a pipe, which never ends, or a file of another's.
+class SourceFiles final : public Assimp::DefaultIOSystem {
+public:
+    explicit SourceFiles(const SourceOptions& options) : options_(options) {}
+
+    Assimp::IOStream* Open(const char* file, const char* mode) override {
+        std::error_code error;
+        if (mode == nullptr || mode[0] != 'r' || !fs::is_regular_file(file, error)) {
+            return nullptr;
+        }
+        const std::uintmax_t size = fs::file_size(file, error);
+        if (error) {
+            return nullptr;
+        }
+        bytes_ += size;
+        if (bytes_ > largestSource) {
+            tooLarge_ = true;
+            return nullptr;
+        }
+        if (options_.opening) {
+            options_.opening(size);
+        }
+        return DefaultIOSystem::Open(file, mode);
+    }
+
+    [[nodiscard]] bool tooLarge() const { return tooLarge_; }
+
+private:
+    const SourceOptions& options_;
+    std::uintmax_t bytes_ = 0;
+    bool tooLarge_ = false;
+};
+
+class Progress final : public Assimp::ProgressHandler {
+public:
+    explicit Progress(const SourceOptions& options) : options_(options) {}
+    bool Update(float /*percentage*/) override { return !options_.goOn || options_.goOn(); }
+
+private:
+    const SourceOptions& options_;
+};
+
+template <class Item>
+std::span<Item* const> items(Item* const* first, unsigned count) {
+    return {first, first == nullptr ? 0 : count};
+}
+
+void require(bool holds, const char* what) {
+    if (!holds) {
+        throw ImportFault(fmt::format("{} that is not there", what));
+    }
+}
+
+void checkMesh(const aiScene& scene, const aiMesh& mesh) {
+    require(mesh.mVertices != nullptr || mesh.mNumVertices == 0, "a mesh has vertices");
+    require(mesh.mMaterialIndex < scene.mNumMaterials, "a mesh names a material");
+    const std::span<const aiFace> faces(mesh.mFaces, mesh.mFaces == nullptr ? 0 : mesh.mNumFaces);
+    for (const aiFace& face : faces) {
+        const std::span<const unsigned> corners(face.mIndices, face.mNumIndices);
+        require(std::ranges::all_of(corners, [&](unsigned v) { return v < mesh.mNumVertices; }),
+                "a polygon names a vertex");
+    }
+    for (const aiBone* bone : items(mesh.mBones, mesh.mNumBones)) {
+        const std::span<const aiVertexWeight> weights(bone->mWeights, bone->mNumWeights);
+        require(std::ranges::all_of(weights,
+                                    [&](const auto& w) { return w.mVertexId < mesh.mNumVertices; }),
+                "a bone names a vertex");
+    }
+}
+
+void checkNodes(const aiScene& scene) {
+    std::vector<const aiNode*> open{scene.mRootNode};
+    while (!open.empty()) {
+        const aiNode& node = *open.back();
+        open.pop_back();
+        const std::span<const float> values(&node.mTransformation.a1, 16);
+        if (!std::ranges::all_of(values, [](float value) { return std::isfinite(value); })) {
+            throw ImportFault(fmt::format("the transformation of node \"{}\" is no finite number",
+                                          node.mName.C_Str()));
+        }
+        const std::span<const unsigned> meshes(node.mMeshes, node.mNumMeshes);
+        require(std::ranges::all_of(meshes, [&](unsigned m) { return m < scene.mNumMeshes; }),
+                "a node names a mesh");
+        open.insert(open.end(), node.mChildren, node.mChildren + node.mNumChildren);
+    }
+}
+
+void check(const aiScene* scene) {
+    if (scene == nullptr || scene->mRootNode == nullptr || scene->mNumMeshes == 0) {
+        throw ImportFault("it holds no polygons");
+    }
+    for (const aiMesh* mesh : items(scene->mMeshes, scene->mNumMeshes)) {
+        checkMesh(*scene, *mesh);
+    }
+    checkNodes(*scene);
+}
+
+}  // namespace
+
+struct Source::Loader {
+    explicit Loader(const SourceOptions& given) : options(given) {}
+
+    SourceOptions options;
+    Assimp::Importer importer;
+};
+
+Source::Source() = default;
+Source::Source(Source&&) noexcept = default;
+Source::~Source() = default;
+
+Source Source::load(const std::string& file, const SourceOptions& options) {
+    std::error_code error;
+    if (!fs::is_regular_file(file, error)) {
+        throw ImportFault(error              ? error.message()
+                          : fs::exists(file) ? "it is no regular file"
+                                             : "there is no such file");
+    }
+    Source source;
+    source.loader_ = std::make_unique<Loader>(options);
+    Assimp::Importer& importer = source.loader_->importer;
+    // The importer owns both.
+    auto* const files = new SourceFiles(source.loader_->options);
+    importer.SetIOHandler(files);
+    importer.SetProgressHandler(new Progress(source.loader_->options));
+    // A node for each node: pivots of FBX files go into its transformation.
+    importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false);
+    try {
+        source.scene_ = importer.ReadFile(file, 0);
+    } catch (const std::bad_alloc&) {
+        throw ImportFault("reading it takes more memory than there is");
+    } catch (const std::exception& fault) {
+        throw ImportFault(fault.what());
+    }
+    if (files->tooLarge()) {
+        throw ImportFault(fmt::format("it and the files that it names have more than {} MiB",
+                                      largestSource >> 20U));
+    }
+    if (source.scene_ == nullptr) {
+        const std::string cause = importer.GetErrorString();
+        throw ImportFault(cause.empty() ? "Assimp cannot read it" : cause);
+    }
+    check(source.scene_);
+    return source;
+}
+
+}  // namespace vxbtool::importing
