@@ -1,11 +1,13 @@
 #include "vxbtool/export/export.h"
 
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
 #include <memory>
 #include <span>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <system_error>
@@ -48,12 +50,6 @@ struct ExportArguments {
     AnyModelOptions models;
 };
 
-/// What cannot be written; what() tells.
-class NotWritten : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
-
 void say(const std::string& text) { fmt::print(stderr, "{}\n", printableLines(text)); }
 
 void checkPositive(const char* option, double value) {
@@ -71,8 +67,11 @@ std::string outputName(const ExportArguments& arguments) {
 
 void write(StagedOutputs& outputs, const std::string& name, std::string_view bytes) {
     const std::unique_ptr<mqf2vxb::OutputFile> file = outputs.create(name);
+    if (!file) {
+        mqf2vxb::cannotOpen(name, mqf2vxb::Access::write, errno);
+    }
     if (!file->write(bytes) || !file->close()) {
-        throw NotWritten(fmt::format("{}: the file cannot be written", name));
+        mqf2vxb::cannotWrite(name, errno);
     }
 }
 
@@ -87,7 +86,8 @@ void writeTextures(const std::string& folder, const VxbFile& file, const scene::
     std::error_code error;
     fs::create_directories(folder, error);
     if (error) {
-        throw NotWritten(fmt::format("{}: the folder cannot be made: {}", folder, error.message()));
+        throw std::runtime_error(
+            fmt::format("{}: the folder cannot be made: {}", folder, error.message()));
     }
     const auto put = [&](const std::string& name, const scene::MemoryPicture& picture) {
         if (!picture.pixels.empty()) {
@@ -123,6 +123,10 @@ ExitStatus runExport(ExportArguments arguments) {
     if (arguments.file == "-" && arguments.output.empty()) {
         throw CLI::ValidationError("-o", "is needed for a file from standard input");
     }
+    std::error_code notThere;
+    if (fs::equivalent(arguments.file, outputName(arguments), notThere)) {
+        throw CLI::ValidationError("-o", fmt::format("{} is the input", arguments.file));
+    }
     arguments.gltf.motions = !arguments.noMotions;
     try {
         const VxbFile file = readAnyModel(arguments.file, arguments.models);
@@ -147,8 +151,7 @@ void addExport(CLI::App& app, Session& session) {
     command->add_option("FILE", arguments->file, "The VXB file, or a model (.mqf)")
         ->type_name("")
         ->required();
-    command
-        ->add_option("-o,--output", arguments->output, "The file to write (FILE's name and .glb)")
+    command->add_option("-o", arguments->output, "The file to write (FILE's name and .glb)")
         ->option_text("FILE");
     command->add_option("--unit", arguments->gltf.unit, "Metres that a unit is (0.001)")
         ->option_text("F");
