@@ -1,6 +1,5 @@
 #include "vxbtool/export/export.h"
 
-#include <cerrno>
 #include <cmath>
 #include <cstdio>
 #include <exception>
@@ -9,7 +8,6 @@
 #include <span>
 #include <stdexcept>
 #include <string>
-#include <string_view>
 #include <system_error>
 #include <vector>
 
@@ -65,16 +63,6 @@ std::string outputName(const ExportArguments& arguments) {
     return fs::path(arguments.file).replace_extension(".glb").string();
 }
 
-void write(StagedOutputs& outputs, const std::string& name, std::string_view bytes) {
-    const std::unique_ptr<mqf2vxb::OutputFile> file = outputs.create(name);
-    if (!file) {
-        mqf2vxb::cannotOpen(name, mqf2vxb::Access::write, errno);
-    }
-    if (!file->write(bytes) || !file->close()) {
-        mqf2vxb::cannotWrite(name, errno);
-    }
-}
-
 std::string pngFileOf(const scene::MemoryPicture& picture) {
     const std::span<const scene::Rgba> pixels(picture.pixels);
     return pngOf(picture.width, picture.height,
@@ -91,7 +79,7 @@ void writeTextures(const std::string& folder, const VxbFile& file, const scene::
     }
     const auto put = [&](const std::string& name, const scene::MemoryPicture& picture) {
         if (!picture.pixels.empty()) {
-            write(outputs, (fs::path(folder) / name).string(), pngFileOf(picture));
+            outputs.write((fs::path(folder) / name).string(), pngFileOf(picture));
         }
     };
     const std::vector<scene::MemoryPicture> images = scene::imagePictures(file, scene);
@@ -110,7 +98,7 @@ void exportFile(const ExportArguments& arguments, const VxbFile& file) {
     TemporaryFiles temporaryFiles;
     const SignalWatch signalWatch(temporaryFiles);
     StagedOutputs outputs(temporaryFiles);
-    write(outputs, outputName(arguments), bytes);
+    outputs.write(outputName(arguments), bytes);
     if (!arguments.textures.empty()) {
         writeTextures(arguments.textures, file, scene, outputs);
     }
