@@ -49,13 +49,13 @@ void showScene(const VxbFile& file) {
     require(!vxbtool::gltf::glb(scene, {}).empty(), "a scene becomes a file");
 }
 
-/// Whatever a sound file holds, it can be unpacked; a file that the converter never made may become a
-/// model that is refused.
+/// Whatever a sound file holds, it can be unpacked or is refused; a file that the converter never made
+/// may become a model that is refused.
 void unpackAndConvert(const VxbFile& file) {
-    const vxbtool::unpack::UnpackedModel model = vxbtool::unpack::unpackModel(file);
-    vxbtool::MemoryFiles files;
-    vxbtool::model_text::writeModelFiles(model.text, "", "u", files);
     try {
+        const vxbtool::unpack::UnpackedModel model = vxbtool::unpack::unpackModel(file);
+        vxbtool::MemoryFiles files;
+        vxbtool::model_text::writeModelFiles(model.text, "", "u", files);
         vxbtool::convertInMemory("u.mqf", {}, files);
     } catch (const Report& report) {
         require(!report.text().starts_with("\nLayout fault"), "the layout is right");

@@ -3,6 +3,7 @@
 #include <array>
 #include <cmath>
 #include <sstream>
+#include <utility>
 
 #include <png.h>
 
@@ -68,8 +69,7 @@ Pixels pixelsOf(const std::string& png) {
     image.version = PNG_IMAGE_VERSION;
     EXPECT_NE(png_image_begin_read_from_memory(&image, png.data(), png.size()), 0);
     image.format = PNG_FORMAT_RGBA;
-    Pixels pixels{image.width, image.height,
-                  std::vector<std::uint8_t>(PNG_IMAGE_SIZE(image))};
+    Pixels pixels{image.width, image.height, std::vector<std::uint8_t>(PNG_IMAGE_SIZE(image))};
     EXPECT_NE(png_image_finish_read(&image, nullptr, pixels.bytes.data(), 0, nullptr), 0);
     return pixels;
 }
@@ -160,7 +160,8 @@ void expectPictures(const scene::Scene& scene, const ModelCase& each) {
 
 TEST_F(Render, SmallModelsLookAsStored) {
     for (const ModelCase& each : readCases("../render/models.txt")) {
-        const mqf2vxb::tests::Conversion done = convertFiles(each.files, each.options);
+        const mqf2vxb::tests::Conversion done =
+            mqf2vxb::tests::convertFiles(each.files, each.options);
         ASSERT_EQ(done.report, "") << each.name;
         expectPictures(scene::makeScene(mqf2vxb::readVxb(done.outputs.at("m.vxb"))), each);
     }
@@ -168,14 +169,18 @@ TEST_F(Render, SmallModelsLookAsStored) {
 
 TEST_F(Render, VariantsOfTheSampleLookAlikeAndAsStored) {
     const TestFolder folder;
+    std::string drawn;  // two of them are one file
     for (const std::string model : {"crawler", "crawler_groups", "crawler_strips"}) {
+        SCOPED_TRACE(model);
         const auto made = folder.run("cd " MQF2VXB_EXAMPLES " && " VXBTOOL_PROGRAM " convert -o " +
                                      (folder.path() / "m.vxb").string() + " " + model + ".mqf");
         ASSERT_EQ(made.status, 0) << made.output;
-        const scene::Scene scene = scene::makeScene(mqf2vxb::readVxb(folder.read("m.vxb")));
-        for (const ModelCase& each : readCases("../render/sample.txt")) {
-            SCOPED_TRACE(model);
-            expectPictures(scene, each);
+        const std::string bytes = folder.read("m.vxb");
+        if (bytes != std::exchange(drawn, bytes)) {
+            const scene::Scene scene = scene::makeScene(mqf2vxb::readVxb(bytes));
+            for (const ModelCase& each : readCases("../render/sample.txt")) {
+                expectPictures(scene, each);
+            }
         }
     }
 }
@@ -219,7 +224,6 @@ TEST_F(Render, FaultsLeaveNoPicture) {
         {"damaged.vxb -o a.png", "damaged.vxb: no sound VXB file"},
         {"gone.vxb -o a.png", "gone.vxb: the file cannot be read"},
         {"gone.mqf -o a.png", "gone.mqf"},
-        {"small.vxb -o ./small.vxb", "this input is also the output"},
         {"small.vxb -o gone/a.png", "gone/a.png"}};
     for (const auto& [arguments, text] : faults) {
         const auto result = runRender(folder, arguments);
@@ -227,9 +231,10 @@ TEST_F(Render, FaultsLeaveNoPicture) {
         EXPECT_NE(result.output.find(text), std::string::npos) << result.output;
     }
     for (const std::string wrong :
-         {"--size 0x9", "--size 800", "--size 99999x1", "--size 16384x16384", "--background red",
-          "--sheet 0", "--frame 3", "--turn nan", "--motion 0 --frame -1"}) {
-        EXPECT_EQ(runRender(folder, "small.vxb -o a.png " + wrong).status, 2) << wrong;
+         {"./small.vxb", "a.png --size 0x9", "a.png --size 800", "a.png --size 99999x1",
+          "a.png --size 16384x16384", "a.png --background red", "a.png --sheet 0",
+          "a.png --frame 3", "a.png --turn nan", "a.png --motion 0 --frame -1"}) {
+        EXPECT_EQ(runRender(folder, "small.vxb -o " + wrong).status, 2) << wrong;
     }
     EXPECT_EQ(folder.read("a.png"), "");
 }

@@ -17,7 +17,6 @@
 #include "vxbtool/render/request.h"
 #include "vxbtool/shared/any_model.h"
 #include "vxbtool/shared/printable.h"
-#include "vxbtool/shared/signals.h"
 #include "vxbtool/shared/staged_outputs.h"
 #include "vxbtool/shared/standard_streams.h"
 
@@ -100,36 +99,24 @@ void checkNumbers(const Request& request) {
     }
 }
 
-void writePng(const std::string& name, const std::string& png) {
-    TemporaryFiles temporaryFiles;
-    const SignalWatch signalWatch(temporaryFiles);
-    StagedOutputs outputs(temporaryFiles);
-    const std::unique_ptr<mqf2vxb::OutputFile> file = outputs.create(outputPath(name));
-    if (!file || !file->write(png) || !file->close()) {
-        mqf2vxb::cannotWrite(name);
-    }
-    outputs.commit();
-}
-
 void renderFile(const RenderArguments& arguments) {
-    std::error_code error;
-    if (std::filesystem::equivalent(inputPath(arguments.file), outputPath(arguments.output),
-                                    error)) {
-        throw NoModel(fmt::format("{}: this input is also the output", arguments.file));
-    }
     const mqf2vxb::VxbFile file = readAnyModel(arguments.file, arguments.models);
     requireSound(arguments.file, file);
     const scene::Scene scene = scene::makeScene(file);
     for (const std::string& warning : scene.warnings) {
         fmt::print(stderr, "{}: warning: {}\n", printable(arguments.file), printable(warning));
     }
-    writePng(arguments.output, render::drawPng(scene, arguments.request));
+    writeOutput(outputPath(arguments.output), render::drawPng(scene, arguments.request));
 }
 
 ExitStatus runRender(RenderArguments& arguments) {
     readSize(arguments.size, arguments.request);
     readBackground(arguments.background, arguments.request);
     checkNumbers(arguments.request);
+    std::error_code error;
+    if (std::filesystem::equivalent(arguments.file, arguments.output, error)) {
+        throw CLI::ValidationError("-o", fmt::format("{} is the input", arguments.output));
+    }
     const auto failed = [](const std::string& text) {
         fmt::print(stderr, "{}\n", printableLines(text));
         return ExitStatus::badInput;
@@ -156,8 +143,7 @@ void addRender(CLI::App& app, Session& session) {
                                   const char* description) {
         return command->add_option(name, value, description)->option_text(valueName);
     };
-    option("FILE", arguments->file, "", "The VXB file, or a model (.mqf)")
-        ->required();
+    option("FILE", arguments->file, "", "The VXB file, or a model (.mqf)")->required();
     option("-o", arguments->output, "FILE", "The PNG file")->required();
     option("--size", arguments->size, "WxH", "Pixels of the picture (800x600)");
     option("--turn", request.direction.turn, "DEGREES",

@@ -119,4 +119,18 @@ void StagedOutputs::commit() {
     }
 }
 
+void writeOutput(const std::string& name, std::string_view bytes) {
+    TemporaryFiles temporaryFiles;
+    const SignalWatch signalWatch(temporaryFiles);
+    StagedOutputs outputs(temporaryFiles);
+    const std::unique_ptr<mqf2vxb::OutputFile> file = outputs.create(name);
+    if (!file) {
+        mqf2vxb::cannotOpen(name, mqf2vxb::Access::write, errno);
+    }
+    if (!file->write(bytes) || !file->close()) {
+        mqf2vxb::cannotWrite(name);
+    }
+    outputs.commit();
+}
+
 }  // namespace vxbtool

@@ -1,6 +1,5 @@
 #include "vxbtool/view/view.h"
 
-#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <memory>
@@ -17,7 +16,6 @@
 #include "vxbtool/gltf/gltf.h"
 #include "vxbtool/scene/scene.h"
 #include "vxbtool/shared/any_model.h"
-#include "vxbtool/shared/signals.h"
 #include "vxbtool/shared/staged_outputs.h"
 #include "vxbtool/shared/standard_streams.h"
 #include "vxbtool/shared/text_output.h"
@@ -62,20 +60,6 @@ std::string pageName(const std::string& file) {
     return file == "-" ? "standard input" : fs::path(file).filename().string();
 }
 
-void writePage(const std::string& page, const std::string& name) {
-    TemporaryFiles temporaryFiles;
-    const SignalWatch signalWatch(temporaryFiles);
-    StagedOutputs outputs(temporaryFiles);
-    const std::unique_ptr<mqf2vxb::OutputFile> output = outputs.create(name);
-    if (!output) {
-        mqf2vxb::cannotOpen(name, mqf2vxb::Access::write, errno);
-    }
-    if (!output->write(page) || !output->close()) {
-        mqf2vxb::cannotWrite(name);
-    }
-    outputs.commit();
-}
-
 std::string pageOf(std::string_view pageTemplate, const VxbFile& file, const std::string& name) {
     const scene::Scene scene = scene::makeScene(file);
     const gltf::GltfOptions options;
@@ -93,7 +77,7 @@ ExitStatus viewModel(const ViewArguments& arguments, const std::string& output) 
     }
     const VxbFile file = readAnyModel(arguments.file, arguments.models);
     mqf2vxb::withMemory(
-        [&] { writePage(pageOf(*pageTemplate, file, pageName(arguments.file)), output); });
+        [&] { writeOutput(output, pageOf(*pageTemplate, file, pageName(arguments.file))); });
     ExitStatus status = ExitStatus::good;
     if (file.findings.count(mqf2vxb::Severity::error) > 0) {
         printError(
