@@ -21,10 +21,10 @@
 #include "vxbtool/scene/scene.h"
 #include "vxbtool/shared/any_model.h"
 #include "vxbtool/shared/png.h"
-#include "vxbtool/shared/printable.h"
 #include "vxbtool/shared/signals.h"
 #include "vxbtool/shared/staged_outputs.h"
 #include "vxbtool/shared/standard_streams.h"
+#include "vxbtool/shared/text_output.h"
 
 namespace vxbtool {
 namespace {
@@ -47,8 +47,6 @@ struct ExportArguments {
     bool noMotions = false;
     AnyModelOptions models;
 };
-
-void say(const std::string& text) { fmt::print(stderr, "{}\n", printableLines(text)); }
 
 void checkPositive(const char* option, double value) {
     if (!(value > 0) || !std::isfinite(value)) {
@@ -92,7 +90,7 @@ void writeTextures(const std::string& folder, const VxbFile& file, const scene::
 void exportFile(const ExportArguments& arguments, const VxbFile& file) {
     const scene::Scene scene = scene::makeScene(file);
     for (const std::string& warning : scene.warnings) {
-        say(fmt::format("{}: {}", arguments.file, warning));
+        printError(fmt::format("{}: {}", arguments.file, warning));
     }
     const std::string bytes = gltf::glb(scene, arguments.gltf);
     TemporaryFiles temporaryFiles;
@@ -122,11 +120,11 @@ ExitStatus runExport(ExportArguments arguments) {
         mqf2vxb::withMemory([&] { exportFile(arguments, file); });
         return ExitStatus::good;
     } catch (const mqf2vxb::Report& report) {
-        say(fmt::format("{}: {}", report.place().file, report.cause()));
+        printError(fmt::format("{}: {}", report.place().file, report.cause()));
     } catch (const CLI::Error&) {
         throw;
     } catch (const std::exception& error) {
-        say(error.what());
+        printError(error.what());
     }
     return ExitStatus::badInput;
 }
