@@ -4,6 +4,7 @@ include(GNUInstallDirs)
 
 install(
     FILES
+        docs/conventions.md
         docs/findings.md
         docs/json-schema.md
         docs/limits.md

@@ -117,10 +117,13 @@ stage "order of the folders" scripts/check-folder-order.sh
 if ((release_status == 0)); then
     stage "growth of time and memory" fuzz/growth.py build/release/src/mqf2vxb \
         build/release/tools/vxbtool
+    stage "real models" scripts/check-real-models.py build/release/tools/vxbtool \
+        build/release/tests/surface_distance
     stage "lint" lint
     stage "package" check_package
 else
     skip "growth of time and memory"
+    skip "real models"
     skip "lint"
     skip "package"
 fi

@@ -31,9 +31,33 @@ endif()
 if(MQF2VXB_BUILD_IMPORT)
     set(import_sources
         vxbtool/image/image.cpp
+        vxbtool/import/angles.cpp
+        vxbtool/import/animations.cpp
+        vxbtool/import/channel.cpp
+        vxbtool/import/faces.cpp
+        vxbtool/import/geometry.cpp
+        vxbtool/import/guarded.cpp
         vxbtool/import/import.cpp
+        vxbtool/import/import_model.cpp
+        vxbtool/import/looks.cpp
+        vxbtool/import/materials.cpp
+        vxbtool/import/model_builder.cpp
+        vxbtool/import/motions.cpp
         vxbtool/import/nodes.cpp
+        vxbtool/import/picture_source.cpp
+        vxbtool/import/point_table.cpp
+        vxbtool/import/progress_line.cpp
+        vxbtool/import/report.cpp
+        vxbtool/import/sampler.cpp
+        vxbtool/import/seams.cpp
+        vxbtool/import/simplifying.cpp
+        vxbtool/import/skins.cpp
+        vxbtool/import/smoothing.cpp
         vxbtool/import/source.cpp
+        vxbtool/import/strips.cpp
+        vxbtool/import/texture_coordinates.cpp
+        vxbtool/import/textures.cpp
+        vxbtool/import/track.cpp
         vxbtool/pictures/memory_map.cpp
         vxbtool/pictures/options.cpp
         vxbtool/pictures/palette.cpp

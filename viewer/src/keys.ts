@@ -11,17 +11,16 @@ export interface KeyBinding {
 
 /** Keys with which an element that has the focus is worked itself. */
 function takesKey(target: EventTarget | null, key: string): boolean {
-  if (!(target instanceof HTMLElement)) {
+  if (!(target instanceof HTMLElement) || key === "Escape") {
     return false;
   }
-  if (target.closest("select, input:not([type=checkbox])")) {
+  if (target.closest("select")) {
     return true;
   }
-  const arrow = key.startsWith("Arrow");
-  return (
-    (target.closest("button, input, summary, a") !== null && (key === " " || key === "Enter")) ||
-    (arrow && target.closest("#panel") !== null)
-  );
+  if (key.startsWith("Arrow")) {
+    return target.closest("input[type=range], #panel") !== null;
+  }
+  return (key === " " || key === "Enter") && target.closest("button, input[type=checkbox]") !== null;
 }
 
 export function watchKeys(bindings: readonly KeyBinding[]): void {

@@ -8,6 +8,7 @@ import {
   OneFactor,
   ReverseSubtractEquation,
   SrcAlphaFactor,
+  ZeroFactor,
   type BlendingEquation,
   type Material,
   type Mesh,
@@ -45,6 +46,10 @@ function setBlend(material: Material, blend: Blend): void {
   material.blendEquation = parts[blend].equation;
   material.blendSrc = SrcAlphaFactor;
   material.blendDst = OneFactor;
+  // The canvas itself stays opaque.
+  material.blendEquationAlpha = AddEquation;
+  material.blendSrcAlpha = ZeroFactor;
+  material.blendDstAlpha = OneFactor;
 }
 
 /** Surfaces of the format do not shine: a plain material that scatters light alone. */

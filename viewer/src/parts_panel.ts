@@ -26,7 +26,7 @@ export function partsPanel(parts: Parts): { panel: HTMLElement; update: () => vo
   };
   button("Show all", () => parts.showAll());
   button("Only this", () => showOnlySelected(parts));
-  button("With what hangs on it", () => showOnlySelected(parts, true));
+  button("Only its branch", () => showOnlySelected(parts, true));
   const panel = element(
     "section",
     {},

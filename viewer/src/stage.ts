@@ -5,7 +5,6 @@ import {
   DirectionalLight,
   PerspectiveCamera,
   Scene,
-  Sphere,
   Vector3,
   WebGLRenderer,
 } from "three";
@@ -107,14 +106,25 @@ export class Stage {
     if (box.isEmpty()) {
       return;
     }
-    const sphere = box.getBoundingSphere(new Sphere());
-    const radius = Math.max(sphere.radius, 1e-3);
-    const vertical = (this.camera.fov * Math.PI) / 360;
-    const horizontal = Math.atan(Math.tan(vertical) * this.camera.aspect);
-    const distance = radius / Math.sin(Math.min(vertical, horizontal));
-    const from = direction ?? this.camera.position.clone().sub(this.controls.target);
-    this.camera.position.copy(sphere.center).addScaledVector(from.normalize(), distance);
-    this.controls.target.copy(sphere.center);
+    this.resize();
+    const middle = box.getCenter(new Vector3());
+    const back = (direction ?? this.camera.position.clone().sub(this.controls.target)).normalize();
+    const right = new Vector3(0, 1, 0).cross(back).normalize();
+    const up = new Vector3().crossVectors(back, right);
+    const vertical = Math.tan((this.camera.fov * Math.PI) / 360);
+    let distance = 0;
+    for (let corner = 0; corner < 8; ++corner) {
+      const place = new Vector3(
+        corner & 1 ? box.max.x : box.min.x,
+        corner & 2 ? box.max.y : box.min.y,
+        corner & 4 ? box.max.z : box.min.z,
+      ).sub(middle);
+      const wide = Math.abs(place.dot(right)) / (vertical * this.camera.aspect);
+      const high = Math.abs(place.dot(up)) / vertical;
+      distance = Math.max(distance, place.dot(back) + Math.max(wide, high));
+    }
+    this.camera.position.copy(middle).addScaledVector(back, Math.max(1.04 * distance, this.controls.minDistance));
+    this.controls.target.copy(middle);
     this.controls.update();
   }
 

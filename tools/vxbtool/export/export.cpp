@@ -149,7 +149,7 @@ void addExport(CLI::App& app, Session& session) {
         ->required();
     command
         ->add_option("-o,--output", arguments->output, "The file to write (FILE's name and .glb)")
-        ->option_text("FILE.glb");
+        ->option_text("FILE");
     command->add_option("--unit", arguments->gltf.unit, "Metres that a unit is (0.001)")
         ->option_text("F");
     command->add_option("--fps", arguments->gltf.fps, "Frames of a second of motions (30)")

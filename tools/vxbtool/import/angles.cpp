@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <numbers>
 
-namespace vxbtool::import {
+namespace vxbtool::importing {
 namespace {
 
 constexpr double radiansOfTurn = 2 * std::numbers::pi;
@@ -65,7 +65,7 @@ Quaternion rotationOf(const Angles& angles) {
 }
 
 Angles anglesNear(const Quaternion& rotation, const Angles& near) {
-    const aiMatrix3x3t<double> m = rotation.GetMatrix();
+    const Matrix3 m = rotation.GetMatrix();
     const double level = std::hypot(m.c2, m.c3);
     constexpr double upright = 1e-6;
     if (level < upright) {
@@ -96,7 +96,7 @@ double angleBetween(const Quaternion& a, const Quaternion& b) {
     return 4 * std::asin(std::min(1.0, apart / 2));
 }
 
-Turned takeApart(const aiMatrix3x3t<double>& m) {
+Turned takeApart(const Matrix3& m) {
     std::array<Vector, 3> axes{{{m.a1, m.b1, m.c1}, {m.a2, m.b2, m.c2}, {m.a3, m.b3, m.c3}}};
     Turned turned;
     turned.scale = {axes[0].Length(), axes[1].Length(), axes[2].Length()};
@@ -115,7 +115,7 @@ Turned takeApart(const aiMatrix3x3t<double>& m) {
             turned.lean = std::max(turned.lean, angleOf(axes[i], square[i]));
         }
     }
-    aiMatrix3x3t<double> matrix;
+    Matrix3 matrix;
     matrix.a1 = square[0].x, matrix.b1 = square[0].y, matrix.c1 = square[0].z;
     matrix.a2 = square[1].x, matrix.b2 = square[1].y, matrix.c2 = square[1].z;
     matrix.a3 = square[2].x, matrix.b3 = square[2].y, matrix.c3 = square[2].z;
@@ -124,4 +124,4 @@ Turned takeApart(const aiMatrix3x3t<double>& m) {
     return turned;
 }
 
-}  // namespace vxbtool::import
+}  // namespace vxbtool::importing

@@ -4,7 +4,7 @@
 
 #include "vxbtool/import/channel.h"
 
-namespace vxbtool::import {
+namespace vxbtool::importing {
 
 /// Angles about x, y and z in 4096ths of a turn; the one about x turns first.
 using Angles = std::array<double, 3>;
@@ -31,6 +31,6 @@ struct Turned {
 };
 
 /// Axes of no length count as those of the rotation.
-Turned takeApart(const aiMatrix3x3t<double>& matrix);
+Turned takeApart(const Matrix3& matrix);
 
-}  // namespace vxbtool::import
+}  // namespace vxbtool::importing

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace vxbtool::import {
+namespace vxbtool::importing {
 namespace {
 
 bool isFinite(const aiVector3D& v) {
@@ -87,4 +87,4 @@ NodePose Channel::at(double tick) const {
             valueAt(scales_, tick, rest_.scale)};
 }
 
-}  // namespace vxbtool::import
+}  // namespace vxbtool::importing

@@ -5,9 +5,10 @@
 #include <assimp/anim.h>
 #include <assimp/scene.h>
 
-namespace vxbtool::import {
+#include "vxbtool/import/coordinate_map.h"
 
-using Vector = aiVector3t<double>;
+namespace vxbtool::importing {
+
 using Quaternion = aiQuaterniont<double>;
 
 /// A node's own transform in three parts: scaled first, then turned, then moved.
@@ -31,11 +32,11 @@ public:
     [[nodiscard]] const std::vector<double>& times() const { return times_; }
 
 private:
+    std::vector<double> times_;  // filled while the keys are taken
     NodePose rest_;
     std::vector<aiVectorKey> positions_;
     std::vector<aiQuatKey> rotations_;
     std::vector<aiVectorKey> scales_;
-    std::vector<double> times_;
 };
 
-}  // namespace vxbtool::import
+}  // namespace vxbtool::importing

@@ -3,30 +3,17 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <span>
 #include <string>
 #include <vector>
 
 #include <assimp/scene.h>
 
+#include "vxbtool/import/animations.h"
+#include "vxbtool/import/coordinate_map.h"
+#include "vxbtool/import/nodes.h"
 #include "vxbtool/model_text/model_text.h"
 
-namespace vxbtool::import {
-
-/// A coordinate that stands for a node. Its transform, in units, is `before` times the node's own times
-/// `after`.
-struct MovableCoordinate {
-    const aiNode* node = nullptr;
-    std::uint32_t coordinate = 0;
-    aiMatrix4x4t<double> before;
-    aiMatrix4x4t<double> after;
-};
-
-struct MotionOptions {
-    std::string file;  ///< of the source, for reports
-    std::optional<double>
-        fps;  ///< steps a second, from 1 to 30, instead of those of the source's keys
-};
+namespace vxbtool::importing {
 
 /// What became of one animation.
 struct MotionSummary {
@@ -41,13 +28,6 @@ struct MotionSummary {
     double scaleError = 0;
 };
 
-/// Something of the animations that no motion shows.
-struct LostMotion {
-    std::string what;
-    std::string reason;
-    std::size_t count = 0;
-};
-
 struct Motions {
     std::vector<model_text::Motion> motions;
     std::vector<MotionSummary> summaries;  ///< of each motion
@@ -56,10 +36,10 @@ struct Motions {
     double tolerance = 1;
 };
 
-/// Makes a motion of each animation that moves a coordinate. `rest` are all coordinates, of which
-/// `movable` may name those with nodes in any number. Throws mqf2vxb::Report of animations that are too
-/// long to be motions.
-Motions makeMotions(const aiScene& source, std::span<const MovableCoordinate> movable,
-                    std::span<const model_text::Coordinate> rest, const MotionOptions& options);
+/// Makes a motion of each animation that moves a coordinate. `scale` is the one that the coordinates were
+/// placed with; with `fps`, from 1 to 30, steps stand as many times a second instead of where the
+/// source's keys and the tolerance want them. Throws ImportFault of animations that are too long.
+Motions makeMotions(const aiScene& scene, const CoordinateMap& map, const PlacedCoordinates& placed,
+                    double scale, std::optional<double> fps);
 
-}  // namespace vxbtool::import
+}  // namespace vxbtool::importing

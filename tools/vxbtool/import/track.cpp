@@ -4,10 +4,11 @@
 #include <cmath>
 #include <limits>
 #include <optional>
+#include <utility>
 
 #include "format/key_frame_forms.h"
 
-namespace vxbtool::import {
+namespace vxbtool::importing {
 namespace {
 
 using mqf2vxb::KeyFrameForm;
@@ -93,7 +94,7 @@ private:
     /// `first` and `next` are steps with `frame` between them.
     [[nodiscard]] TrackError differenceAt(std::uint32_t first, std::uint32_t next,
                                           std::uint32_t frame) const {
-        const double part = double{frame - first} / double{next - first};
+        const double part = static_cast<double>(frame - first) / static_cast<double>(next - first);
         const Shown& a = shown_[first];
         const Shown& b = shown_[next];
         const Sample& sample = track_.samples[frame];
@@ -233,44 +234,48 @@ KeyValues keyValues(const Sample& sample, PrimitiveTypeCode type) {
 }
 
 PrimitiveTypeCode smallestType(const Track& track, const Parts& parts, const Tolerance& tolerance) {
-    bool fits = true;
-    bool alike = true;
-    for (const Sample& sample : track.samples) {
-        for (const double value : listed(sample.translation)) {
-            fits = fits && std::abs(value) <= largest16Bits;
-        }
-        alike = alike && spread(sample.scale) <= tolerance.scale;
-    }
-    struct Choice {
-        PrimitiveTypeCode type = 0;
-        std::size_t words = SIZE_MAX;
-        std::size_t values = SIZE_MAX;
+    const auto fits = [](const Sample& sample) {
+        return std::ranges::all_of(listed(sample.translation),
+                                   [](double value) { return std::abs(value) <= largest16Bits; });
     };
-    Choice best;
-    for (const unsigned s : {0U, 1U, oneScale}) {
-        for (const unsigned r : {0U, 1U}) {
-            for (const unsigned t : {0U, 1U, narrow}) {
+    const auto alike = [&](const Sample& sample) {
+        return spread(sample.scale) <= tolerance.scale;
+    };
+    std::vector<unsigned> translations{1};
+    std::vector<unsigned> scales{1};
+    if (std::ranges::all_of(track.samples, fits)) {
+        translations.push_back(narrow);
+    }
+    if (std::ranges::all_of(track.samples, alike)) {
+        scales.push_back(oneScale);
+    }
+    if (!parts.translation) {
+        translations.push_back(0);
+    }
+    if (!parts.scale) {
+        scales.push_back(0);
+    }
+    std::pair best{SIZE_MAX, SIZE_MAX};  // words and values
+    PrimitiveTypeCode bestType = 0;
+    for (const unsigned s : scales) {
+        for (const unsigned t : translations) {
+            for (const unsigned r : {1U, parts.rotation ? 1U : 0U}) {
                 const PrimitiveTypeCode type =
                     mqf2vxb::type_code::animation | s << 8U | r << 4U | t;
                 const KeyFrameForm* const form = mqf2vxb::findKeyFrameForm(type);
-                if (type == mqf2vxb::type_code::animation || form == nullptr ||
-                    (parts.translation && t == 0) || (parts.rotation && r == 0) ||
-                    (parts.scale && s == 0) || (t == narrow && !fits) ||
-                    (s == oneScale && !alike)) {
-                    continue;
-                }
-                if (form->words() < best.words ||
-                    (form->words() == best.words && form->values() < best.values)) {
-                    best = {type, form->words(), form->values()};
+                if (type != mqf2vxb::type_code::animation && form != nullptr &&
+                    std::pair(form->words(), form->values()) < best) {
+                    best = {form->words(), form->values()};
+                    bestType = type;
                 }
             }
         }
     }
-    return best.type;
+    return bestType;
 }
 
 Steps chooseSteps(const Track& track, PrimitiveTypeCode type, const Tolerance& tolerance) {
     return StepChooser(track, type, tolerance).choose();
 }
 
-}  // namespace vxbtool::import
+}  // namespace vxbtool::importing

@@ -8,7 +8,7 @@
 #include "format/primitive_type.h"
 #include "vxbtool/import/angles.h"
 
-namespace vxbtool::import {
+namespace vxbtool::importing {
 
 /// What a coordinate is to show at one frame.
 struct Sample {
@@ -76,4 +76,4 @@ struct Steps {
 /// than 255 frames apart.
 Steps chooseSteps(const Track& track, mqf2vxb::PrimitiveTypeCode type, const Tolerance& tolerance);
 
-}  // namespace vxbtool::import
+}  // namespace vxbtool::importing

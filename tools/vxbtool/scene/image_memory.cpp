@@ -1,11 +1,13 @@
 #include "vxbtool/scene/image_memory.h"
 
+#include <algorithm>
+
 #include <fmt/core.h>
 
 namespace vxbtool::scene {
 
 ImageMemory::ImageMemory(const mqf2vxb::VxbFile& file, std::vector<std::string>& warnings)
-    : values_(std::size_t{columns} * lines), owners_(values_.size()) {
+    : values_(file.images.empty() ? 0 : std::size_t{columns} * lines), owners_(values_.size()) {
     std::uint32_t unsized = 0;
     for (std::uint32_t i = 0; i < file.images.size(); ++i) {
         const mqf2vxb::Image& image = file.images[i];
@@ -25,13 +27,16 @@ ImageMemory::ImageMemory(const mqf2vxb::VxbFile& file, std::vector<std::string>&
 
 bool ImageMemory::put(const mqf2vxb::VxbFile& file, std::uint32_t image,
                       const mqf2vxb::ImageBlock& block, bool clut) {
-    if (!block.sized()) {
+    // What does not say its size may still be a colour table, which is a line.
+    if (!block.sized() && (!clut || block.words == 0)) {
         return block.words == 0;
     }
-    places_.push_back({image, block.x % columns, block.y % lines, block.width, block.height, clut});
+    const std::uint32_t width = block.sized() ? block.width : std::min(2 * block.words, columns);
+    const std::uint32_t height = block.sized() ? block.height : 1;
+    places_.push_back({image, block.x % columns, block.y % lines, width, height, clut});
     std::uint32_t number = 0;
-    for (std::uint32_t y = 0; y < block.height; ++y) {
-        for (std::uint32_t x = 0; x < block.width; ++x, ++number) {
+    for (std::uint32_t y = 0; y < height; ++y) {
+        for (std::uint32_t x = 0; x < width; ++x, ++number) {
             const std::uint32_t word = file.words[block.offset + number / 2];
             const std::size_t at = place(block.x + x, block.y + y);
             values_[at] = static_cast<std::uint16_t>(number % 2 == 0 ? word : word >> 16U);

@@ -1,0 +1,144 @@
+#include "vxbtool/import/faces.h"
+
+#include <cmath>
+#include <cstddef>
+#include <utility>
+
+namespace vxbtool::importing {
+namespace {
+
+/// From here on a polygon is cut like a fan: looking for ears takes the square of its corners.
+constexpr std::size_t mostEars = 2048;
+
+/// How far the two halves of a flat quadrangle may turn against each other, as a cosine.
+constexpr double flat = 0.9999;
+
+struct Flat {
+    double x;
+    double y;
+};
+
+double turn(const Flat& a, const Flat& b, const Flat& c) {
+    return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
+}
+
+/// Cuts off ears: corners whose triangle lies inside the polygon.
+class EarCutter {
+public:
+    EarCutter(std::span<const Vector> ring, const Vector& front) {
+        // Seen along the axis that the front is nearest to.
+        const double x = std::abs(front.x);
+        const double y = std::abs(front.y);
+        const double z = std::abs(front.z);
+        for (const Vector& p : ring) {
+            if (z >= x && z >= y) {
+                points_.push_back({front.z > 0 ? p.x : -p.x, p.y});
+            } else if (x >= y) {
+                points_.push_back({front.x > 0 ? p.y : -p.y, p.z});
+            } else {
+                points_.push_back({front.y > 0 ? p.z : -p.z, p.x});
+            }
+            left_.push_back(left_.size());
+        }
+    }
+
+    /// The next triangle, as indices into the ring.
+    std::array<std::size_t, 3> next() {
+        std::size_t best = 0;
+        for (std::size_t tried = 0; tried < left_.size(); ++tried) {
+            const std::size_t at = (start_ + tried) % left_.size();
+            if (isEar(at)) {
+                best = at;
+                break;
+            }
+        }
+        const std::array result{corner(best + left_.size() - 1), corner(best), corner(best + 1)};
+        left_.erase(left_.begin() + static_cast<std::ptrdiff_t>(best));
+        start_ = left_.empty() ? 0 : best % left_.size();
+        return result;
+    }
+
+private:
+    [[nodiscard]] std::size_t corner(std::size_t at) const { return left_[at % left_.size()]; }
+
+    [[nodiscard]] bool isEar(std::size_t at) const {
+        const Flat& a = points_[corner(at + left_.size() - 1)];
+        const Flat& b = points_[corner(at)];
+        const Flat& c = points_[corner(at + 1)];
+        if (turn(a, b, c) <= 0) {
+            return false;
+        }
+        for (std::size_t other = at + 2; other + 1 < at + left_.size(); ++other) {
+            const Flat& p = points_[corner(other)];
+            if (turn(a, b, p) > 0 && turn(b, c, p) > 0 && turn(c, a, p) > 0) {
+                return false;
+            }
+        }
+        return true;
+    }
+
+    std::vector<Flat> points_;
+    std::vector<std::size_t> left_;
+    std::size_t start_ = 0;
+};
+
+/// Adds a triangle unless it has no area.
+void addTriangle(const std::array<Vector, 3>& ring, const std::array<std::uint32_t, 3>& vertices,
+                 std::vector<Face>& faces) {
+    if (frontOf(ring).SquareLength() > 0) {
+        faces.push_back({3, {vertices[0], vertices[1], vertices[2], 0}});
+    }
+}
+
+}  // namespace
+
+Vector vectorOf(const aiVector3D& vector) { return {vector.x, vector.y, vector.z}; }
+
+Vector frontOf(std::span<const Vector> ring) {
+    Vector front;
+    for (std::size_t i = 1; i + 1 < ring.size(); ++i) {
+        front += (ring[i] - ring[0]) ^ (ring[i + 1] - ring[0]);
+    }
+    return front;
+}
+
+void cutPolygon(const aiMesh& mesh, std::span<const unsigned> corners, std::vector<Face>& faces) {
+    std::vector<Vector> ring;
+    ring.reserve(corners.size());
+    for (const unsigned corner : corners) {
+        ring.push_back(vectorOf(mesh.mVertices[corner]));
+    }
+    if (corners.size() == 3) {
+        addTriangle({ring[0], ring[1], ring[2]}, {corners[0], corners[1], corners[2]}, faces);
+        return;
+    }
+    const Vector front = frontOf(ring);
+    if (corners.size() == 4) {
+        for (std::size_t first = 0; first < 2; ++first) {
+            const auto at = [&](std::size_t i) { return (first + i) % 4; };
+            const std::array one{ring[at(0)], ring[at(1)], ring[at(3)]};
+            const std::array other{ring[at(1)], ring[at(2)], ring[at(3)]};
+            const Vector a = frontOf(one);
+            const Vector b = frontOf(other);
+            if (a * b > flat * a.Length() * b.Length() && a * b > 0) {
+                faces.push_back(
+                    {4, {corners[at(0)], corners[at(1)], corners[at(2)], corners[at(3)]}});
+                return;
+            }
+        }
+    }
+    if (corners.size() > mostEars) {
+        for (std::size_t i = 1; i + 1 < ring.size(); ++i) {
+            addTriangle({ring[0], ring[i], ring[i + 1]},
+                        {corners[0], corners[i], corners[i + 1]}, faces);
+        }
+        return;
+    }
+    EarCutter cutter(ring, front);
+    for (std::size_t i = 2; i < ring.size(); ++i) {
+        const auto [a, b, c] = cutter.next();
+        addTriangle({ring[a], ring[b], ring[c]}, {corners[a], corners[b], corners[c]}, faces);
+    }
+}
+
+}  // namespace vxbtool::importing

@@ -1,0 +1,14 @@
+#pragma once
+
+#include "vxbtool/import/nodes.h"
+#include "vxbtool/import/shape.h"
+#include "vxbtool/import/textures.h"
+
+namespace vxbtool::importing {
+
+/// Cuts polygons whose picture repeats more often than a packet can tell, along the edges of the
+/// pictures. One that would become very many becomes plain instead.
+void cutAtSeams(const Textures& textures, const PlacedCoordinates& placed, Shape& shape,
+                Dropped& dropped);
+
+}  // namespace vxbtool::importing
