@@ -4,6 +4,7 @@ include(GNUInstallDirs)
 
 install(
     FILES
+        docs/conventions.md
         docs/findings.md
         docs/json-schema.md
         docs/limits.md
@@ -61,5 +62,9 @@ vxbtool is for build systems and for people: it converts with a status and
 depfiles, and checks, lints, shows and dumps models and their files.")
 # The libraries that the programs are linked with, as packages.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+# "vxbtool render" looks for its driver at run time.
+if(MQF2VXB_BUILD_RENDER)
+    set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "libegl1, libgl1-mesa-dri")
+endif()
 
 include(CPack)

@@ -4,15 +4,19 @@
 set -euo pipefail
 
 build_packages=(g++ cmake ninja-build)
-test_packages=(libgtest-dev libgmock-dev make)
+test_packages=(chromium libgtest-dev libgmock-dev make)
 tools_packages=(
     libcli11-dev libfmt-dev nlohmann-json3-dev
-    libassimp-dev libstb-dev libimagequant-dev libmeshoptimizer-dev
+    libassimp-dev libstb-dev libimagequant-dev libmeshoptimizer-dev libtinygltf-dev
+    libpng-dev libegl-dev libgles-dev libegl1 libgl1-mesa-dri
 )
 check_packages=(
     git clang-format clang-tidy dpkg-dev file libbenchmark-dev lintian python3 assimp-testmodels
 )
 fuzz_packages=(clang libclang-rt-14-dev llvm)
+# The page of vxbtool view is built with npm, which need not have come as a package.
+command -v node >/dev/null || tools_packages+=(nodejs)
+command -v npm >/dev/null || tools_packages+=(npm)
 
 if (($# == 0)); then
     set -- build test tools check fuzz

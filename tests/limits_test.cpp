@@ -15,9 +15,14 @@ struct Limit {
     ModelFiles (*model)(std::size_t number);
 };
 
+std::string hierarchy(std::size_t coordinates) {
+    return "=NULL;" + std::to_string(coordinates) + ";" +
+           repeated(coordinates, "0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0;");
+}
+
 ModelFiles motion(const std::string& clp) {
     ModelFiles model;
-    model.frm = "=NULL;1;0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0;";
+    model.frm = hierarchy(1);
     model.clp = {"COORDINATE;" + clp};
     return model;
 }
@@ -62,7 +67,7 @@ const Limit limits[] = {
     {"animated coordinate", 3276,
      [](std::size_t n) {
          ModelFiles model = motion("1;" + std::to_string(n) + " 0 a;TYPE ps0r0t0");
-         model.frm = "=NULL;3277;" + repeated(3277, "0 0 0 0 0 0 0 0 0 0 0 0 0 0 0 0;");
+         model.frm = hierarchy(3277);
          return model;
      }},
     {"animated coordinates in 65535 words", 10922,
@@ -97,6 +102,39 @@ const Limit limits[] = {
     {"step that a coordinate starts with", 65535,
      [](std::size_t n) {
          return motion("1;0 0 a;" + repeated(n, "END 0x0;") + "a;END 0x0;TYPE ps0r0t0");
+     }},
+    {"pivots of 8192 vertices", 8192,
+     [](std::size_t n) {
+         ModelFiles model = triangles(8192, 0, 1, "0", "C 0 0 0");
+         model.frm = hierarchy(1) + "0 8192 0-8191;";
+         model.axs = std::to_string(n) + ";" + repeated(n, "0 0 0 0;");
+         return model;
+     }},
+    {"times that 65536 vertices are named", 256,
+     [](std::size_t n) {
+         ModelFiles model = triangles(65536, 0, 1, "0", "C 0 0 0");
+         model.frm =
+             hierarchy(1) + "0 " + std::to_string(65536 * n) + repeated(n, " 0-65535") + ";";
+         return model;
+     }},
+    // Ten coordinates in which 1024 vertices lie or do not, in all ways, and n in which all lie.
+    {"coordinates that make 1024 lists longer", 1021,
+     [](std::size_t n) {
+         ModelFiles model = triangles(1024, 0, 1, "0", "C 0 0 0");
+         model.frm = hierarchy(10 + n);
+         for (std::size_t bit = 0; bit < 10; ++bit) {
+             model.frm += std::to_string(bit) + " 512";
+             for (std::size_t i = 0; i < 1024; i += std::size_t{2} << bit) {
+                 const std::size_t first = i + (std::size_t{1} << bit);
+                 const std::size_t last = first + (std::size_t{1} << bit) - 1;
+                 model.frm += " " + std::to_string(first) + "-" + std::to_string(last);
+             }
+             model.frm += ";";
+         }
+         for (std::size_t i = 0; i < n; ++i) {
+             model.frm += std::to_string(10 + i) + " 1024 0-1023;";
+         }
+         return model;
      }},
 };
 

@@ -1,6 +1,6 @@
 # vxb_add_models(TARGET MODEL...
 #                [OUTPUT_DIRECTORY DIR] [BASE DIR] [SCALE F]
-#                [NO_IMAGES] [LINT] [WERROR] [EXCLUDE_FROM_ALL])
+#                [NO_IMAGES] [LINT] [WERROR] [PAGES] [EXCLUDE_FROM_ALL])
 #
 # Adds a target that converts each model (.mqf) into a VXB file, and converts it again when the
 # model, one of the files that it names, or vxbtool itself is newer than the VXB file.
@@ -9,17 +9,19 @@
 # BASE              folder from which relative names in the models are opened; each model's own
 #                   folder unless given
 # SCALE, NO_IMAGES, LINT, WERROR  as the options of "vxbtool convert"
+# PAGES             a page beside each VXB file shows it in a browser (vxbtool view)
 # EXCLUDE_FROM_ALL  the target is not built by default
 #
 # Relative model names and BASE are of the current source directory, a relative OUTPUT_DIRECTORY is
-# of the current binary directory. The target property VXB_FILES lists the VXB files.
+# of the current binary directory. The target property VXB_FILES lists the VXB files, VXB_PAGES
+# the pages.
 #
 # The Makefile generators of CMake never forget an input: a file that a model names no longer still
 # leads to a conversion when it changes, and to one in each build when it is deleted.
 
 function(vxb_add_models target)
     cmake_parse_arguments(PARSE_ARGV 1 arg
-        "NO_IMAGES;LINT;WERROR;EXCLUDE_FROM_ALL" "OUTPUT_DIRECTORY;BASE;SCALE" "")
+        "NO_IMAGES;LINT;WERROR;PAGES;EXCLUDE_FROM_ALL" "OUTPUT_DIRECTORY;BASE;SCALE" "")
     set(models ${arg_UNPARSED_ARGUMENTS})
     if(NOT models)
         message(FATAL_ERROR "vxb_add_models(${target}): no model given")
@@ -53,6 +55,7 @@ function(vxb_add_models target)
     endif()
 
     set(outputs)
+    set(pages)
     foreach(model IN LISTS models)
         if(model MATCHES "^[A-Z_]+$")
             message(FATAL_ERROR "vxb_add_models(${target}): unknown word ${model}")
@@ -87,7 +90,17 @@ function(vxb_add_models target)
             DEPFILE "${output}.d"
             COMMENT "Converting ${name}"
             VERBATIM)
+        if(arg_PAGES)
+            cmake_path(REPLACE_EXTENSION output LAST_ONLY ".html" OUTPUT_VARIABLE page)
+            list(APPEND pages "${page}")
+            add_custom_command(OUTPUT "${page}"
+                COMMAND mqf2vxb::vxbtool view -o "${page}" "${output}"
+                DEPENDS "${output}" mqf2vxb::vxbtool
+                COMMENT "Making the page of ${name}"
+                VERBATIM)
+        endif()
     endforeach()
-    add_custom_target(${target} ${all} DEPENDS ${outputs})
+    add_custom_target(${target} ${all} DEPENDS ${outputs} ${pages})
     set_property(TARGET ${target} PROPERTY VXB_FILES ${outputs})
+    set_property(TARGET ${target} PROPERTY VXB_PAGES ${pages})
 endfunction()

@@ -8,7 +8,7 @@
 namespace mqf2vxb {
 namespace {
 
-/// An address as the eight hexadecimal digits of the report forms hold it: its low 32 bits.
+/// The low 32 bits of an address: the reports show eight hexadecimal digits of it.
 unsigned addressDigits(std::uintptr_t address) {
     return static_cast<unsigned>(address & 0xFFFFFFFFU);
 }
@@ -28,7 +28,12 @@ unsigned addressDigits(std::uintptr_t address) {
     report(message + "\n\nFile Name:" + file + "\n" + more, cause, {file});
 }
 
-/// Of a line that names a type or a word which nothing matches.
+/// ": " and what the system says of this error; nothing of 0.
+std::string systemReason(int error) {
+    return error == 0 ? "" : ": " + std::generic_category().message(error);
+}
+
+/// A report about a line that names a type or a word that nothing matches.
 [[noreturn]] void reportMismatch(const std::string& line, Explanation explanation) {
     Report report("\n" + line + "\n", line);
     report.explain(std::move(explanation));
@@ -125,16 +130,14 @@ void unknownGeoFlag(std::int32_t polygon, std::int32_t kind) {
 void notSuitableTexture() { reportLine("Not suitable texture"); }
 
 void cannotOpen(const std::string& file, Access access, int error) {
-    std::string cause =
+    const std::string cause =
         access == Access::read ? "the file cannot be read" : "the file cannot be written";
-    if (error != 0) {
-        cause += ": " + std::generic_category().message(error);
-    }
-    reportFile("Can't open this file!", file, "", cause);
+    reportFile("Can't open this file!", file, "", cause + systemReason(error));
 }
 
-void cannotWrite(const std::string& file) {
-    reportFile("Can't write this file!", file, "", "the file cannot be written to its end");
+void cannotWrite(const std::string& file, int error) {
+    reportFile("Can't write this file!", file, "",
+               "the file cannot be written to its end" + systemReason(error));
 }
 
 void wrongTag(const std::string& file, std::string_view line, const std::string& cause) {
@@ -146,12 +149,14 @@ void wrongDate(const std::string& file, std::string_view line, const std::string
                cause);
 }
 
-void notCorrectData(const Place& place, const std::string& cause) {
+void notCorrectData(const Place& place, const std::string& cause, Explanation explanation) {
     std::string text = "Not correct data!\n\nFile Name:" + place.file + "\n";
     if (place.line > 0) {
         text += "Line     :" + std::to_string(place.line) + "\n";
     }
-    report(text + "Cause    :" + cause + "\n", cause, place);
+    Report report("\n" + text + "Cause    :" + cause + "\n", cause, place);
+    report.explain(std::move(explanation));
+    throw Report(report);
 }
 
 void layoutFault(std::string_view section, std::uint64_t expected, std::uint64_t written) {

@@ -42,8 +42,8 @@ private:
     Place place_;
 };
 
-/// How a table's growth is named when memory for it cannot be had: by the table's name alone, or
-/// by the operation that makes the table and the table's short name.
+/// How the report of missing memory names a table: by its name alone, or by the operation that
+/// makes it and a short name.
 struct TableLabel {
     std::string_view name;
     std::string_view operation = {};
@@ -56,7 +56,7 @@ struct TableLabel {
 /// Memory outside the tables could not be had.
 [[noreturn]] void outOfMemory();
 
-/// What the area report tells of a table and of the record that it does not have.
+/// The table that the report of a missing record speaks of.
 struct Area {
     const void* top;
     std::size_t recordSize;
@@ -82,9 +82,9 @@ void checkIndex(const std::string& file, std::int64_t index, std::int64_t count,
 [[noreturn]] void unknownGeoFlag(std::int32_t polygon, std::int32_t kind);
 [[noreturn]] void notSuitableTexture();
 
-/// The cause names the system's reason, that of `error`; 0 is none.
+/// The causes name the system's reason, that of `error`; 0 is none.
 [[noreturn]] void cannotOpen(const std::string& file, Access access, int error = 0);
-[[noreturn]] void cannotWrite(const std::string& file);
+[[noreturn]] void cannotWrite(const std::string& file, int error);
 /// `line` is the ID line as it was read, with its line feed when it had one.
 [[noreturn]] void wrongTag(const std::string& file, std::string_view line,
                            const std::string& cause);
@@ -93,7 +93,8 @@ void checkIndex(const std::string& file, std::int64_t index, std::int64_t count,
 
 /// Input that cannot become a right output file. `cause` is short, in lower case, without a full
 /// stop; a place without a line leaves the "Line" out of the report.
-[[noreturn]] void notCorrectData(const Place& place, const std::string& cause);
+[[noreturn]] void notCorrectData(const Place& place, const std::string& cause,
+                                 Explanation explanation = {});
 
 /// A section is about to be written at another word offset than the layout gives it: a fault of
 /// this program.

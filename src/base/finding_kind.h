@@ -9,7 +9,7 @@
 namespace mqf2vxb {
 
 enum class Severity : std::uint8_t {
-    warning,  ///< it is allowed, and probably unintended
+    warning,  ///< it is allowed, and surely not meant
     error,    ///< the file is not sound, or the model does not convert
 };
 

@@ -38,9 +38,9 @@ struct KeyTraits<std::string_view> {
     }
 };
 
-/// A map that only grows: each key stands with its value at the first free place from where its hash
-/// leads to, so that an entry needs no allocation of its own and most lookups end at the first place.
-/// Keys are 64-bit numbers, but for the one with all bits set, or texts, which have to outlive the
+/// A map that only grows. A key and its value take the first free place from the one that the hash
+/// gives onwards, so that an entry needs no allocation of its own and most lookups end where they
+/// begin. A key is a 64-bit number other than the one with all bits set, or a text that outlives the
 /// map.
 template <class Key, class Value>
 class KeyMap {

@@ -17,7 +17,8 @@ const HashSeed& hashSeed();
 
 namespace seeded_hash {
 
-/// Both halves of the product, one over the other: each bit of the result depends on all bits.
+/// The two halves of the product joined by exclusive or: each bit of the result depends on all bits
+/// of both numbers.
 inline std::uint64_t folded(std::uint64_t a, std::uint64_t b) {
     __extension__ using Product = unsigned __int128;
     const Product product = static_cast<Product>(a) * b;

@@ -12,9 +12,8 @@
 
 namespace mqf2vxb {
 
-/// A Data Base of the model: records indexed from 0 that know the name which the reports give
-/// their table. Growth that cannot be had and indices outside the table are reported here and
-/// nowhere else.
+/// A table of the model: records counted from 0, and the name that reports give the table. Missing
+/// memory and indices outside the table are reported here and nowhere else.
 template <class Record>
 class Table {
 public:

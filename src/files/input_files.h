@@ -16,7 +16,7 @@ inline constexpr std::size_t largestFile = std::size_t{1} << 31U;
 struct FileStart {
     FileContents contents;
     std::size_t fileSize = 0;  ///< all bytes of the file, of which `contents` may be the first
-    /// The name leads to the same bytes again: the file is no pipe.
+    /// Opened again, the name gives the same bytes, as that of a pipe does not.
     bool canBeReadAgain = true;
 
     [[nodiscard]] bool isWhole() const { return contents.text().size() == fileSize; }
@@ -33,7 +33,8 @@ public:
     /// All bytes of a file; nothing when it cannot be opened and read. A device, and a file that
     /// does not fit `largestFile`, are refused.
     [[nodiscard]] virtual std::optional<FileContents> read(const std::string& name) = 0;
-    /// The first `most` bytes of a file at least. A file that cannot be read again comes whole.
+    /// At least the first `most` bytes of a file, as far as it has so many. A file that cannot be
+    /// read again comes whole.
     [[nodiscard]] virtual std::optional<FileStart> readStart(const std::string& name,
                                                              std::size_t /*most*/) {
         std::optional<FileContents> contents = read(name);

@@ -10,8 +10,8 @@ namespace mqf2vxb {
 enum class TokenKind : std::uint8_t { restOfLine, word, item, range };
 
 /// Sees what the readers take from the text files while they read them, for tools that tell an
-/// author more than that a model converts or does not. Every view and place is one inside the text of the
-/// file that is being read; only a token's text is a copy.
+/// author more than whether a model converts. Views and places lie inside the text of the file that
+/// is being read; only a token's text is a copy.
 class InputObserver {
 public:
     InputObserver() = default;

@@ -14,8 +14,8 @@ inline constexpr std::size_t longestName = 255;
 /// The most characters that a text file's line comes back with, its line feed included.
 inline constexpr std::size_t longestLine = 255;
 
-/// The input side of one conversion: opens files with the check, and keeps what passes from one
-/// text file to the next.
+/// The input side of one conversion: opens files, reports those that cannot be opened, and keeps
+/// what passes from one text file to the next.
 class Inputs {
 public:
     explicit Inputs(InputFiles& files) : Inputs(files, nullptr) {}
@@ -24,7 +24,7 @@ public:
 
     /// Reads a whole file; one that cannot be opened is reported.
     [[nodiscard]] FileContents open(const std::string& name);
-    /// The first `most` bytes of a file at least; all of them when there is an observer.
+    /// At least the first `most` bytes of a file; all bytes when there is an observer.
     [[nodiscard]] FileStart openStart(const std::string& name, std::size_t most);
     /// Every file opened so far, in order.
     [[nodiscard]] const std::vector<std::string>& names() const { return names_; }

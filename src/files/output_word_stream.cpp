@@ -95,7 +95,7 @@ void BlockWriter::writeBlocks() {
 void BlockWriter::write(std::size_t size) {
     if (!file_->write({bytes_.get(), size})) {
         used_ = 0;  // or the destructor would write it again
-        cannotWrite(name_);
+        cannotWrite(name_, errno);
     }
 }
 
@@ -103,7 +103,7 @@ void BlockWriter::close() {
     write(used_);
     const std::unique_ptr<OutputFile> file = std::move(file_);
     if (!file->close()) {
-        cannotWrite(name_);
+        cannotWrite(name_, errno);
     }
 }
 

@@ -11,7 +11,7 @@
 
 namespace mqf2vxb {
 
-/// A file that is written in whole blocks: two writes that share a page of it cost more.
+/// A file that is written in whole blocks, because a write that begins inside a page costs more.
 /// What was put is written when the file is destroyed too, so that a conversion that stops leaves
 /// behind just what it had put.
 class BlockWriter {

@@ -7,7 +7,7 @@
 namespace mqf2vxb::format {
 
 inline constexpr std::uint32_t fileId = 0x00000050;
-/// Set on chosen offset and count words; no offset reaches it.
+/// Set in some offset and count words. Offsets are too small to need it.
 inline constexpr std::uint32_t bit31 = 0x80000000;
 /// Ends a chain of primitive headers.
 inline constexpr std::uint32_t endOfChain = 0xFFFFFFFF;
@@ -19,8 +19,8 @@ inline constexpr std::uint32_t coordinatePointer = 0x0400;
 /// The largest number and size in a word that holds both.
 inline constexpr std::uint32_t largestNumber = 0x7FFF;
 inline constexpr std::uint32_t largestSize = 0xFFFF;
-/// Whether a packet's field holds a vertex or normal index, or each of those whose bits are joined in
-/// `bits`.
+/// Whether the index of a vertex or normal fits a packet's field. When `bits` are those of several
+/// indices joined by "or": whether all of them do.
 constexpr bool indexFits(std::uint32_t bits) { return bits <= 0xFFFF; }
 /// The same for a component of a colour.
 constexpr bool colourFits(std::uint32_t bits) { return bits <= 0xFF; }
@@ -46,7 +46,7 @@ inline constexpr std::uint32_t typeDescriptionRest = 2;
 inline constexpr std::uint64_t sharedVertexHeaderSize = 11;
 inline constexpr std::uint32_t sharedVertexRest = 7;
 
-/// A primitive header that lists types; without types there is none.
+/// The size of a primitive header that lists so many types; without types there is no header.
 constexpr std::uint64_t typesHeaderSize(std::size_t types) {
     return types > 0 ? primitiveHeaderSize + typeDescriptionSize * types : 0;
 }

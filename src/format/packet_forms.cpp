@@ -199,7 +199,7 @@ constexpr std::size_t formKey(PrimitiveTypeCode code) {
     return (code & 0x1FU) | (code & 0x340U) >> 1U;
 }
 
-/// The forms by their keys; a key that no form has names any.
+/// The form of each key. A key that no form has gives form 0, which the caller tells by its code.
 constexpr std::array<std::uint8_t, 512> indexForms() {
     std::array<std::uint8_t, 512> index{};
     for (std::size_t i = 0; i < forms.size(); ++i) {

@@ -100,7 +100,7 @@ struct PacketFamilyTraits {
     std::string_view title;  ///< the same as a heading
 };
 
-/// All families, by ascending codes.
+/// All families, in ascending order of their codes.
 inline constexpr std::array packetFamilies{
     PacketFamilyTraits{PacketFamily::lit, 0, "lit", "Lit"},
     PacketFamilyTraits{PacketFamily::window, type_code::window, "window",

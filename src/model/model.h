@@ -29,8 +29,8 @@ struct Model {
     Table<PolygonRecord> polygons{"Polygon Data Base"};
     MaterialTable materials;
     Table<MeshRecord> meshes{"Mesh Data Base"};
-    /// The polygons of all meshes, mesh after mesh: most meshes have too few to pay for a table of
-    /// their own.
+    /// The polygons of all meshes, mesh after mesh. Most meshes have so few that a table for each
+    /// would cost more than they do.
     Table<MeshPolygon> meshPolygons{"Mesh's Polygon Index Data Base"};
     Table<PivotRecord> pivots{"Pivot Data Base"};
     Table<CoordinateRecord> coordinates{"Coordinate Data Base"};

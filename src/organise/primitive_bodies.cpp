@@ -10,7 +10,7 @@
 namespace mqf2vxb {
 namespace {
 
-/// Gathers materials or meshes, the items, into packet groups: the type entries of the bodies.
+/// Gathers items, which are materials or meshes, into packet groups: the type entries of the bodies.
 class BodyBuilder {
 public:
     BodyBuilder(Primitives& primitives, const CoordinateLists& lists)

@@ -54,7 +54,7 @@ struct CodeText {
     std::int32_t t = 0;
 };
 
-/// Takes a code of one digit each apart; false when it is no such code.
+/// Takes apart a code whose numbers have one digit each; false when the text is no such code.
 bool readShortCode(const std::array<char, 8>& text, CodeText& code) {
     const auto [letter, s, scale, r, rotation, t, translation, blank] = text;
     if (s != 's' || r != 'r' || t != 't' || !isDigit(scale) || !isDigit(rotation) ||
@@ -208,7 +208,7 @@ bool readStep(const LineReader& reader, WordLine& line, AnimationSequenceRecord&
         // Nearly every code has one digit for each of its numbers and can be taken as a whole.
         std::array<char, 8> text{};
         if (!line.scanPlain(number, text, keyFrame) || !readShortCode(text, code)) {
-            keyFrame = 0;  // it is scanned behind the code only
+            keyFrame = 0;  // the general scan may end before it
             line.scanAnyway(number, Letter{code.letter}, Literal{"s"}, code.s, Literal{"r"}, code.r,
                             Literal{"t"}, code.t, keyFrame);
         }

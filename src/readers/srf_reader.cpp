@@ -15,8 +15,8 @@ struct PolygonRange {
     std::int32_t last;
 };
 
-/// Walks the polygon list of one line: numbers and ranges, separated by commas. What follows the digits
-/// of an item, up to its comma, means nothing.
+/// Walks the polygon list of one line: numbers and ranges, separated by commas. Whatever stands
+/// between the digits of an item and the next comma is skipped.
 class PolygonList {
 public:
     PolygonList(const LineReader& reader, std::string_view list) : reader_(reader), rest_(list) {}

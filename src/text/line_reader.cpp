@@ -39,7 +39,7 @@ bool LineReader::readLine() {
 
 void LineReader::requireLine(std::string_view what) {
     if (!readLine()) {
-        refuseFile("the file ends before " + std::string(what));
+        refuseEnd("the file ends before " + std::string(what));
     }
 }
 
@@ -115,6 +115,11 @@ void LineReader::refuseLine(const std::string& cause) const {
 }
 
 void LineReader::refuseFile(const std::string& cause) const { notCorrectData({fileName_}, cause); }
+
+void LineReader::refuseEnd(const std::string& cause) const {
+    const std::int64_t last = lineNumber(text().data() + text().size());
+    notCorrectData({fileName_}, cause, {"", {fileName_, last}});
+}
 
 std::int64_t LineReader::lineNumber(const char* place) const {
     return 1 + std::count(text().data(), place, '\n');

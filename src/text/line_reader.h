@@ -79,6 +79,8 @@ public:
     [[noreturn]] void refuseLine(const std::string& cause) const;
     /// Refuses the file as a whole.
     [[noreturn]] void refuseFile(const std::string& cause) const;
+    /// The same of a file that ends too early; tools are told where its end is.
+    [[noreturn]] void refuseEnd(const std::string& cause) const;
 
     /// What follows the current line, for readers that go on by characters.
     [[nodiscard]] std::string_view rest() const { return text().substr(next_); }

@@ -39,7 +39,7 @@ int TokenReader::readChar() {
     while (rest_.starts_with('#')) {
         const std::size_t feed = rest_.find('\n');
         if (feed == std::string_view::npos) {
-            lines_.refuseFile("the file ends inside a comment");
+            lines_.refuseEnd("the file ends inside a comment");
         }
         rest_.remove_prefix(feed + 1);
     }
@@ -57,7 +57,7 @@ int TokenReader::readChar() {
 void TokenReader::skipPast(char wanted) {
     for (int c = readChar(); c != static_cast<unsigned char>(wanted); c = readChar()) {
         if (c == endOfFile) {
-            lines_.refuseFile(std::string("the file ends before a '") + wanted + "'");
+            lines_.refuseEnd(std::string("the file ends before a '") + wanted + "'");
         }
     }
 }
@@ -108,7 +108,7 @@ bool TokenReader::readPlainToken(Kinds skipped, Kinds stops) {
 int TokenReader::readWholeToken(Kinds skipped, Kinds stops) {
     const int stop = readToken(skipped, stops);
     if (stop == endOfFile && token_.empty()) {
-        lines_.refuseFile("the file ends before it is complete");
+        lines_.refuseEnd("the file ends before it is complete");
     }
     return stop;
 }

@@ -5,6 +5,7 @@
 
 #include "format/format.h"
 #include "vxb/reading.h"
+#include "vxb/word_names.h"
 
 namespace mqf2vxb::reading {
 namespace {
@@ -17,13 +18,12 @@ constexpr std::uint32_t motionWords = format::motionHeaderSize;
 constexpr std::uint32_t indexWords = format::animationIndexSize;
 /// Six bits of a control word hold the index of a type.
 constexpr std::uint32_t mostTypes = 64;
-constexpr std::string_view indexSizeName = "Index Number, Size";
-constexpr std::string_view sequenceSizeName = "Sequence Header Number, Size";
 
 bool isMotion(std::uint32_t word) { return (word & ~type_code::first) == type_code::animation; }
 bool isCoordinatePointer(std::uint32_t word) { return word >> 16U == format::coordinatePointer; }
 
-/// Whether a primitive that uses this global header begins at an offset: two of three marks do.
+/// Whether a primitive that uses this global header begins at an offset: two of its three marks
+/// suffice.
 bool looksLikePrimitive(const Reading& r, std::uint32_t offset, std::uint32_t globalHeader) {
     if (offset >= r.end() || r.end() - offset < format::primitiveHeaderSize) {
         return false;
@@ -66,19 +66,20 @@ void readAnimatedCoordinate(Reading& r, std::uint32_t limit) {
     constexpr std::uint32_t recordWords = format::coordinateSize;
     animated.coordinate = place / recordWords;
     if (!isCoordinatePointer(pointer) || place % recordWords != 1) {
-        r.report(finding::animatedMisses, offset, pointer, {},
-                 "Coordinate Pointer Offset, Coordinate Offset");
+        r.report(finding::animatedMisses, offset, pointer, {}, word_name::coordinateOffset);
     } else if (animated.coordinate >= r.file.coordinates.size()) {
         r.report(finding::animatedOutside, offset, animated.coordinate,
                  static_cast<std::uint32_t>(r.file.coordinates.size()));
     }
 
-    // The number of headers and the size say the same; the size holds where it leads on.
+    // The number of headers and the size should say the same. Where they differ, the size counts if
+    // it leads to the next record or to the end.
     const std::uint32_t numberSize = r.at(offset + 1);
     const std::uint32_t size = numberSize & format::largestSize;
     animated.sequenceNum = numberSize >> 16U & format::largestNumber;
     if ((numberSize & bit31) != 0) {
-        r.report(finding::bit31Set, offset + 1, numberSize, numberSize & ~bit31, sequenceSizeName);
+        r.report(finding::bit31Set, offset + 1, numberSize, numberSize & ~bit31,
+                 word_name::sequenceHeaderNumberSize);
     }
     if (size != indexWords + animated.sequenceNum) {
         const std::uint32_t behind = r.at(std::uint64_t{offset} + size);
@@ -86,11 +87,12 @@ void readAnimatedCoordinate(Reading& r, std::uint32_t limit) {
             size >= indexWords &&
             (offset + size == limit || isCoordinatePointer(behind) || isMotion(behind));
         if (leadsOn) {
-            r.checkCount(offset + 1, sequenceSizeName, animated.sequenceNum, size - indexWords);
+            r.checkCount(offset + 1, word_name::sequenceHeaderNumberSize, animated.sequenceNum,
+                         size - indexWords);
             animated.sequenceNum = size - indexWords;
         } else {
             r.report(finding::sizeDisagrees, offset + 1, size, indexWords + animated.sequenceNum,
-                     sequenceSizeName);
+                     word_name::sequenceHeaderNumberSize);
         }
     }
     const std::uint32_t words = r.take(
@@ -99,7 +101,7 @@ void readAnimatedCoordinate(Reading& r, std::uint32_t limit) {
     animated.sequenceNum = words > indexWords ? words - indexWords : 0;
     animated.startStep = r.at(offset + 3) >> 16U;
     r.file.animation.coordinates.push_back(animated);
-    r.checkZero(offset + 2, "Sequence Pointer");
+    r.checkZero(offset + 2, word_name::sequencePointer);
     if ((r.at(offset + 3) & 0xFFFFU) != 0) {
         r.report(finding::notZero, offset + 3, r.at(offset + 3) & 0xFFFFU, 0,
                  "the half before a start step");
@@ -116,14 +118,14 @@ void readMotion(Reading& r, std::uint32_t limit) {
     const bool first = r.file.animation.motions.empty();
     const bool marked = (r.at(offset) & type_code::first) != 0;
     if (!isMotion(r.at(offset))) {
-        r.report(finding::unknownType, offset, r.at(offset), {}, "Animation Type");
+        r.report(finding::unknownType, offset, r.at(offset), {}, word_name::animationType);
     } else if (first != marked) {
         r.report(first ? finding::bit23Missing : finding::bit23Set, offset, r.at(offset),
-                 r.at(offset) ^ type_code::first, "Animation Type");
+                 r.at(offset) ^ type_code::first, word_name::animationType);
     }
     r.take(Part::motion, static_cast<std::uint32_t>(r.file.animation.motions.size()), motionWords,
            "a motion", limit);
-    r.checkBit31(offset + 1, indexSizeName);
+    r.checkBit31(offset + 1, word_name::indexNumberSize);
     const std::uint32_t number = r.at(offset + 1) >> 16U & format::largestNumber;
     const std::uint32_t size = r.at(offset + 1) & format::largestSize;
     while (r.cursor() < limit && !isMotion(r.at(r.cursor())) &&
@@ -131,16 +133,17 @@ void readMotion(Reading& r, std::uint32_t limit) {
         readAnimatedCoordinate(r, limit);
         ++motion.coordinateNum;
     }
-    r.checkCount(offset + 1, indexSizeName, number, motion.coordinateNum);
+    r.checkCount(offset + 1, word_name::indexNumberSize, number, motion.coordinateNum);
     if (size != r.cursor() - offset - 1) {
-        r.report(finding::sizeDisagrees, offset + 1, size, r.cursor() - offset - 1, indexSizeName);
+        r.report(finding::sizeDisagrees, offset + 1, size, r.cursor() - offset - 1,
+                 word_name::indexNumberSize);
     }
     r.file.animation.motions.push_back(motion);
 }
 
 void readTypes(Reading& r, std::uint32_t limit) {
     const std::uint32_t offset = r.cursor();
-    r.checkBit31(offset, "Animation Packet Type Number");
+    r.checkBit31(offset, word_name::animationPacketTypeNumber);
     std::uint32_t number = r.at(offset) & ~bit31;
     // The control words begin behind the types; that place and the number have to agree.
     const auto controls = r.top(header, controlTop);
@@ -156,7 +159,7 @@ void readTypes(Reading& r, std::uint32_t limit) {
     };
     if (controlsFit && between != number && between <= mostTypes &&
         (number > mostTypes || number < between || !allTypes(number)) && allTypes(between)) {
-        r.checkCount(offset, "Animation Packet Type Number", number, between);
+        r.checkCount(offset, word_name::animationPacketTypeNumber, number, between);
         number = between;
     }
     const std::uint32_t words =
@@ -166,9 +169,9 @@ void readTypes(Reading& r, std::uint32_t limit) {
         const std::uint32_t type = r.at(offset + i);
         std::vector<PrimitiveTypeCode>& types = r.file.animation.types;
         if (type == type_code::animation || findKeyFrameForm(type) == nullptr) {
-            r.report(finding::unknownType, offset + i, type, {}, "Animation Packet Type");
+            r.report(finding::unknownType, offset + i, type, {}, word_name::animationPacketType);
         } else if (std::find(types.begin(), types.end(), type) != types.end()) {
-            r.report(finding::typeTwice, offset + i, type, {}, "Animation Packet Type");
+            r.report(finding::typeTwice, offset + i, type, {}, word_name::animationPacketType);
         }
         // More are listed only in a damaged file, and no control word can name them.
         if (types.size() < mostTypes) {
@@ -295,9 +298,9 @@ void readControlsAndKeyFrames(Reading& r, std::uint32_t limit) {
 void readMotions(Reading& r, std::uint32_t limit) {
     const std::uint32_t offset = r.cursor();
     r.take(Part::animationHeader, 0, format::primitiveHeaderSize, "the animation header", limit);
-    r.checkOffset(offset + 1, "Animation Primitive Global Header Pointer",
+    r.checkOffset(offset + 1, word_name::animationPrimitiveGlobalHeaderPointer,
                   r.file.globalHeader(header)->offset);
-    r.checkBit31(offset + 2, "Animation Type Number");
+    r.checkBit31(offset + 2, word_name::animationTypeNumber);
     const std::uint32_t number = r.at(offset + 2) & ~bit31;
     const auto named = r.top(header, complementFunctionTop);
     // The types begin with a number that carries bit 31 and is small.
@@ -310,7 +313,7 @@ void readMotions(Reading& r, std::uint32_t limit) {
            (namedFits || (r.at(r.cursor()) & bit31) == 0)) {
         readMotion(r, motionsEnd);
     }
-    r.checkCount(offset + 2, "Animation Type Number", number,
+    r.checkCount(offset + 2, word_name::animationTypeNumber, number,
                  static_cast<std::uint32_t>(animation.motions.size()));
     if ((r.at(r.cursor()) & bit31) == 0 && namedFits) {
         r.skipTo(*named);
@@ -322,15 +325,14 @@ void readMotions(Reading& r, std::uint32_t limit) {
 
 void findLaterSections(Reading& r) {
     constexpr std::uint32_t preBlock = 4;
-    constexpr std::string_view preBlockName = "Pre Primitive Top";
     r.polygonsEnd = r.end();
     for (const GlobalHeaderKind kind : {header, GlobalHeaderKind::image}) {
         if (r.file.globalHeader(kind)) {
-            r.polygonsEnd = findPrimitive(r, preBlock, preBlockName, kind);
+            r.polygonsEnd = findPrimitive(r, preBlock, word_name::prePrimitiveTop, kind);
             return;
         }
     }
-    r.checkOffset(preBlock, preBlockName, 0);
+    r.checkOffset(preBlock, word_name::prePrimitiveTop, 0);
 }
 
 void readAnimation(Reading& r) {
@@ -345,7 +347,8 @@ void readAnimation(Reading& r) {
         return;
     }
     if (r.file.globalHeader(GlobalHeaderKind::image)) {
-        r.imagesStart = findPrimitive(r, offset, "Next Primitive Pointer", GlobalHeaderKind::image);
+        r.imagesStart =
+            findPrimitive(r, offset, word_name::nextPrimitivePointer, GlobalHeaderKind::image);
     } else {
         r.checkChainEnd(offset);
     }

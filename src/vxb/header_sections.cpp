@@ -5,6 +5,7 @@
 
 #include "format/format.h"
 #include "vxb/reading.h"
+#include "vxb/word_names.h"
 
 namespace mqf2vxb::reading {
 namespace {
@@ -47,18 +48,20 @@ std::uint32_t coordinateNumber(Reading& r) {
     }
     if (byTop && top < r.end() &&
         (blocks < 2 || *byTop == 0 || r.at(format::fileHeaderSize + *byTop + 2) == *byTop)) {
-        r.report(finding::countDisagrees, blockNumberWord, blocks, *byTop + 2, "Block Number");
+        r.report(finding::countDisagrees, blockNumberWord, blocks, *byTop + 2,
+                 word_name::blockNumber);
         return *byTop;
     }
     if (blocks < 2) {
-        r.report(finding::countDisagrees, blockNumberWord, blocks, 2, "Block Number");
+        r.report(finding::countDisagrees, blockNumberWord, blocks, 2, word_name::blockNumber);
     }
     const std::uint64_t expected = globalTop(byBlocks);
     if (expected < r.end()) {
-        r.checkOffset(globalTopWord, "Primitive Global Header Top",
+        r.checkOffset(globalTopWord, word_name::primitiveGlobalHeaderTop,
                       static_cast<std::uint32_t>(expected));
     } else {
-        r.report(finding::offsetOutside, globalTopWord, top, {}, "Primitive Global Header Top");
+        r.report(finding::offsetOutside, globalTopWord, top, {},
+                 word_name::primitiveGlobalHeaderTop);
     }
     return byBlocks;
 }
@@ -238,12 +241,13 @@ void readGlobalHeader(Reading& r, GlobalHeaderKind kind) {
 std::string_view globalHeaderWord(GlobalHeaderKind kind, std::uint32_t word) {
     static constexpr std::array<std::array<std::string_view, 7>, globalHeaderNum> names{{
         {"Independent Primitive Global Header Size", "Independent Primitive Top",
-         "Independent Vertex Top", "Independent Normal Top", "Coordinate Top", "", ""},
+         "Independent Vertex Top", "Independent Normal Top", word_name::coordinateTop, "", ""},
         {"Shared Primitive Global Header Size", "Shared Primitive Top", "Shared Vertex Top",
          "Calculated Shared Vertex Top", "Shared Normal Top", "Calculated Shared Normal Top",
-         "Coordinate Top"},
-        {"Animation Primitive Global Header Size", "Animation Primitive Global Header Size",
-         "Complement Function Top", "Control Top", "Matrix Top", "Coordinate Top", ""},
+         word_name::coordinateTop},
+        {word_name::animationPrimitiveGlobalHeaderSize,
+         word_name::animationPrimitiveGlobalHeaderSize, "Complement Function Top", "Control Top",
+         "Matrix Top", word_name::coordinateTop, ""},
         {"Image Primitive Global Header Size", "Image Top", "Clut Top", "", "", "", ""},
     }};
     const auto& words = names[static_cast<std::size_t>(kind)];
@@ -280,7 +284,7 @@ void readCoordinates(Reading& r) {
     if (coordinates.empty()) {
         return;
     }
-    r.checkCount(r.cursor(), "Coordinate Number", r.at(r.cursor()),
+    r.checkCount(r.cursor(), word_name::coordinateNumber, r.at(r.cursor()),
                  static_cast<std::uint32_t>(coordinates.size()));
     r.take(Part::coordinateNumber, 0, 1, "the coordinate section");
     std::uint32_t index = 0;
@@ -317,7 +321,7 @@ void readGlobalHeaders(Reading& r) {
         r.report(finding::unknownGlobalHeader, r.cursor(), r.at(r.cursor()));
         return;
     }
-    r.checkCount(numberWord, "Primitive Global Header Number", r.at(numberWord), number);
+    r.checkCount(numberWord, word_name::primitiveGlobalHeaderNumber, r.at(numberWord), number);
 }
 
 }  // namespace mqf2vxb::reading

@@ -4,6 +4,7 @@
 
 #include "format/format.h"
 #include "vxb/reading.h"
+#include "vxb/word_names.h"
 
 namespace mqf2vxb::reading {
 namespace {
@@ -13,7 +14,6 @@ using namespace global_header;
 
 constexpr GlobalHeaderKind header = GlobalHeaderKind::image;
 constexpr std::uint32_t blockWords = 3;  // position, size and data offset
-constexpr std::string_view numberSizeName = "Image Number, Size";
 
 bool isImageType(std::uint32_t word) {
     return word == type_code::image || word == type_code::imageWithClut;
@@ -44,38 +44,38 @@ void readEntry(Reading& r, bool clut, std::uint32_t limit) {
     r.file.images.push_back(image);
 }
 
-/// The number of images that a type lists. Number and size say the same; the size holds where it
-/// leads on.
+/// The number of images that a type lists. The word gives it twice, as a number and by a size; where
+/// the two differ, the size counts if it leads to the next type or to the end.
 std::uint32_t imageNumber(Reading& r, std::uint32_t offset, bool clut, std::uint32_t limit) {
     const std::uint32_t words = clut ? 2 * blockWords : blockWords;
     const std::uint32_t number = r.at(offset) >> 16U & format::largestNumber;
     const std::uint32_t size = r.at(offset) & format::largestSize;
-    r.checkBit31(offset, numberSizeName);
+    r.checkBit31(offset, word_name::imageNumberSize);
     if (size == 1 + std::uint64_t{words} * number) {
         return number;
     }
     const std::uint64_t behind = std::uint64_t{offset} + size;
     if (size > 1 && (size - 1) % words == 0 &&
         (behind == limit || (behind < limit && isImageType(r.at(behind))))) {
-        r.checkCount(offset, numberSizeName, number, (size - 1) / words);
+        r.checkCount(offset, word_name::imageNumberSize, number, (size - 1) / words);
         return (size - 1) / words;
     }
-    r.report(finding::sizeDisagrees, offset, size, 1 + words * number, numberSizeName);
+    r.report(finding::sizeDisagrees, offset, size, 1 + words * number, word_name::imageNumberSize);
     return number;
 }
 
 void readTypes(Reading& r, std::uint32_t limit) {
     const std::uint32_t offset = r.cursor() - 1;
     const std::uint32_t number = r.at(offset) & ~bit31;
-    r.checkBit31(offset, "Type Number");
+    r.checkBit31(offset, word_name::typeNumber);
     std::uint32_t types = 0;
     std::uint32_t last = 0;
     while (r.cursor() < limit && (types < number || isImageType(r.at(r.cursor()))) && types < 2) {
         const std::uint32_t type = r.at(r.cursor());
         if (!isImageType(type)) {
-            r.report(finding::unknownType, r.cursor(), type, {}, "Type");
+            r.report(finding::unknownType, r.cursor(), type, {}, word_name::type);
         } else if (type == last) {
-            r.report(finding::typeTwice, r.cursor(), type, {}, "Type");
+            r.report(finding::typeTwice, r.cursor(), type, {}, word_name::type);
         }
         last = type;
         const std::uint32_t place = r.cursor();
@@ -90,7 +90,7 @@ void readTypes(Reading& r, std::uint32_t limit) {
         }
         ++types;
     }
-    r.checkCount(offset, "Type Number", number, types);
+    r.checkCount(offset, word_name::typeNumber, number, types);
 }
 
 /// Gives every block its place in the data area and its words: up to the next block's.
@@ -147,7 +147,7 @@ void readImages(Reading& r) {
         return;
     }
     r.checkChainEnd(offset);
-    r.checkOffset(offset + 1, "Image Primitive Global Header Pointer",
+    r.checkOffset(offset + 1, word_name::imagePrimitiveGlobalHeaderPointer,
                   r.file.globalHeader(header)->offset);
     const auto named = r.top(header, imageTop);
     const bool namedFits = named && *named >= r.cursor() && *named <= r.end();

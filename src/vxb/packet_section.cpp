@@ -8,12 +8,10 @@
 #include "format/texture_fields.h"
 #include "vxb/packet_decoder.h"
 #include "vxb/reading.h"
+#include "vxb/word_names.h"
 
 namespace mqf2vxb::reading {
 namespace {
-
-constexpr std::string_view packetOffsetName = "Primitive Index";
-constexpr std::string_view numberSizeName = "Polygon Number, Size";
 
 /// The packets of the independent or of the shared polygons.
 struct Packets {
@@ -47,11 +45,12 @@ PrimitiveTypeCode codeOf(const TypeDescription& description) {
 /// all in the same words. False when they differ.
 bool checkAgreement(Reading& r, const TypeDescription& description, const TypeDescription& first) {
     if (codeOf(description) != codeOf(first)) {
-        r.report(finding::groupDisagrees, description.offset, description.type, first.type, "Type");
+        r.report(finding::groupDisagrees, description.offset, description.type, first.type,
+                 word_name::type);
     }
     if (description.number != first.number) {
         r.report(finding::groupDisagrees, description.offset + 1, r.at(description.offset + 1),
-                 r.at(first.offset + 1), numberSizeName);
+                 r.at(first.offset + 1), word_name::polygonNumberSize);
     }
     return codeOf(description) == codeOf(first) && description.number == first.number;
 }
@@ -98,7 +97,8 @@ void placePolygons(Reading& r, PacketGroup& group, const TypeDescription& descri
         words > limit - group.offset || (words > room.words && wholePolygons && room.exact);
     const bool tooFew = words < room.words && wholePolygons && room.exact && last;
     if (tooMany || tooFew) {
-        r.checkCount(description.offset + 1, numberSizeName, group.number, room.words / size);
+        r.checkCount(description.offset + 1, word_name::polygonNumberSize, group.number,
+                     room.words / size);
         group.number = room.words / size;
     }
     group.polygons = group.number;
@@ -125,7 +125,8 @@ void placeStrips(Reading& r, PacketGroup& group, const TypeDescription& descript
         group.words = room.words;
         group.fits = false;
     } else {
-        r.checkCount(description.offset + 1, numberSizeName, group.number, strips.number);
+        r.checkCount(description.offset + 1, word_name::polygonNumberSize, group.number,
+                     strips.number);
     }
     group.number = strips.number;
 }
@@ -202,14 +203,15 @@ private:
         const std::uint32_t placeWord = description.offset + 2;
         if (place != r_.cursor() && !damaged_ && fitsAtCursor(group, roomBefore(end))) {
             r_.report(finding::wrongOffset, placeWord, description.packetOffset,
-                      r_.cursor() - packets_.top, packetOffsetName);
+                      r_.cursor() - packets_.top, word_name::primitiveIndex);
             place = r_.cursor();
         }
         if (place < r_.cursor() || place >= packets_.limit) {
             const bool inside = place < r_.cursor();
             r_.report(inside ? finding::groupOverlaps : finding::groupOutside, placeWord,
                       description.packetOffset,
-                      (inside ? r_.cursor() : packets_.limit) - packets_.top, packetOffsetName);
+                      (inside ? r_.cursor() : packets_.limit) - packets_.top,
+                      word_name::primitiveIndex);
             damaged_ = true;
             return;
         }

@@ -5,6 +5,7 @@
 
 #include "format/format.h"
 #include "vxb/reading.h"
+#include "vxb/word_names.h"
 
 namespace mqf2vxb::reading {
 namespace {
@@ -213,13 +214,13 @@ void checkSharedTotals(Reading& r) {
     if (r.file.vertices.known && vertices != r.sharedVertices) {
         const std::uint32_t place = last + vertexNumber;
         r.report(finding::countDisagrees, place, r.at(place),
-                 r.at(place) + vertices - r.sharedVertices, "Shared Vertex Number");
+                 r.at(place) + vertices - r.sharedVertices, word_name::sharedVertexNumber);
     }
     const std::uint32_t normals = r.file.normals.shared.number;
     if (r.file.normals.known && normals < r.sharedNormals) {
         const std::uint32_t place = last + vertexNumber + 3;
         r.report(finding::countDisagrees, place, r.at(place),
-                 r.at(place) + normals - r.sharedNormals, "Shared Normal Number");
+                 r.at(place) + normals - r.sharedNormals, word_name::sharedNormalNumber);
     } else if (normals > r.sharedNormals) {
         r.report(finding::normalsUnowned, r.file.globalHeader(sharedHeader)->offset,
                  normals - r.sharedNormals);

@@ -4,6 +4,7 @@
 
 #include "format/format.h"
 #include "vxb/reading.h"
+#include "vxb/word_names.h"
 
 namespace mqf2vxb::reading {
 namespace {
@@ -12,8 +13,6 @@ using format::bit31;
 
 constexpr std::uint32_t headWords = format::primitiveHeaderSize;
 constexpr std::uint32_t descriptionWords = format::typeDescriptionSize;
-constexpr std::string_view typeNumberName = "Type Number";
-constexpr std::string_view numberSizeName = "Polygon Number, Size";
 
 bool pointsAt(const Reading& r, std::uint64_t word, GlobalHeaderKind kind) {
     const std::optional<GlobalHeader>& header = r.file.globalHeader(kind);
@@ -50,7 +49,7 @@ std::uint32_t packetTop(const Reading& r) {
         .value_or(shared.value_or(0));
 }
 
-/// Where the packets are said to begin, nothing less than all three marks makes a header.
+/// Two of the marks make a header; where the packets are said to begin, it takes all three.
 bool looksLikeHeader(const Reading& r, std::uint64_t offset) {
     return headerMarks(r, offset) >= (offset == packetTop(r) ? 3 : 2);
 }
@@ -92,9 +91,10 @@ std::uint32_t descriptionNumber(const Reading& r, std::uint32_t offset) {
 
 void checkNumberAndSize(Reading& r, std::uint32_t offset, std::uint32_t size) {
     const std::uint32_t word = r.at(offset);
-    r.checkBit31(offset, numberSizeName);
+    r.checkBit31(offset, word_name::polygonNumberSize);
     if ((word & format::largestSize) != size) {
-        r.report(finding::sizeDisagrees, offset, word & format::largestSize, size, numberSizeName);
+        r.report(finding::sizeDisagrees, offset, word & format::largestSize, size,
+                 word_name::polygonNumberSize);
     }
 }
 
@@ -111,7 +111,7 @@ void readDescriptions(Reading& r, PrimitiveHeader& header) {
         const bool sharedType = (description.type & type_code::shared) != 0;
         if (findPacketForm(description.type & ~type_code::first) == nullptr ||
             shared != sharedType) {
-            r.report(finding::unknownType, offset, description.type, {}, "Type");
+            r.report(finding::unknownType, offset, description.type, {}, word_name::type);
         }
         checkNumberAndSize(r, offset + 1, format::typeDescriptionRest);
         r.file.descriptions.push_back(description);
@@ -136,8 +136,6 @@ struct SharedSums {
     std::uint32_t numberWord = 0;  ///< of the header before; 0 when there is none
 };
 
-constexpr std::string_view vertexNumberName = "Shared Vertex Number";
-
 /// The offsets of a header go on where the header before ended. Two offsets that agree are right,
 /// and the number before them is wrong.
 void checkSharedVertices(Reading& r, const PrimitiveHeader& header, SharedSums& sums) {
@@ -148,11 +146,11 @@ void checkSharedVertices(Reading& r, const PrimitiveHeader& header, SharedSums& 
         header.vertices.source == header.vertices.destination) {
         const std::uint32_t found = r.at(before);
         const std::uint32_t real = found + header.vertices.source - sums.vertices;
-        r.checkCount(before, vertexNumberName, found, real);
+        r.checkCount(before, word_name::sharedVertexNumber, found, real);
         sums.vertices = header.vertices.source;
     }
-    checkRange(r, offset, header.vertices, sums.vertices, "Shared Vertex Offset(src)",
-               "Shared Vertex Offset(dst)");
+    checkRange(r, offset, header.vertices, sums.vertices, word_name::sharedVertexSource,
+               word_name::sharedVertexDestination);
     sums.vertices += header.vertices.number;
     sums.numberWord = offset;
 
@@ -162,23 +160,25 @@ void checkSharedVertices(Reading& r, const PrimitiveHeader& header, SharedSums& 
         normals = sums.normals;
     } else if (normals < sums.normals && before != 0) {
         const std::uint32_t found = r.at(before + 3);
-        r.checkCount(before + 3, "Shared Normal Number", found, found + normals - sums.normals);
+        r.checkCount(before + 3, word_name::sharedNormalNumber, found,
+                     found + normals - sums.normals);
     } else if (normals > sums.normals) {
         r.report(finding::normalsUnowned, offset + 4, normals - sums.normals);
     }
-    checkRange(r, offset + 3, header.normals, normals, "Shared Normal Offset(src)",
-               "Shared Normal Offset(dst)");
+    checkRange(r, offset + 3, header.normals, normals, word_name::sharedNormalSource,
+               word_name::sharedNormalDestination);
     sums.normals = normals + header.normals.number;
 }
 
 void readSharedVertices(Reading& r, PrimitiveHeader& header, SharedSums& sums) {
     const std::uint32_t offset = header.offset;
-    r.checkCount(offset + 2, typeNumberName, r.at(offset + 2) & ~bit31, 1);
+    r.checkCount(offset + 2, word_name::typeNumber, r.at(offset + 2) & ~bit31, 1);
     if ((r.at(offset + 3) & ~type_code::first) != type_code::sharedVertex) {
-        r.report(finding::unknownType, offset + 3, r.at(offset + 3), {}, "Type");
+        r.report(finding::unknownType, offset + 3, r.at(offset + 3), {}, word_name::type);
     }
     checkNumberAndSize(r, offset + 4, format::sharedVertexRest);
-    r.checkCount(offset + 4, numberSizeName, r.at(offset + 4) >> 16U & format::largestNumber, 0);
+    r.checkCount(offset + 4, word_name::polygonNumberSize,
+                 r.at(offset + 4) >> 16U & format::largestNumber, 0);
     header.vertices = {r.at(offset + 5), r.at(offset + 6), r.at(offset + 7)};
     header.normals = {r.at(offset + 8), r.at(offset + 9), r.at(offset + 10)};
     checkSharedVertices(r, header, sums);
@@ -199,18 +199,19 @@ void readHeader(Reading& r, SharedSums& sums) {
         independent ? GlobalHeaderKind::independent : GlobalHeaderKind::shared;
     if (const std::optional<GlobalHeader>& global = r.file.globalHeader(globalKind)) {
         r.checkOffset(header.offset + 1,
-                      independent ? "Independent Primitive Global Header Pointer"
-                                  : "Shared Primitive Global Header Pointer",
+                      independent ? word_name::independentPrimitiveGlobalHeaderPointer
+                                  : word_name::sharedPrimitiveGlobalHeaderPointer,
                       global->offset);
     } else {
         r.report(finding::offsetOutside, header.offset + 1, r.at(header.offset + 1), {},
                  "the global header pointer");
     }
-    r.checkBit31(header.offset + 2, typeNumberName);
+    r.checkBit31(header.offset + 2, word_name::typeNumber);
     if (vertices) {
         readSharedVertices(r, header, sums);
     } else {
-        r.checkCount(header.offset + 2, typeNumberName, r.at(header.offset + 2) & ~bit31, number);
+        r.checkCount(header.offset + 2, word_name::typeNumber, r.at(header.offset + 2) & ~bit31,
+                     number);
         readDescriptions(r, header);
     }
     r.file.primitiveHeaders.push_back(header);
@@ -229,7 +230,7 @@ void checkChain(Reading& r, std::size_t index) {
         return;
     }
     if (mayGoOn && next > header.offset) {
-        r.checkOffset(header.offset, "Next Primitive Pointer", headers[index + 1].offset);
+        r.checkOffset(header.offset, word_name::nextPrimitivePointer, headers[index + 1].offset);
     } else {
         r.checkChainEnd(header.offset);
     }
@@ -363,7 +364,7 @@ void checkPostBlock(Reading& r) {
         firstCoordinateBlock + static_cast<std::uint32_t>(r.file.coordinates.size());
     const std::vector<PrimitiveHeader>& headers = r.file.primitiveHeaders;
     const bool shared = coordinateHeaders(r.file) < headers.size();
-    r.checkOffset(place, "Post Primitive Top", shared ? headers.back().offset : 0);
+    r.checkOffset(place, word_name::postPrimitiveTop, shared ? headers.back().offset : 0);
 }
 
 /// Bit 23 marks the first type of the first header of the first coordinate with objects.
@@ -377,7 +378,7 @@ void checkFirstBit(Reading& r, std::optional<std::uint32_t> firstHeader, bool ce
             const bool marked = (r.at(offset) & type_code::first) != 0;
             if (first != marked && (certain || !first)) {
                 r.report(first ? finding::bit23Missing : finding::bit23Set, offset, r.at(offset),
-                         r.at(offset) ^ type_code::first, "Type");
+                         r.at(offset) ^ type_code::first, word_name::type);
             }
             if (header.kind == PrimitiveHeaderKind::sharedVertices) {
                 break;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "format/format.h"
+#include "vxb/word_names.h"
 
 namespace mqf2vxb::reading {
 
@@ -68,7 +69,7 @@ void Reading::checkChainEnd(std::uint32_t offset) {
         return;
     }
     const FindingKind& kind = found <= offset ? finding::chainLoops : finding::chainGoesOn;
-    report(kind, offset, found, format::endOfChain, "Next Primitive Pointer");
+    report(kind, offset, found, format::endOfChain, word_name::nextPrimitivePointer);
 }
 
 void Reading::checkCount(std::uint32_t offset, std::string_view word, std::uint32_t count,

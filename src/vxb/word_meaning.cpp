@@ -8,6 +8,7 @@
 #include "vxb/key_frame_decoder.h"
 #include "vxb/packet_decoder.h"
 #include "vxb/reading.h"
+#include "vxb/word_names.h"
 
 namespace mqf2vxb {
 namespace {
@@ -197,9 +198,9 @@ private:
         switch (region_.part) {
         case Part::fileHeader: return fileHeader();
         case Part::blockTable: return blockTable();
-        case Part::coordinateNumber: return count("Coordinate Number");
+        case Part::coordinateNumber: return count(word_name::coordinateNumber);
         case Part::coordinate: return coordinate();
-        case Part::globalHeaderNumber: return count("Primitive Global Header Number");
+        case Part::globalHeaderNumber: return count(word_name::primitiveGlobalHeaderNumber);
         case Part::globalHeader: return globalHeader();
         case Part::primitiveHeader: return primitiveHeader();
         case Part::packetGroup: return packets();
@@ -210,23 +211,24 @@ private:
         case Part::sharedNormals: return points("shared normal", true);
         case Part::calculatedNormals: return zeros("calculated normal");
         case Part::animationHeader:
-            offset("Next Primitive Pointer");
-            offset("Animation Primitive Global Header Pointer");
-            return count("Animation Type Number");
+            offset(word_name::nextPrimitivePointer);
+            offset(word_name::animationPrimitiveGlobalHeaderPointer);
+            return count(word_name::animationTypeNumber);
         case Part::motion:
-            word("Animation Type", "motion " + number(region_.index));
-            return word("Index Number, Size", numberAndSize(value(), "animated coordinates"));
+            word(word_name::animationType, "motion " + number(region_.index));
+            return word(word_name::indexNumberSize, numberAndSize(value(), "animated coordinates"));
         case Part::animatedCoordinate: return animatedCoordinate();
         case Part::keyFrameTypes: return keyFrameTypes();
         case Part::controlWords: return controlWords();
         case Part::keyFrames: return keyFrames();
         case Part::imageHeader:
-            offset("Next Primitive Pointer");
-            offset("Image Primitive Global Header Pointer");
-            return count("Type Number");
+            offset(word_name::nextPrimitivePointer);
+            offset(word_name::imagePrimitiveGlobalHeaderPointer);
+            return count(word_name::typeNumber);
         case Part::imageType:
-            word("Type", (value() & 1U) != 0 ? "images with lookup table" : "images without");
-            return word("Image Number, Size", numberAndSize(value(), "images"));
+            word(word_name::type,
+                 (value() & 1U) != 0 ? "images with lookup table" : "images without");
+            return word(word_name::imageNumberSize, numberAndSize(value(), "images"));
         case Part::imageEntry: return imageEntry();
         case Part::pixels: return imageData(false);
         case Part::cluts: return imageData(true);
@@ -237,20 +239,20 @@ private:
     void fileHeader() {
         word("ID", "");
         word("Flag", "");
-        offset("Primitive Global Header Top");
-        count("Block Number");
+        offset(word_name::primitiveGlobalHeaderTop);
+        count(word_name::blockNumber);
     }
 
     void blockTable() {
-        offset("Pre Primitive Top");
+        offset(word_name::prePrimitiveTop);
         for (std::size_t c = 0; c < file_.coordinates.size(); ++c) {
             offset("Coordinate" + std::to_string(c) + " Primitive Top");
         }
-        offset("Post Primitive Top");
+        offset(word_name::postPrimitiveTop);
     }
 
     void coordinate() {
-        word("Coordinate Top", "coordinate " + number(region_.index));
+        word(word_name::coordinateTop, "coordinate " + number(region_.index));
         for (const std::string_view name : {"m00, m01", "m02, m10", "m11, m12", "m20, m21"}) {
             word(name, signedHalves(value()));
         }
@@ -282,17 +284,17 @@ private:
     void primitiveHeader() {
         const PrimitiveHeader& header = file_.primitiveHeaders[region_.index];
         const bool independent = header.kind == PrimitiveHeaderKind::independent;
-        offset("Next Primitive Pointer");
-        offset(independent ? "Independent Primitive Global Header Pointer"
-                           : "Shared Primitive Global Header Pointer");
-        count("Type Number");
+        offset(word_name::nextPrimitivePointer);
+        offset(independent ? word_name::independentPrimitiveGlobalHeaderPointer
+                           : word_name::sharedPrimitiveGlobalHeaderPointer);
+        count(word_name::typeNumber);
         if (header.kind == PrimitiveHeaderKind::sharedVertices) {
-            word("Type", "shared vertices" + firstMark(value()));
-            word("Polygon Number, Size", numberAndSize(value(), "polygons"));
+            word(word_name::type, "shared vertices" + firstMark(value()));
+            word(word_name::polygonNumberSize, numberAndSize(value(), "polygons"));
             for (const std::string_view name :
-                 {"Shared Vertex Number", "Shared Vertex Offset(src)", "Shared Vertex Offset(dst)",
-                  "Shared Normal Number", "Shared Normal Offset(src)",
-                  "Shared Normal Offset(dst)"}) {
+                 {word_name::sharedVertexNumber, word_name::sharedVertexSource,
+                  word_name::sharedVertexDestination, word_name::sharedNormalNumber,
+                  word_name::sharedNormalSource, word_name::sharedNormalDestination}) {
                 word(name, number(value()));
             }
             return;
@@ -300,10 +302,12 @@ private:
         for (std::uint32_t i = 0; i < header.descriptionNum; ++i) {
             const TypeDescription& description = file_.descriptions[header.firstDescription + i];
             const bool strips = type_code::isStrip(description.type);
-            word("Type", formName(value()) + firstMark(value()));
-            word("Polygon Number, Size", numberAndSize(value(), strips ? "strips" : "polygons"));
-            word("Primitive Index", description.group ? "packet group " + number(*description.group)
-                                                      : "no packet group");
+            word(word_name::type, formName(value()) + firstMark(value()));
+            word(word_name::polygonNumberSize,
+                 numberAndSize(value(), strips ? "strips" : "polygons"));
+            word(word_name::primitiveIndex, description.group
+                                                ? "packet group " + number(*description.group)
+                                                : "no packet group");
         }
     }
 
@@ -361,10 +365,9 @@ private:
 
     void animatedCoordinate() {
         const AnimatedCoordinate& animated = file_.animation.coordinates[region_.index];
-        word("Coordinate Pointer Offset, Coordinate Offset",
-             "coordinate " + number(animated.coordinate));
-        word("Sequence Header Number, Size", numberAndSize(value(), "sequence headers"));
-        word("Sequence Pointer", "");
+        word(word_name::coordinateOffset, "coordinate " + number(animated.coordinate));
+        word(word_name::sequenceHeaderNumberSize, numberAndSize(value(), "sequence headers"));
+        word(word_name::sequencePointer, "");
         word("start step", animated.startStep == format::unresolvedSequence
                                ? "none"
                                : "step " + number(animated.startStep));
@@ -377,7 +380,7 @@ private:
     }
 
     void keyFrameTypes() {
-        count("Animation Packet Type Number");
+        count(word_name::animationPacketTypeNumber);
         for (std::uint32_t i = 0; next_ < region_.end(); ++i) {
             const KeyFrameForm* form = findKeyFrameForm(value());
             word("Animation Packet Type " + number(i),

@@ -1,6 +1,7 @@
 # Installs the project, and builds beside it a small project that uses the installed package: its
 # models are converted, and converted again exactly when one of their inputs changes.
-# Needs BUILD (the project's build folder), EXAMPLES (the sample models) and GENERATOR.
+# Needs BUILD (the project's build folder), EXAMPLES (the sample models), GENERATOR, and PAGES (whether
+# vxbtool can make pages).
 
 string(REPLACE " " "_" folder "${BUILD}/tests/cmake_package/${GENERATOR}")
 set(source "${folder}/source")
@@ -38,7 +39,7 @@ run(${CMAKE_COMMAND} --install "${BUILD}" --prefix "${folder}/installed")
 file(COPY "${CMAKE_CURRENT_LIST_DIR}/CMakeLists.txt" DESTINATION "${source}")
 file(COPY "${EXAMPLES}/" DESTINATION "${source}/the art")
 run(${CMAKE_COMMAND} -G ${GENERATOR} -S "${source}" -B "${folder}/build"
-    "-DCMAKE_PREFIX_PATH=${folder}/installed")
+    "-DCMAKE_PREFIX_PATH=${folder}/installed" "-DWITH_PAGES=${PAGES}")
 
 build()
 expect_converted(NO NO)
@@ -46,6 +47,17 @@ file(TOUCH "${source}/the art/plate.pxl")
 expect_converted(YES YES)
 file(TOUCH "${source}/the art/crawler_strips.bnd")
 expect_converted(NO YES)
+
+# A page follows its VXB file.
+if(PAGES)
+    foreach(model IN ITEMS crawler crawler_strips)
+        file(READ "${output}/${model}.html" page LIMIT 15)
+        if(NOT page STREQUAL "<!doctype html>" OR
+                "${output}/${model}.vxb" IS_NEWER_THAN "${output}/${model}.html")
+            message(FATAL_ERROR "${model}.html was not made after its VXB file")
+        endif()
+    endforeach()
+endif()
 
 # The model names another file, which counts from then on, and then the old one again.
 file(READ "${source}/the art/crawler.mqf" model)

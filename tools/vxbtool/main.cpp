@@ -20,17 +20,20 @@
 #include "vxbtool/convert/convert.h"
 #include "vxbtool/diff/diff.h"
 #include "vxbtool/dump/dump.h"
+#include "vxbtool/export/export.h"
 #include "vxbtool/finding_catalogue/finding_catalogue.h"
 #include "vxbtool/image/image.h"
 #include "vxbtool/import/import.h"
 #include "vxbtool/info/info.h"
 #include "vxbtool/lint/lint.h"
 #include "vxbtool/packet_forms/packet_form_tables.h"
+#include "vxbtool/render/render.h"
 #include "vxbtool/shared/closest.h"
 #include "vxbtool/shared/printable.h"
 #include "vxbtool/shared/session.h"
 #include "vxbtool/shared/text_output.h"
 #include "vxbtool/unpack/unpack.h"
+#include "vxbtool/view/view.h"
 
 namespace vxbtool {
 namespace {
@@ -38,12 +41,15 @@ namespace {
 constexpr const char* examples = R"(Examples:
   vxbtool convert car.mqf                 write car.vxb
   vxbtool convert --out-dir out *.mqf     convert many models, side by side
-  vxbtool lint car.mqf                    what in the model is probably unintended?
+  vxbtool lint car.mqf                    what in the model is surely not meant?
   vxbtool check car.vxb                   is the file sound?
   vxbtool info car.vxb                    what does it hold?
   vxbtool dump car.vxb                    what does each word say?
   vxbtool diff old.vxb new.vxb            what became of the model?
   vxbtool unpack car.vxb                  write the model that it was made of
+  vxbtool export car.vxb                  write car.glb for programs that show or edit models
+  vxbtool view --open car.vxb             a page to look at it from all sides
+  vxbtool render car.vxb -o car.png       what does it look like?
   vxbtool image brick.png                 make a PXL file of a picture
   vxbtool import car.glb                  write a model from another program's file
 
@@ -94,6 +100,9 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     addDump(app, session);
     addDiff(app, session);
     addUnpack(app, session);
+    addExport(app, session);
+    addView(app, session);
+    addRender(app, session);
     addImport(app, session);
     addImage(app, session);
     addCompletion(app, session);

@@ -125,11 +125,11 @@ Value valueOf(const CLI::Option& option) {
 /// The extensions of the files that a command reads.
 std::vector<std::string> extensionsOf(const CLI::App& command) {
     std::vector<std::string> extensions;
+    if (command.get_option_no_throw("--base") != nullptr) {  // where a model's files are
+        extensions.emplace_back("mqf");
+    }
     for (const CLI::Option* option : command.get_options()) {
         const std::string name = option->get_name(true);
-        if (name == "MODEL" || name == "OLD") {
-            extensions.emplace_back("mqf");
-        }
         if (name == "FILE" || name == "OLD") {
             extensions.emplace_back("vxb");
         }

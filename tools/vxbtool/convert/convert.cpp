@@ -181,7 +181,7 @@ void addConvert(CLI::App& app, Session& session) {
     option("--depfile", arguments->depfile, "FILE",
            "Write the inputs as a rule for Make and Ninja");
     option("--base", arguments->base, "DIR", "Open relative names in the model from this folder");
-    command->add_flag("--lint", arguments->lint, "Report what converts but is probably unintended");
+    command->add_flag("--lint", arguments->lint, "Report what converts but is surely not meant");
     addReportOptions(*command, arguments->report, lint::kinds);
     option("-j", arguments->threads, "N",
            "Convert this many models at a time (as many as there are processors)")

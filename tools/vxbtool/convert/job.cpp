@@ -48,7 +48,7 @@ void writeDepfile(const ConvertJob& job, const ModelFiles& inputs, StagedOutputs
         mqf2vxb::cannotOpen(job.depfile, mqf2vxb::Access::write, errno);
     }
     if (!file->write(text) || !file->close()) {
-        mqf2vxb::cannotWrite(job.depfile);
+        mqf2vxb::cannotWrite(job.depfile, errno);
     }
 }
 
@@ -115,7 +115,7 @@ std::vector<ReportedFinding> findingsOf(const mqf2vxb::Report& report, const Con
         try {
             again.make(job.model, job.options, sameFiles);
         } catch (const mqf2vxb::Report&) {
-            // It is the same as the one that is to be explained.
+            // Reading again fails with the report that is to be explained.
         }
     }
     return again.findings(report);
@@ -177,7 +177,7 @@ void tellFailure(const mqf2vxb::Report& report, const ConvertJob& job, const Con
     outcome.report = std::move(found);
 }
 
-/// Tells of a failure that nothing is known of but these words.
+/// Tells of a failure of which nothing more is known than these words.
 void tellFailure(std::string_view cause, const ConvertJob& job, ConvertOutcome& outcome) {
     ReportedFinding finding;
     finding.code = lint::kind::cannotConvert.code;

@@ -3,25 +3,18 @@
 #include <array>
 #include <cstdio>
 #include <exception>
-#include <filesystem>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
 
-#include "base/diagnostics.h"
-#include "vxb/vxb_reader.h"
 #include "vxbtool/diff/changes.h"
 #include "vxbtool/diff/compare.h"
-#include "vxbtool/shared/in_memory.h"
+#include "vxbtool/shared/any_model.h"
 #include "vxbtool/shared/json_output.h"
-#include "vxbtool/shared/model_files.h"
 #include "vxbtool/shared/printable.h"
-#include "vxbtool/shared/scale_option.h"
-#include "vxbtool/shared/vxb_input.h"
 
 namespace vxbtool {
 namespace {
@@ -45,47 +38,8 @@ struct DiffArguments {
     std::string after;
     bool json = false;
     bool all = false;
-    std::string scale = "1";
-    bool noImages = false;
-    std::string base;
+    AnyModelOptions models;
 };
-
-/// Trouble; what() has one line or more, without the last one's end.
-class Trouble : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
-
-VxbFile readModel(const std::string& name, const DiffArguments& arguments) {
-    mqf2vxb::RunOptions options;
-    options.scale = parseScale(arguments.scale);
-    options.imageOutput = !arguments.noImages;
-    ModelFiles files(arguments.base);
-    try {
-        return mqf2vxb::readVxb(convertInMemory(name, options, files));
-    } catch (const mqf2vxb::Report& report) {
-        throw Trouble(fmt::format("{}: {}\n{}", name, report.cause(), report.text()));
-    }
-}
-
-/// Reads one side; a model is told by its ending.
-VxbFile readSide(const std::string& name, const DiffArguments& arguments) {
-    if (std::filesystem::path(name).extension() == ".mqf") {
-        return readModel(name, arguments);
-    }
-    try {
-        return readVxbFile(name);
-    } catch (const UnreadableFile& error) {
-        throw Trouble(fmt::format("{}: the file cannot be read: {}", name, error.what()));
-    }
-}
-
-void checkSound(const std::string& name, const VxbFile& file) {
-    if (const std::size_t errors = file.findings.count(mqf2vxb::Severity::error); errors > 0) {
-        throw Trouble(fmt::format("{}: no sound VXB file: {}; \"vxbtool check {}\" tells more",
-                                  name, diff::counted(errors, "error", "errors"), name));
-    }
-}
 
 /// Bytes behind the last word are no part of the words.
 bool endsUneven(const VxbFile& file) {
@@ -144,12 +98,12 @@ void writeJson(const DiffArguments& arguments, const diff::Changes& changes, Jso
 }
 
 ExitStatus runDiff(const DiffArguments& arguments) {
-    const VxbFile before = readSide(arguments.before, arguments);
-    const VxbFile after = readSide(arguments.after, arguments);
+    const VxbFile before = readAnyModel(arguments.before, arguments.models);
+    const VxbFile after = readAnyModel(arguments.after, arguments.models);
     diff::Changes changes(arguments.all);
     if (before.words != after.words || endsUneven(before) || endsUneven(after)) {
-        checkSound(arguments.before, before);
-        checkSound(arguments.after, after);
+        requireSound(arguments.before, before);
+        requireSound(arguments.after, after);
         changes = changesOf(before, after, arguments.all);
     }
     TextOutput output(stdout);
@@ -188,9 +142,7 @@ void addDiff(CLI::App& app, Session& session) {
     option("NEW", arguments->after, "", "Another one")->required();
     command->add_flag("--json", arguments->json, "Print JSON");
     command->add_flag("--all", arguments->all, "Tell every difference by itself");
-    option("--scale", arguments->scale, "F", "Convert models with this factor");
-    command->add_flag("--no-images", arguments->noImages, "Convert models without their images");
-    option("--base", arguments->base, "DIR", "Open relative names in models from this folder");
+    addAnyModelOptions(*command, arguments->models);
     command->footer(diffExamples);
     command->callback([arguments, &session] { session.status = diffOrTrouble(*arguments); });
 }

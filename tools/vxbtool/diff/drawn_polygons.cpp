@@ -1,7 +1,6 @@
 #include "vxbtool/diff/drawn_polygons.h"
 
 #include <algorithm>
-#include <set>
 #include <span>
 
 #include <fmt/core.h>
@@ -46,9 +45,8 @@ std::uint64_t hashOf(std::string_view text) { return seededHash(text, hashSeed()
 
 }  // namespace
 
-DrawnPolygons::DrawnPolygons(const VxbFile& file) : file_(file) {
+DrawnPolygons::DrawnPolygons(const VxbFile& file) : file_(file), sharedOwners_(file) {
     nameOwners();
-    ownShared();
     std::size_t number = 0;
     for (const PacketGroup& group : file.packetGroups) {
         number += group.polygons;
@@ -61,17 +59,9 @@ DrawnPolygons::DrawnPolygons(const VxbFile& file) : file_(file) {
 }
 
 void DrawnPolygons::nameOwners() {
-    std::vector<std::set<std::uint32_t>> owners(file_.packetGroups.size());
-    for (const PrimitiveHeader& header : file_.primitiveHeaders) {
-        for (std::uint32_t i = 0; header.coordinate && i < header.descriptionNum; ++i) {
-            const TypeDescription& description = file_.descriptions[header.firstDescription + i];
-            if (description.group) {
-                owners[*description.group].insert(*header.coordinate);
-            }
-        }
-    }
+    const std::vector<std::vector<std::uint32_t>> owners = ownersOfGroups(file_);
     for (std::size_t group = 0; group < owners.size(); ++group) {
-        const std::set<std::uint32_t>& of = owners[group];
+        const std::vector<std::uint32_t>& of = owners[group];
         ownerNames_.push_back(
             file_.packetGroups[group].shared ? "shared polygons"
             : of.empty()
@@ -80,39 +70,12 @@ void DrawnPolygons::nameOwners() {
     }
 }
 
-void DrawnPolygons::ownShared() {
-    coordinateOfShared_.resize(file_.vertices.shared.number);
-    for (const PrimitiveHeader& header : file_.primitiveHeaders) {
-        if (header.kind != PrimitiveHeaderKind::sharedVertices || !header.coordinate) {
-            continue;
-        }
-        const std::uint64_t end = std::uint64_t{header.vertices.source} + header.vertices.number;
-        for (std::uint64_t i = header.vertices.source; i < end && i < coordinateOfShared_.size();
-             ++i) {
-            coordinateOfShared_[i] = *header.coordinate;
-        }
-    }
-}
-
-std::optional<Point> DrawnPolygons::point(const PointSection& section, bool shared,
-                                          std::uint32_t index) const {
-    if (!shared && index < section.independent.number) {
-        return file_.point(section.independent, index);
-    }
-    // Independent polygons count on into the shared block.
-    const std::uint32_t inShared = shared ? index : index - section.independent.number;
-    if (inShared < section.shared.number) {
-        return file_.point(section.shared, inShared);
-    }
-    return std::nullopt;
-}
-
 std::optional<Point> DrawnPolygons::vertex(const DrawnPolygon& polygon, std::uint32_t index) const {
-    return point(file_.vertices, isShared(polygon), index);
+    return packetPoint(file_, file_.vertices, isShared(polygon), index);
 }
 
 std::optional<Point> DrawnPolygons::normal(const DrawnPolygon& polygon, std::uint32_t index) const {
-    return point(file_.normals, isShared(polygon), index);
+    return packetPoint(file_, file_.normals, isShared(polygon), index);
 }
 
 std::string DrawnPolygons::formOf(const DrawnPolygon& polygon) const {
@@ -208,8 +171,9 @@ std::uint64_t DrawnPolygons::placeOf(const DrawnPolygon& polygon, std::uint32_t 
         return number | index;
     }
     // Shared polygons have each vertex in the space of its own coordinate.
-    const std::uint64_t owner =
-        isShared(polygon) && index < coordinateOfShared_.size() ? coordinateOfShared_[index] : 0;
+    const std::uint64_t owner = isShared(polygon) && index < sharedOwners_.vertices.size()
+                                    ? sharedOwners_.vertices[index].value_or(0)
+                                    : 0;
     return owner << ownerBit | std::uint64_t{static_cast<std::uint16_t>(point->x)} << 32U |
            std::uint64_t{static_cast<std::uint16_t>(point->y)} << 16U |
            static_cast<std::uint16_t>(point->z);

@@ -9,6 +9,7 @@
 
 #include "vxb/packet_decoder.h"
 #include "vxb/vxb_file.h"
+#include "vxbtool/shared/packet_owners.h"
 
 namespace vxbtool::diff {
 
@@ -67,14 +68,11 @@ public:
 
 private:
     void nameOwners();
-    void ownShared();
     void add(std::uint32_t group, const mqf2vxb::PacketPolygon& packet);
-    [[nodiscard]] std::optional<mqf2vxb::Point> point(const mqf2vxb::PointSection& section,
-                                                      bool shared, std::uint32_t index) const;
 
     const mqf2vxb::VxbFile& file_;
-    std::vector<std::string> ownerNames_;            // by packet group
-    std::vector<std::uint32_t> coordinateOfShared_;  // by shared vertex
+    SharedOwners sharedOwners_;
+    std::vector<std::string> ownerNames_;  // by packet group
     std::vector<DrawnPolygon> polygons_;
 };
 

@@ -67,6 +67,27 @@ public:
     /// Words of key frames that no step names.
     [[nodiscard]] const std::vector<std::uint32_t>& unused() const { return unused_; }
 
+    /// The steps in front of those that the motions name, each by what it says: a key frame by its
+    /// words, wherever they stand.
+    [[nodiscard]] std::vector<std::vector<std::uint32_t>> unnamed() const {
+        std::uint32_t end = animation_.controlNum;
+        for (const StepRange& range : ranges_) {
+            end = std::min(end, range.first);
+        }
+        std::vector<std::vector<std::uint32_t>> steps;
+        for (std::uint32_t step = 0; step < end; ++step) {
+            const ControlWord control = controlWord(word(step));
+            if (control.kind == ControlKind::keyFrame) {
+                const std::span<const std::uint32_t> frame = keyFrame(control);
+                steps.push_back({control.frameNumber, type(control)});
+                steps.back().insert(steps.back().end(), frame.begin(), frame.end());
+            } else {
+                steps.push_back({word(step)});
+            }
+        }
+        return steps;
+    }
+
 private:
     const VxbFile& file_;
     const Animation& animation_;
@@ -342,6 +363,13 @@ void compareMotions(const VxbFile& before, const VxbFile& after, Changes& change
         changes.add(ChangeKind::motionTypes, "motions",
                     fmt::format("types of key frames: {} -> {}", motionsBefore.types().size(),
                                 motionsAfter.types().size()));
+    }
+    const auto unnamedBefore = motionsBefore.unnamed();
+    const auto unnamedAfter = motionsAfter.unnamed();
+    if (unnamedBefore != unnamedAfter) {
+        changes.add(ChangeKind::words, "motions",
+                    fmt::format("steps that no motion names: {} became {}", unnamedBefore.size(),
+                                unnamedAfter.size()));
     }
     if (motionsBefore.unused() != motionsAfter.unused()) {
         changes.add(ChangeKind::words, "motions",

@@ -9,7 +9,7 @@
 
 namespace vxbtool::lint {
 
-/// Lines of the MQF file, of those behind its ID line, that do nothing.
+/// Lines of the MQF file, behind its ID line, that have no effect.
 void checkDescription(const TracedFile& mqf, std::span<const TracedLine> lines, Findings& findings);
 
 /// Where the lines stand that name the images of `count` slots.

@@ -16,7 +16,7 @@ namespace vxbtool {
 namespace {
 
 constexpr const char* lintExamples = R"(Examples:
-  vxbtool lint car.mqf                      report what is probably unintended
+  vxbtool lint car.mqf                      report what is surely not meant
   vxbtool lint --scale 16 car.mqf           will the model wrap at this scale?
   vxbtool lint --werror -W L012 *.mqf       fail on any finding but one kind
   vxbtool lint --json car.mqf > lint.json   report for another program)";
@@ -56,7 +56,7 @@ FileReport lintReport(const std::string& model, std::vector<ReportedFinding> fin
 }
 
 void addLint(CLI::App& app, Session& session) {
-    CLI::App* command = app.add_subcommand("lint", "Find what converts but is probably unintended");
+    CLI::App* command = app.add_subcommand("lint", "Find what converts but is surely not meant");
     const auto arguments = std::make_shared<LintArguments>();
     command->add_option("MODEL", arguments->models, "The model files (.mqf)")
         ->option_text("...")

@@ -8,9 +8,9 @@
 
 namespace vxbtool::lint {
 
-/// Everything that converts in this model at this scale but is probably unintended. A model that does
-/// not convert has that as its first finding, an error, and beside it only what its text shows when
-/// the conversion ended before the tables were final.
+/// Everything that converts in this model at this scale but is surely not meant. When the model
+/// does not convert, the first finding is that error; when the conversion ended before the tables were
+/// final, the only other findings are those that the text of the files shows.
 std::vector<ReportedFinding> lintModel(const std::string& mqfName, float scale,
                                        mqf2vxb::InputFiles& files);
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "vxbtool/lint/model_checks.h"
+#include "vxbtool/shared/quadrangle.h"
 
 namespace vxbtool::lint {
 namespace {
@@ -127,14 +128,6 @@ private:
         return places_[face.vertices[corner]];
     }
 
-    /// The normals of a quadrangle's two triangles, as a strip has them.
-    [[nodiscard]] std::array<Vector, 2> halves(const Face& face) const {
-        const Vector& b = place(face, 1);
-        const Vector& c = place(face, 2);
-        const Vector& d = place(face, 3);
-        return {cross(b - place(face, 0), c - place(face, 0)), cross(d - b, c - b)};
-    }
-
     void checkQuadrangles() {
         std::size_t strips = 0;
         std::size_t around = 0;
@@ -142,8 +135,12 @@ private:
             if (face.corners != 4) {
                 continue;
             }
-            const auto [first, second] = halves(face);
-            const double agreement = cosine(first, second);
+            std::array<QuadranglePoint, 4> corners{};
+            for (std::size_t k = 0; k < corners.size(); ++k) {
+                const Vector& corner = place(face, k);
+                corners[k] = {corner.x, corner.y, corner.z};
+            }
+            const double agreement = agreementOfHalves(corners);
             face.known = agreement != 0;
             face.around = agreement < 0;
             strips += face.known && !face.around ? 1 : 0;
@@ -277,8 +274,8 @@ private:
         }
     }
 
-    /// Faces that run the other way around than most of those that they are connected with by edges
-    /// that two faces have.
+    /// Faces whose corners run the other way around than those of most faces that they are connected
+    /// with, where the connections are edges of exactly two faces.
     void checkWinding() {
         const std::vector<std::array<Edge, 2>> shared = sharedEdges();
         std::vector<std::vector<std::pair<std::uint32_t, bool>>> neighbours(faces_.size());

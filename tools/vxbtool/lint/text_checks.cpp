@@ -19,7 +19,7 @@ std::string_view trimmed(std::string_view text) {
                : text.substr(first, text.find_last_not_of(blanks) + 1 - first);
 }
 
-/// A comment at the end of a line is read by nobody either, but is not missed.
+/// A comment at the end of a line is skipped like other words there, but its author knows that.
 bool isMissed(std::string_view rest) { return !rest.empty() && rest.front() != '#'; }
 
 void checkLine(const TracedFile& file, const TracedLine& line, Findings& findings) {
@@ -38,7 +38,7 @@ void checkLine(const TracedFile& file, const TracedLine& line, Findings& finding
     }
 }
 
-/// A line of a motion file that only its first word is read of: a label or the target.
+/// A line of a motion file of which only the first word is read: a label or the target.
 void checkWordLine(const TracedFile& file, const TracedLine& line, Findings& findings) {
     std::string_view rest = line.text;
     mqf2vxb::scanWord(rest);

@@ -21,7 +21,7 @@ struct Extent {
 };
 
 /// What the second header word of a block says of its size. The converter only copies that word, so
-/// that it counts only when it agrees with the words of data.
+/// it is believed only when it agrees with the words of data.
 std::optional<Extent> extentOf(const PxlBlock& block) {
     const std::uint32_t word = block.header[1];
     const Extent extent{word & 0xFFFFU, word >> 16U};

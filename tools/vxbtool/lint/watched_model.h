@@ -27,7 +27,7 @@ public:
 
     [[nodiscard]] const mqf2vxb::Model& model() const { return model_; }
     [[nodiscard]] const Trace& trace() const { return trace_; }
-    /// Everything that converts but is probably unintended, as far as make() got.
+    /// Everything that converts but is surely not meant, as far as make() got.
     [[nodiscard]] std::vector<ReportedFinding> findings() const { return findingsOf(nullptr); }
     /// The same of a model that failed with this report, here or while it was written: the causes of
     /// that too, as errors, and causes in other files that would be next.

@@ -90,7 +90,7 @@ void TextFile::comment(std::string_view text) {
 
 void TextFile::flush() {
     if (!file_->write(buffer_)) {
-        mqf2vxb::cannotWrite(name_);
+        mqf2vxb::cannotWrite(name_, errno);
     }
     buffer_.clear();
 }
@@ -98,7 +98,7 @@ void TextFile::flush() {
 void TextFile::close() {
     flush();
     if (!file_->close()) {
-        mqf2vxb::cannotWrite(name_);
+        mqf2vxb::cannotWrite(name_, errno);
     }
 }
 

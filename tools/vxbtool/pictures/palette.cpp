@@ -19,7 +19,7 @@ constexpr std::uint16_t componentMask = 0x1F;
 constexpr unsigned componentBits = 5;
 
 /// How near 16 colours have to come to a picture so that it does not get 256, in decibels.
-constexpr double nearEnough = 34;
+constexpr double nearEnough = 36;
 
 using Values = std::vector<std::uint16_t>;
 
@@ -37,8 +37,7 @@ Values valuesOf(const Picture& picture, bool marked) {
 /// The different values, ascending: the one that is not drawn comes first.
 Values different(Values values) {
     std::ranges::sort(values);
-    const auto rest = std::ranges::unique(values);
-    values.erase(rest.begin(), rest.end());
+    values.erase(std::unique(values.begin(), values.end()), values.end());
     return values;
 }
 

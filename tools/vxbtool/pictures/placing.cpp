@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <compare>
 #include <map>
 #include <numeric>
 #include <tuple>
@@ -70,14 +71,18 @@ Item itemOf(const WantedTexture& wanted, std::uint32_t largest) {
             {}};
 }
 
-/// Makes a texture smaller; false when it is as small as it gets. One that was free to have 16
-/// colours gets them before its table of 256 costs more than its texels.
+/// Makes a texture smaller; false when it is as small as it gets. One whose colours are free to choose
+/// gets 16 first, unless they would show or its table is small beside its texels.
 bool shrink(Item& item) {
     const ReducedPicture& picture = item.picture;
-    if (item.wanted->reduction.colours == Colours::automatic && picture.depth != 4 &&
-        std::size_t{picture.width} * picture.height <= 4 * std::size_t{256}) {
-        item.picture = sized(*item.wanted, picture.width, picture.height, Colours::sixteen);
-        return true;
+    if (item.wanted->reduction.colours == Colours::automatic && picture.depth != 4) {
+        constexpr double bearable = 30;
+        constexpr std::size_t smallPicture = 4 * std::size_t{256};
+        ReducedPicture few = sized(*item.wanted, picture.width, picture.height, Colours::sixteen);
+        if (few.psnr >= bearable || few.texels.size() <= smallPicture) {
+            item.picture = std::move(few);
+            return true;
+        }
     }
     const auto half = [](std::uint32_t side) {
         return side > shortestSide ? std::max(shortestSide, (side + 1) / 2) : side;
@@ -216,7 +221,7 @@ struct WantedOrder {
                               wanted.reduction.marked);
         };
         const auto order = rest(*a) <=> rest(*b);
-        return order == 0 ? a->picture.texels < b->picture.texels : order < 0;
+        return std::is_eq(order) ? a->picture.texels < b->picture.texels : std::is_lt(order);
     }
 };
 

@@ -65,12 +65,13 @@ struct Placing {
 };
 
 /// Makes a texture of each wanted picture, equal ones once, and finds them places in which no two
-/// meet and none leaves the 256 x 256 texels of its page. When memory is full, the sizes of the
-/// largest are halved until all fit; when they never do, PictureFault is thrown.
+/// meet and none leaves the 256 x 256 texels of its page. When memory is full, the largest get 16
+/// colours, where their number is free and these come within 30 decibels, and are halved in size, until all
+/// fit; when they never do, PictureFault is thrown.
 Placing place(std::span<const WantedTexture> wanted, const PlacingOptions& options);
 
 /// "64 x 32 texels of 4 bits (16 colours) at 640, 0; colour table at 640, 511; 34.5 dB": a line for
 /// people, and the comment of the texture's line in the MQF file.
-std::string describe(const PlacedTexture& texture);
+std::string describe(const PlacedTexture& placed);
 
 }  // namespace vxbtool::pictures

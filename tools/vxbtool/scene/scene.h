@@ -27,11 +27,11 @@ struct Picture {
     bool cutOut = false;       ///< whether a texel is not drawn
     /// No image lies there: a checker stands for it.
     bool missing = false;
-    std::uint32_t depth = 0;  ///< bits of a texel
-    std::uint32_t page = 0;   ///< the packets' page field without the flag bits
+    std::uint32_t depth = 0;              ///< bits of a texel
+    std::uint32_t page = 0;               ///< the packets' page field without the flag bits
     std::optional<std::uint32_t> clut;    ///< the CLUT field; none at 16 bits
     std::optional<std::uint32_t> window;  ///< the window word of pictures that repeat
-    std::uint32_t x = 0;  ///< its first texel, counted from the page's first
+    std::uint32_t x = 0;                  ///< its first texel, counted from the page's first
     std::uint32_t y = 0;
     std::vector<std::uint32_t> images;  ///< the images that it was found in, ascending
 };
@@ -47,18 +47,19 @@ struct Look {
     bool smooth = false;  ///< normals for each corner
     Blend blend = Blend::opaque;
     std::optional<std::uint32_t> picture;  ///< index into Scene::pictures
-    bool repeats = false;                  ///< the picture repeats over texel coordinates beyond it
+    bool repeats = false;                  ///< a window: the picture repeats beyond its edges
 
     bool operator==(const Look&) const = default;
 };
 
 struct Corner {
     Vector3 place{};   ///< in the space of the corner's coordinate, in units
-    Vector3 normal{};  ///< of length 1 or nearly; all 0 where the packet has none
+    Vector3 normal{};  ///< of length 1, in the same space; all 0 where the packet has none
     std::array<std::uint8_t, 3> colour{128, 128, 128};  ///< of the colour word; 128 keeps a texture
     /// The middle of the corner's texel, in texels of the picture: texel 0 is 0.5.
     std::array<float, 2> texel{};
-    std::uint32_t vertex = 0;      ///< its number among the file's vertices of its block
+    /// Its number among the file's vertices: the shared ones count behind the independent ones.
+    std::uint32_t vertex = 0;
     std::uint32_t coordinate = 0;  ///< of shared polygons, whose corner moves with it; else 0
 };
 
@@ -74,8 +75,9 @@ struct Polygon {
 
 /// Polygons that stand together in Scene::polygons and are drawn by the same coordinates.
 struct Body {
-    std::vector<std::uint32_t> coordinates;  ///< who draws it, ascending; empty: drawn at the origin
-    bool shared = false;                     ///< each corner moves with a coordinate of its own
+    std::vector<std::uint32_t>
+        coordinates;      ///< who draws it, ascending; empty: drawn at the origin
+    bool shared = false;  ///< each corner moves with a coordinate of its own
     std::uint32_t firstPolygon = 0;
     std::uint32_t polygonNum = 0;
 };
@@ -106,9 +108,11 @@ struct Key {
 /// step that comes again.
 struct Track {
     std::uint32_t coordinate = 0;
-    std::vector<Key> keys;  ///< in ascending order of their frames
-    bool loops = false;     ///< it ended with a step that comes again
-    double frames = 0;      ///< the length of one round
+    /// In ascending order of their frames. Of several at one frame each sets its parts.
+    std::vector<Key> keys;
+    bool loops = false;   ///< it ended with a step that comes again
+    double loopFrom = 0;  ///< the frame of that step: further rounds begin there
+    double frames = 0;    ///< up to the end, or up to the step that comes again
 };
 
 struct Motion {

@@ -4,7 +4,6 @@
 #include <array>
 #include <cstdint>
 #include <map>
-#include <unordered_map>
 #include <utility>
 
 #include <fmt/core.h>
@@ -19,51 +18,45 @@ using namespace mqf2vxb;
 
 constexpr std::size_t depthNum = DepthSet().size();
 
-/// Which images cover a place of image memory. Images may lie over each other; the time to look up
-/// all of one place is that of its images.
-class ImageMap {
+/// The places of image memory that texels of one depth lie at. Sums over the rectangles from the first
+/// column and line tell in one step whether an image holds one, however many images overlap.
+class TexelPlaces {
 public:
-    explicit ImageMap(const std::vector<Image>& images) {
-        for (std::uint32_t i = 0; i < images.size(); ++i) {
-            const ImageBlock& block = images[i].pixels;
-            // Without a size the first column and line are all that is known.
-            const std::uint32_t width = block.sized() ? block.width : 1;
-            const std::uint32_t height = block.sized() ? block.height : 1;
-            for (std::uint32_t line = 0; line < height; ++line) {
-                spansOf_[block.y + line].push_back({block.x, block.x + width, i});
+    void add(std::uint32_t x, std::uint32_t y) {
+        sums_.resize(std::size_t{width} * width);
+        sums_[index(x % side + 1, y % side + 1)] = 1;
+    }
+
+    /// To be called once, when all places are added.
+    void sumUp() {
+        for (std::uint32_t y = 1; y < width && !sums_.empty(); ++y) {
+            std::uint32_t line = 0;
+            for (std::uint32_t x = 1; x < width; ++x) {
+                line += sums_[index(x, y)];
+                sums_[index(x, y)] = sums_[index(x, y - 1)] + line;
             }
-        }
-        for (auto& [line, spans] : spansOf_) {
-            std::sort(spans.begin(), spans.end(),
-                      [](const Span& a, const Span& b) { return a.begin < b.begin; });
         }
     }
 
-    template <class Visit>
-    void at(std::uint32_t x, std::uint32_t y, Visit visit) const {
-        const auto found = spansOf_.find(y);
-        if (found == spansOf_.end()) {
-            return;
-        }
-        for (const Span& span : found->second) {
-            if (span.begin > x) {
-                return;
-            }
-            if (x < span.end) {
-                visit(span.image);
-            }
-        }
+    /// Whether one of the places lies in the block.
+    [[nodiscard]] bool anyIn(const ImageBlock& block) const {
+        // Without a size the first column and line are all that is known.
+        const std::uint32_t right = std::min(block.x + (block.sized() ? block.width : 1), side);
+        const std::uint32_t bottom = std::min(block.y + (block.sized() ? block.height : 1), side);
+        return !sums_.empty() && block.x < right && block.y < bottom &&
+               sums_[index(right, bottom)] + sums_[index(block.x, block.y)] !=
+                   sums_[index(block.x, bottom)] + sums_[index(right, block.y)];
     }
 
 private:
-    /// Columns of one line that an image covers.
-    struct Span {
-        std::uint32_t begin;
-        std::uint32_t end;
-        std::uint32_t image;
-    };
+    static constexpr std::uint32_t side = 1024;  // columns, and lines
+    static constexpr std::uint32_t width = side + 1;
 
-    std::unordered_map<std::uint32_t, std::vector<Span>> spansOf_;  // by line
+    static std::size_t index(std::uint32_t x, std::uint32_t y) {
+        return std::size_t{y} * width + x;
+    }
+
+    std::vector<std::uint32_t> sums_;  // empty without places
 };
 
 /// A place in a page.
@@ -86,22 +79,8 @@ Texel texelOf(const PacketPolygon& polygon, std::uint32_t field) {
 
 std::vector<DepthSet> imageDepths(const VxbFile& file) {
     std::vector<DepthSet> depths(file.images.size());
-    const ImageMap map(file.images);
-    // Each place is looked up once for each depth, whatever number of packets lead there.
-    constexpr std::size_t columns = 1024;
-    constexpr std::size_t lines = 1024;
-    std::array<std::vector<bool>, depthNum> seen;
+    std::array<TexelPlaces, depthNum> places;                           // by mode
     std::map<std::pair<std::uint32_t, std::uint32_t>, DepthSet> pages;  // by column and line
-    const auto mark = [&](const TexturePage& page, const Texel& texel) {
-        const std::uint32_t x = (page.x + texel.u * page.depth() / 16) % columns;
-        const std::uint32_t y = (page.y + texel.v) % lines;
-        std::vector<bool>& places = seen[page.mode];
-        places.resize(columns * lines);
-        if (!places[y * columns + x]) {
-            places[y * columns + x] = true;
-            map.at(x, y, [&](std::uint32_t image) { depths[image].set(page.mode); });
-        }
-    };
     for (const PacketGroup& group : file.packetGroups) {
         if (file.images.empty() || group.form == nullptr || !group.form->textured) {
             continue;
@@ -113,14 +92,21 @@ std::vector<DepthSet> imageDepths(const VxbFile& file) {
             }
             for (std::size_t corner = 0; page.depth() > 0 && corner < polygon.corners(); ++corner) {
                 if (const Field field = cornerField(Field::T0, corner); polygon.has(field)) {
-                    mark(page, texelOf(polygon, polygon[field]));
+                    const Texel texel = texelOf(polygon, polygon[field]);
+                    places[page.mode].add(page.x + texel.u * page.depth() / 16, page.y + texel.v);
                 }
             }
         });
     }
+    for (TexelPlaces& ofMode : places) {
+        ofMode.sumUp();
+    }
     // Texels may lie beside the image that was meant, but not outside its page.
     for (std::size_t i = 0; i < depths.size(); ++i) {
         const ImageBlock& pixels = file.images[i].pixels;
+        for (std::size_t mode = 0; mode < depthNum; ++mode) {
+            depths[i][mode] = places[mode].anyIn(pixels);
+        }
         const TexturePage page = texturePage(pageField({pixels.x, pixels.y, 0, 0}));
         if (depths[i].none()) {
             depths[i] = pages[{page.x, page.y}];

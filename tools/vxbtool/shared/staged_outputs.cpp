@@ -89,7 +89,7 @@ std::unique_ptr<mqf2vxb::OutputFile> StagedOutputs::create(const std::string& na
         }
     }
     const fs::path target = mqf2vxb::finalTarget(name);
-    // Nobody else reads what will replace a file that nobody else may read, not even in between.
+    // A file that only its owner may read must not be readable by others while its successor is made.
     constexpr mode_t ownerOnly = 0600;
     constexpr mode_t everybody = 0666;
     const TemporaryFiles::Created temporary =
@@ -113,10 +113,24 @@ void StagedOutputs::commit() {
     while (!staged_.empty()) {
         const Staged& file = staged_.back();
         if (!temporaryFiles_.rename(file.temporary, file.target)) {
-            mqf2vxb::cannotWrite(file.name);
+            mqf2vxb::cannotWrite(file.name, errno);
         }
         staged_.pop_back();
     }
+}
+
+void writeOutput(const std::string& name, std::string_view bytes) {
+    TemporaryFiles temporaryFiles;
+    const SignalWatch signalWatch(temporaryFiles);
+    StagedOutputs outputs(temporaryFiles);
+    const std::unique_ptr<mqf2vxb::OutputFile> file = outputs.create(name);
+    if (!file) {
+        mqf2vxb::cannotOpen(name, mqf2vxb::Access::write, errno);
+    }
+    if (!file->write(bytes) || !file->close()) {
+        mqf2vxb::cannotWrite(name);
+    }
+    outputs.commit();
 }
 
 }  // namespace vxbtool

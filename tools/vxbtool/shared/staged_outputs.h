@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "files/disk_files.h"
@@ -37,5 +38,8 @@ private:
     TemporaryFiles& temporaryFiles_;
     std::vector<Staged> staged_;
 };
+
+/// Writes the only output of a command. A Report tells when that fails.
+void writeOutput(const std::string& name, std::string_view bytes);
 
 }  // namespace vxbtool

@@ -4,6 +4,8 @@
 #include <iterator>
 #include <system_error>
 
+#include "vxbtool/shared/printable.h"
+
 namespace vxbtool {
 namespace {
 
@@ -49,5 +51,7 @@ void printText(std::string_view text) {
     output.put(text);
     output.finish();
 }
+
+void printError(std::string_view text) { fmt::print(stderr, "{}\n", printableLines(text)); }
 
 }  // namespace vxbtool

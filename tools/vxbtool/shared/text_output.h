@@ -34,4 +34,7 @@ private:
 /// Prints a whole text on standard output. What cannot be written is an exception.
 void printText(std::string_view text);
 
+/// Prints a text for people on standard error, with its last line's end and without control characters.
+void printError(std::string_view text);
+
 }  // namespace vxbtool

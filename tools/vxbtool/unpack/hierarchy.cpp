@@ -2,10 +2,13 @@
 
 #include <algorithm>
 #include <map>
+#include <utility>
 
 #include <fmt/core.h>
 
+#include "base/diagnostics.h"
 #include "format/format.h"
+#include "text/token_reader.h"
 #include "vxbtool/model_text/shortest_fixed.h"
 
 namespace vxbtool::unpack {
@@ -34,18 +37,46 @@ bool hasObjects(const VxbFile& file, std::size_t coordinate) {
     return file.words[firstBlock + coordinate] != 0;
 }
 
-/// The vertices by the entry that stands at one place of their lists.
-std::map<std::uint32_t, std::vector<std::uint32_t>>
-verticesByEntry(const Owners& owners, std::uint32_t vertices, std::size_t place) {
-    std::map<std::uint32_t, std::vector<std::uint32_t>> result;
-    for (std::uint32_t v = 0; v < vertices; ++v) {
-        const std::uint32_t list = owners.listOf(v);
-        if (list != Owners::none && owners.lists()[list].size() > place) {
-            result[owners.lists()[list][place]].push_back(v);
+/// The lists of the vertices, entry by entry.
+class ListEntries {
+public:
+    explicit ListEntries(const VxbFile& file, const Owners& owners) : owners_(owners) {
+        const std::uint32_t vertices =
+            file.vertices.independent.number + file.vertices.shared.number;
+        std::size_t named = 0;
+        for (std::uint32_t v = 0; v < vertices; ++v) {
+            if (owners.listOf(v) != Owners::none) {
+                open_.push_back(v);
+                named += listOf(v).size();
+                longest_ = std::max(longest_, listOf(v).size());
+            }
+        }
+        if (std::cmp_greater(named, mqf2vxb::mostNamedVertices)) {
+            mqf2vxb::notCorrectData({"the unpacked hierarchy"},
+                                    "it would name more than 16777216 vertices");
         }
     }
-    return result;
-}
+
+    [[nodiscard]] std::size_t longest() const { return longest_; }
+    /// The vertices by the entry at this place of their lists. To be called for each place in turn.
+    [[nodiscard]] std::map<std::uint32_t, std::vector<std::uint32_t>> at(std::size_t place) {
+        std::erase_if(open_, [&](std::uint32_t v) { return listOf(v).size() <= place; });
+        std::map<std::uint32_t, std::vector<std::uint32_t>> result;
+        for (const std::uint32_t v : open_) {
+            result[listOf(v)[place]].push_back(v);
+        }
+        return result;
+    }
+
+private:
+    [[nodiscard]] const std::vector<std::uint32_t>& listOf(std::uint32_t vertex) const {
+        return owners_.lists()[owners_.listOf(vertex)];
+    }
+
+    const Owners& owners_;
+    std::vector<std::uint32_t> open_;  // vertices whose lists go on
+    std::size_t longest_ = 1;
+};
 
 }  // namespace
 
@@ -81,26 +112,20 @@ model_text::Hierarchy unpackHierarchy(const VxbFile& file, const Owners& owners)
                                                     : fmt::format("coordinate {}, a root", c)});
     }
 
-    const std::uint32_t vertices = file.vertices.independent.number + file.vertices.shared.number;
-    std::size_t longest = 1;
-    for (std::uint32_t v = 0; v < vertices; ++v) {
-        if (owners.listOf(v) != Owners::none) {
-            longest = std::max(longest, owners.lists()[owners.listOf(v)].size());
-        }
-    }
+    ListEntries entries(file, owners);
     // A vertex of several coordinates has them in the order of the lines that name it.
-    for (std::size_t place = 0; place < longest; ++place) {
-        auto byEntry = verticesByEntry(owners, vertices, place);
-        for (std::uint32_t c = 0; c < file.coordinates.size(); ++c) {
-            const auto found = byEntry.find(c);
-            // What no line names is in coordinate 0, whether that has objects or not.
-            if (hasObjects(file, c) && (place == 0 || found != byEntry.end())) {
-                hierarchy.assignments.push_back({c, found != byEntry.end()
-                                                        ? std::move(found->second)
-                                                        : std::vector<std::uint32_t>{}});
+    for (std::size_t place = 0; place < entries.longest(); ++place) {
+        auto byEntry = entries.at(place);
+        // What no line names is in coordinate 0, whether that has objects or not.
+        for (std::uint32_t c = 0; place == 0 && c < file.coordinates.size(); ++c) {
+            byEntry[c];
+        }
+        for (auto& [c, vertices] : byEntry) {
+            if (c < file.coordinates.size() && hasObjects(file, c)) {
+                hierarchy.assignments.push_back({c, std::move(vertices)});
             }
         }
-        if (place == 0 && longest > 1) {
+        if (place == 0 && entries.longest() > 1) {
             hierarchy.assignmentNotes.push_back(
                 {hierarchy.assignments.size(), "further coordinates of the same vertices"});
         }

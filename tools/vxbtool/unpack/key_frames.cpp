@@ -1,62 +1,17 @@
 #include "vxbtool/unpack/key_frames.h"
 
 #include <algorithm>
-#include <array>
-#include <cmath>
 #include <map>
-#include <optional>
 #include <set>
 
-#include "format/key_frame_forms.h"
+#include "vxbtool/unpack/key_frame_words.h"
+#include "vxbtool/unpack/shown_key_frames.h"
 
 namespace vxbtool::unpack {
 namespace {
 
-using mqf2vxb::ControlKind;
-using mqf2vxb::ControlWord;
-using mqf2vxb::findKeyFrameForm;
-using mqf2vxb::KeyFrameForm;
 using mqf2vxb::PrimitiveTypeCode;
 using mqf2vxb::VxbFile;
-
-constexpr PrimitiveTypeCode bareType = mqf2vxb::type_code::animation;
-
-std::uint32_t wordsOf(PrimitiveTypeCode type) {
-    const KeyFrameForm* const form = findKeyFrameForm(type);
-    return form != nullptr ? static_cast<std::uint32_t>(form->words()) : 1;
-}
-
-/// The float that becomes this word; nothing when none does.
-std::optional<float> wideValue(std::uint32_t word) {
-    constexpr double wrap = 4294967296.0;
-    const double plain = word;
-    // The smaller of the two in size is what a person would write.
-    const std::array<double, 2> values{plain < wrap / 2 ? plain : plain - wrap,
-                                       plain < wrap / 2 ? plain - wrap : plain};
-    for (const double value : values) {
-        if (static_cast<double>(static_cast<float>(value)) == value) {
-            return static_cast<float>(value);
-        }
-    }
-    return std::nullopt;
-}
-
-/// How the two meanings of the packet type index 0 are told apart, and in which direction the
-/// motions are gone through when one shows the key frames of another.
-struct Reading {
-    enum class Zero : std::uint8_t { listed, byDistance };
-    Zero zero = Zero::listed;
-    bool backward = false;
-    std::size_t bareFrom = 0;  ///< from this motion on the index means the bare type
-    std::size_t start = 0;  ///< which of the places that have room is the first of the listed type
-};
-
-/// What a SEQ step shows.
-struct Shown {
-    std::uint32_t step = 0;  ///< within its motion
-    std::uint32_t offset = 0;
-    PrimitiveTypeCode type = 0;
-};
 
 /// The key frames of one type that the steps of one motion show.
 struct Span {
@@ -73,7 +28,7 @@ struct PlacedGroup {
     std::uint32_t first = 0;
     std::uint32_t end = 0;
 
-    [[nodiscard]] std::uint32_t frames() const { return (end - first) / wordsOf(type); }
+    [[nodiscard]] std::uint32_t frames() const { return (end - first) / keyFrameWords(type); }
 };
 
 /// One attempt to make groups of the words of all key frames.
@@ -81,14 +36,14 @@ class KeyFrameGroups {
 public:
     KeyFrameGroups(const VxbFile& file, const std::vector<std::uint32_t>& cuts,
                    const Reading& reading)
-        : file_(file),
+        : words_(file),
           animation_(file.animation),
           reading_(reading),
-          shown_(cuts.size() - 1),
+          shown_(shownKeyFrames(file, cuts, reading)),
           used_(cuts.size() - 1),
           groups_(cuts.size() - 1) {
-        for (std::size_t m = 0; m + 1 < cuts.size(); ++m) {
-            takeSteps(m, cuts[m], cuts[m + 1]);
+        for (std::size_t m = 0; m < shown_.size(); ++m) {
+            takeUsed(m);
         }
         makeSpans();
         placeGroups();
@@ -113,7 +68,7 @@ public:
             std::map<PrimitiveTypeCode, const PlacedGroup*> own;
             for (const PlacedGroup& group : groups_[m]) {
                 own.emplace(group.type, &group);
-                motions[m].groups.push_back(groupText(group));
+                motions[m].groups.push_back(words_.text(group.type, group.first, group.end));
             }
             if (groups_[m].empty()) {
                 motions[m].groups.push_back({bareType, {}, {}});
@@ -125,7 +80,7 @@ public:
                 const auto found = own.find(shown.type);
                 if (found != own.end()) {
                     const PlacedGroup& group = *found->second;
-                    const std::uint32_t words = wordsOf(group.type);
+                    const std::uint32_t words = keyFrameWords(group.type);
                     right = right && shown.offset >= group.first && shown.offset < group.end &&
                             (shown.offset - group.first) % words == 0;
                     step.keyFrame = (shown.offset - group.first) / words;
@@ -141,9 +96,9 @@ public:
                 if (behind != all.end()) {
                     const PlacedGroup& group = **behind;
                     const std::uint32_t within = shown.offset - group.first;
-                    right = right && within % wordsOf(group.type) == 0;
+                    right = right && within % keyFrameWords(group.type) == 0;
                     step.keyFrame = firstNumber[static_cast<std::size_t>(behind - all.begin())] +
-                                    within / wordsOf(group.type);
+                                    within / keyFrameWords(group.type);
                 } else {
                     right = right && shown.offset == animation_.keyFrameWords;
                 }
@@ -158,62 +113,6 @@ private:
         return static_cast<std::uint32_t>(found - animation_.types.begin());
     }
 
-    void takeSteps(std::size_t motion, std::uint32_t first, std::uint32_t end) {
-        std::vector<std::uint32_t> offsets;
-        for (std::uint32_t s = first; s < end; ++s) {
-            const ControlWord control =
-                mqf2vxb::controlWord(file_.words[animation_.controlOffset + s]);
-            if (control.kind == ControlKind::keyFrame) {
-                const PrimitiveTypeCode type = control.typeIndex < animation_.types.size()
-                                                   ? animation_.types[control.typeIndex]
-                                                   : bareType;
-                shown_[motion].push_back({s - first, control.target, type});
-                offsets.push_back(control.target);
-            }
-        }
-        const bool bare = motion >= reading_.bareFrom;
-        if (animation_.types.empty() || (reading_.zero == Reading::Zero::listed && !bare)) {
-            takeUsed(motion);
-            return;
-        }
-        // A key frame of the listed type has room for its words, and a whole number of such frames
-        // between it and the others.
-        std::sort(offsets.begin(), offsets.end());
-        const PrimitiveTypeCode listed = animation_.types.front();
-        const std::uint32_t words = wordsOf(listed);
-        std::set<std::uint32_t> starts;
-        const auto hasRoom = [&](std::uint32_t offset) {
-            const auto next = std::upper_bound(offsets.begin(), offsets.end(), offset);
-            const std::uint32_t limit = next != offsets.end() ? *next : animation_.keyFrameWords;
-            return limit >= offset && limit - offset >= words;
-        };
-        for (const Shown& shown : shown_[motion]) {
-            if (shown.type == listed && hasRoom(shown.offset)) {
-                starts.insert(shown.offset);
-            }
-        }
-        std::optional<std::uint32_t> start;
-        if (!starts.empty()) {
-            const std::size_t wanted = std::min(reading_.start, starts.size() - 1);
-            start = *std::next(starts.begin(), static_cast<std::ptrdiff_t>(wanted));
-        }
-        // Key frames of one type lie side by side.
-        std::uint32_t limit = animation_.keyFrameWords;
-        for (const Shown& shown : shown_[motion]) {
-            if (shown.type != listed && start && shown.offset > *start) {
-                limit = std::min(limit, shown.offset);
-            }
-        }
-        for (Shown& shown : shown_[motion]) {
-            const bool fits = !bare && start && shown.offset >= *start && shown.offset < limit &&
-                              (shown.offset - *start) % words == 0 && hasRoom(shown.offset);
-            if (shown.type == listed && !fits) {
-                shown.type = bareType;
-            }
-        }
-        takeUsed(motion);
-    }
-
     void takeUsed(std::size_t motion) {
         for (const Shown& shown : shown_[motion]) {
             used_[motion].insert(shown.type);
@@ -224,7 +123,7 @@ private:
         for (std::size_t m = 0; m < shown_.size(); ++m) {
             std::map<PrimitiveTypeCode, Span> byType;
             for (const Shown& shown : shown_[m]) {
-                const std::uint32_t end = shown.offset + wordsOf(shown.type);
+                const std::uint32_t end = shown.offset + keyFrameWords(shown.type);
                 Span& span =
                     byType.try_emplace(shown.type, Span{m, shown.type, shown.offset, end, false})
                         .first->second;
@@ -253,31 +152,6 @@ private:
                 end = span.elsewhere ? end : span.end;
             }
         }
-    }
-
-    /// Whether the words make whole key frames of a type.
-    [[nodiscard]] bool canBe(PrimitiveTypeCode type, std::uint32_t first, std::uint32_t end) const {
-        const KeyFrameForm* const form = findKeyFrameForm(type);
-        if (form == nullptr || first > end || (end - first) % form->words() != 0) {
-            return false;
-        }
-        for (std::uint32_t frame = first; frame < end;
-             frame += static_cast<std::uint32_t>(form->words())) {
-            for (std::uint32_t i = 0; i < form->wideValues; ++i) {
-                if (!wideValue(word(frame + i))) {
-                    return false;
-                }
-            }
-            const auto halves = static_cast<std::uint32_t>(form->words());
-            if (form->halfValues % 2 != 0 && word(frame + halves - 1) >> 16U != 0) {
-                return false;
-            }
-        }
-        return true;
-    }
-
-    [[nodiscard]] std::uint32_t word(std::uint32_t offset) const {
-        return file_.words[animation_.keyFrameOffset + offset];
     }
 
     void placeGroups() {
@@ -341,43 +215,31 @@ private:
         }
         PlacedGroup group{span.type, span.first, span.end};
         fillGap(motion, before, &group, span.first);
-        right_ = right_ && canBe(group.type, group.first, group.end);
+        right_ = right_ && words_.canBe(group.type, group.first, group.end);
         groups_[motion].push_back(group);
         position_ = span.end;
     }
 
-    /// Gives the words up to `end` to the group before, to those of types that are only listed, or
-    /// to the group behind; else they are single words.
+    /// Finds groups for the words up to `end`: what no others can have is a group of single words.
     void fillGap(std::size_t motion, const std::vector<PrimitiveTypeCode>& listed,
                  PlacedGroup* behind, std::uint32_t end) {
         PlacedGroup* before = nullptr;
         for (std::vector<PlacedGroup>& groups : groups_) {
             before = groups.empty() ? before : &groups.back();
         }
-        if (end > position_) {
-            if (before != nullptr && before->type == bareType && behind == nullptr) {
-                before->end = end;  // the types behind it are only listed
-                position_ = end;
-            } else if (before != nullptr && listed.empty() && canBe(before->type, position_, end)) {
-                before->end = end;
-                position_ = end;
-            } else if (behind != nullptr && listed.empty() && canBe(behind->type, position_, end)) {
-                behind->first = position_;
-                position_ = end;
-            } else if (before != nullptr && behind != nullptr && listed.empty()) {
-                shareGap(*before, *behind, end);
-            }
+        if (end > position_ && coverGap(motion, before, listed, behind, end)) {
+            return;
         }
         for (std::size_t i = 0; i < listed.size(); ++i) {
             PlacedGroup group{listed[i], position_, position_};
             right_ = right_ && !used_[motion].contains(group.type);
-            const std::uint32_t words = wordsOf(group.type);
+            const std::uint32_t words = keyFrameWords(group.type);
             // The last one takes what it can, one before it a key frame.
             const std::uint32_t room = end > position_ ? end - position_ : 0;
             const std::uint32_t most = i + 1 == listed.size()
                                            ? room / words * words
                                            : std::min(words, room / words * words);
-            if (most > 0 && canBe(group.type, position_, position_ + most)) {
+            if (most > 0 && words_.canBe(group.type, position_, position_ + most)) {
                 group.end += most;
             }
             position_ = group.end;
@@ -390,45 +252,39 @@ private:
         position_ = std::max(position_, end);
     }
 
-    void shareGap(PlacedGroup& before, PlacedGroup& behind, std::uint32_t end) {
-        constexpr std::uint32_t mostTries = 64;
-        const std::uint32_t words = wordsOf(before.type);
-        for (std::uint32_t i = 1; i < mostTries && position_ + i * words < end; ++i) {
-            const std::uint32_t place = position_ + i * words;
-            if (canBe(before.type, position_, place) && canBe(behind.type, place, end)) {
-                before.end = place;
-                behind.first = place;
-                position_ = end;
-                return;
-            }
+    /// Gives the words up to `end` to the group before, to those of types that are only listed, and to
+    /// the group behind, as whole key frames; false when they cannot be.
+    bool coverGap(std::size_t motion, PlacedGroup* before,
+                  const std::vector<PrimitiveTypeCode>& listed, PlacedGroup* behind,
+                  std::uint32_t end) {
+        std::vector<KeyFrameWords::Part> parts;
+        if (before != nullptr) {
+            parts.push_back({before->type, false});
         }
+        for (const PrimitiveTypeCode type : listed) {
+            parts.push_back({type, true});
+        }
+        if (behind != nullptr) {
+            parts.push_back({behind->type, false});
+        }
+        if (!words_.cover(position_, end, parts)) {
+            return false;
+        }
+        for (const KeyFrameWords::Part& part : parts) {
+            if (part.ratherOne) {
+                right_ = right_ && !used_[motion].contains(part.type);
+                groups_[motion].push_back({part.type, position_, part.end});
+            } else if (before != nullptr && &part == &parts.front()) {
+                before->end = part.end;
+            } else {
+                behind->first = position_;
+            }
+            position_ = part.end;
+        }
+        return true;
     }
 
-    [[nodiscard]] model_text::KeyFrameGroup groupText(const PlacedGroup& group) const {
-        model_text::KeyFrameGroup text;
-        text.type = group.type;
-        const KeyFrameForm* const form = findKeyFrameForm(group.type);
-        if (form == nullptr) {
-            return text;
-        }
-        const auto words = static_cast<std::uint32_t>(form->words());
-        for (std::uint32_t frame = group.first; frame + words <= group.end; frame += words) {
-            for (std::uint32_t i = 0; i < form->wideValues; ++i) {
-                const std::uint32_t value = word(frame + i);
-                text.values.push_back(wideValue(value).value_or(
-                    static_cast<float>(static_cast<std::int32_t>(value))));
-            }
-            for (std::uint32_t i = 0; i < form->halfValues; ++i) {
-                const std::uint32_t both =
-                    word(frame + static_cast<std::uint32_t>(form->wideValues) + i / 2);
-                text.values.push_back(
-                    static_cast<float>(static_cast<std::int16_t>(i % 2 == 0 ? both : both >> 16U)));
-            }
-        }
-        return text;
-    }
-
-    const VxbFile& file_;
+    KeyFrameWords words_;
     const mqf2vxb::Animation& animation_;
     Reading reading_;
     std::vector<std::vector<Shown>> shown_;          // by motion

@@ -2,21 +2,16 @@
 
 #include <algorithm>
 #include <array>
+#include <deque>
 #include <map>
 
-#include "model/geometry.h"
 #include "model/material.h"
+#include "vxbtool/unpack/normal_namings.h"
 
 namespace vxbtool::unpack {
 namespace {
 
-constexpr std::uint32_t none = Owners::none;
-
-/// A corner that puts a shared normal into a coordinate.
-struct Naming {
-    std::uint32_t normal;  ///< in the shared block
-    std::uint32_t coordinate;
-};
+constexpr std::uint32_t none = NormalNamings::none;
 
 /// A corner of an unlit polygon, free to name a normal.
 struct Slot {
@@ -34,22 +29,21 @@ public:
           first_(independentNormals),
           polygons_(polygons),
           uses_(polygons.materials.uses),
-          target_(sharedNormals, none),
+          namings_(owners, independentNormals, sharedNormals, polygons),
           marked_(sharedNormals),
           settled_(sharedNormals),
           settledAt_(sharedNormals),
-          goodLeft_(sharedNormals),
-          groupOf_(polygons.polygons.size()) {
-        for (std::uint32_t g = 0; g < polygons_.groups.size(); ++g) {
-            const PolygonGroup& group = polygons_.groups[g];
-            std::fill(groupOf_.begin() + group.first, groupOf_.begin() + group.end, g);
+          goodLeft_(sharedNormals) {
+        for (std::uint32_t p = 0; p < uses_.size(); ++p) {
+            namings_.forLastNamings(p, [&](const Naming& naming) {
+                marked_[naming.normal] = marked_[naming.normal] || namings_.shared(p);
+            });
         }
     }
 
     /// True when every shared normal comes to lie in its coordinate.
     bool order() {
-        chooseTargets();
-        if (holds()) {
+        if (namings_.hold()) {
             return true;
         }
         placeAll();
@@ -60,108 +54,13 @@ public:
             ordered.push_back(uses_[*p]);
         }
         uses_ = std::move(ordered);
-        return holds();
+        return namings_.hold();
     }
 
 private:
-    [[nodiscard]] const model_text::Look& look(std::uint32_t polygon) const {
-        return polygons_.materials.looks[uses_[polygon].look];
-    }
-    [[nodiscard]] bool shared(std::uint32_t polygon) const {
-        return polygons_.groups[groupOf_[polygon]].shared;
-    }
-    [[nodiscard]] std::size_t corners(std::uint32_t polygon) const {
-        return mqf2vxb::vertexCount(static_cast<std::int32_t>(polygons_.polygons[polygon].shape));
-    }
     [[nodiscard]] bool isFree(std::uint32_t polygon) const {
-        return (look(polygon).flag & mqf2vxb::material_flag::unlit) != 0 &&
+        return (namings_.look(polygon).flag & mqf2vxb::material_flag::unlit) != 0 &&
                polygons_.polygons[polygon].normals[0] == polygons_.noNormal;
-    }
-
-    /// Calls `use(naming)` for the corners of a polygon that name shared normals, in their order.
-    template <class Use>
-    void forNamings(std::uint32_t polygon, bool flat, Use use) const {
-        const model_text::Polygon& record = polygons_.polygons[polygon];
-        const std::size_t number = flat && !shared(polygon) ? 1 : corners(polygon);
-        for (std::size_t k = 0; k < number; ++k) {
-            const std::uint32_t normal = record.normals[flat ? 0 : k];
-            if (normal >= first_ && normal - first_ < target_.size()) {
-                use(Naming{normal - first_, owners_.coordinateOf(record.vertices[k])});
-            }
-        }
-    }
-    /// The same for what counts of them: of several corners with one normal the last.
-    template <class Use>
-    void forLastNamings(std::uint32_t polygon, Use use) const {
-        std::array<Naming, 4> namings{};
-        std::size_t number = 0;
-        forNamings(polygon, look(polygon).shading != 'G',
-                   [&](const Naming& naming) { namings[number++] = naming; });
-        for (std::size_t i = 0; i < number; ++i) {
-            const bool again =
-                std::any_of(namings.begin() + static_cast<std::ptrdiff_t>(i) + 1,
-                            namings.begin() + static_cast<std::ptrdiff_t>(number),
-                            [&](const Naming& later) { return later.normal == namings[i].normal; });
-            if (!again) {
-                use(namings[i]);
-            }
-        }
-    }
-
-    void chooseTargets() {
-        // Where several coordinates may own a normal, one that names it does.
-        std::vector<std::vector<std::uint32_t>> namers(target_.size());
-        std::vector<bool> open(target_.size());
-        for (std::uint32_t n = 0; n < target_.size(); ++n) {
-            const auto candidates = owners_.candidates(n);
-            open[n] = candidates.size() > 1;
-            target_[n] = candidates.empty() ? none : candidates.front();
-        }
-        for (std::uint32_t p = 0; p < uses_.size(); ++p) {
-            forLastNamings(p, [&](const Naming& naming) {
-                marked_[naming.normal] = marked_[naming.normal] || shared(p);
-                if (open[naming.normal]) {
-                    namers[naming.normal].push_back(naming.coordinate);
-                }
-            });
-        }
-        std::size_t from = 0;
-        for (std::uint32_t n = 0; n < target_.size(); ++n) {
-            const auto candidates = owners_.candidates(n);
-            if (!open[n]) {
-                continue;
-            }
-            if (n == 0 || owners_.candidates(n - 1).data() != candidates.data()) {
-                from = 0;
-            }
-            for (std::size_t i = from; i < candidates.size(); ++i) {
-                if (std::find(namers[n].begin(), namers[n].end(), candidates[i]) !=
-                    namers[n].end()) {
-                    from = i;
-                    break;
-                }
-            }
-            target_[n] = candidates[from];
-        }
-    }
-
-    [[nodiscard]] bool good(const Naming& naming) const {
-        return target_[naming.normal] == none || naming.coordinate == target_[naming.normal];
-    }
-
-    /// Whether the uses as they stand put every normal into its coordinate.
-    [[nodiscard]] bool holds() const {
-        std::vector<bool> right(target_.size());
-        std::vector<bool> marked(target_.size());
-        for (const model_text::LookUse& use : uses_) {
-            const bool flat = polygons_.materials.looks[use.look].shading != 'G';
-            forNamings(use.polygon, flat, [&](const Naming& naming) {
-                right[naming.normal] = good(naming);
-                marked[naming.normal] = marked[naming.normal] || shared(use.polygon);
-            });
-        }
-        return std::ranges::find(right, false) == right.end() &&
-               std::ranges::find(marked, false) == marked.end();
     }
 
     // The order is made from its end: a polygon can stand there if each normal that it names is
@@ -172,7 +71,7 @@ private:
         polygonsLeft_.resize(polygons_.groups.size());
         behind_.assign(polygons_.groups.size(), {});
         before_.assign(polygons_.groups.size(), {});
-        waiting_.resize(target_.size());
+        waiting_.resize(settled_.size());
         done_.resize(uses_.size());
         placedAt_.resize(uses_.size());
         for (std::uint32_t g = 0; g < polygons_.groups.size(); ++g) {
@@ -180,8 +79,9 @@ private:
         }
         chainGroups();
         for (std::uint32_t p = 0; p < uses_.size(); ++p) {
-            forLastNamings(
-                p, [&](const Naming& naming) { goodLeft_[naming.normal] += good(naming) ? 1 : 0; });
+            namings_.forLastNamings(p, [&](const Naming& naming) {
+                goodLeft_[naming.normal] += namings_.good(naming) ? 1 : 0;
+            });
         }
         for (std::uint32_t g = 0; g < polygons_.groups.size(); ++g) {
             const PolygonGroup& group = polygons_.groups[g];
@@ -227,7 +127,9 @@ private:
         }
     }
 
-    void addReady(std::uint32_t polygon) { ready_[shared(polygon) ? 1 : 0].push_back(polygon); }
+    void addReady(std::uint32_t polygon) {
+        ready_[namings_.shared(polygon) ? 1 : 0].push_back(polygon);
+    }
 
     void drain() {
         while (!ready_[0].empty() || !ready_[1].empty()) {
@@ -242,7 +144,7 @@ private:
     /// Whether the group order keeps this polygon from its place: in a model without meshes the
     /// bodies and their groups stand in the order of their first polygons.
     [[nodiscard]] bool heldByOrder(std::uint32_t polygon) const {
-        const std::uint32_t g = groupOf_[polygon];
+        const std::uint32_t g = namings_.groupOf(polygon);
         return !polygons_.hasStrips && polygon == polygons_.groups[g].first &&
                std::ranges::any_of(behind_[g],
                                    [&](std::uint32_t next) { return polygonsLeft_[next] > 0; });
@@ -253,8 +155,8 @@ private:
             return;  // the group behind brings back what it holds
         }
         std::uint32_t blocker = none;
-        forLastNamings(polygon, [&](const Naming& naming) {
-            if (!settled_[naming.normal] && !good(naming)) {
+        namings_.forLastNamings(polygon, [&](const Naming& naming) {
+            if (!settled_[naming.normal] && !namings_.good(naming)) {
                 blocker = naming.normal;
             }
         });
@@ -272,7 +174,7 @@ private:
         placed_.push_back(polygon);
         placedAt_[polygon] = placed_.size();
         done_[polygon] = true;
-        const std::uint32_t g = groupOf_[polygon];
+        const std::uint32_t g = namings_.groupOf(polygon);
         const PolygonGroup& group = polygons_.groups[g];
         --polygonsLeft_[g];
         if (!group.strips && polygon > group.first) {
@@ -286,25 +188,25 @@ private:
             }
         }
         if (isFree(polygon)) {
-            for (std::size_t k = 0; k < corners(polygon); ++k) {
+            for (std::size_t k = 0; k < namings_.corners(polygon); ++k) {
                 const std::uint32_t coordinate =
                     owners_.coordinateOf(polygons_.polygons[polygon].vertices[k]);
-                slots_[shared(polygon) ? 1 : 0][coordinate].push_back(
+                slots_[namings_.shared(polygon) ? 1 : 0][coordinate].push_back(
                     {polygon, static_cast<std::uint8_t>(k)});
             }
         }
-        forLastNamings(polygon, [&](const Naming& naming) {
-            goodLeft_[naming.normal] -= good(naming) ? 1 : 0;
-            settle(naming.normal);
+        namings_.forLastNamings(polygon, [&](const Naming& naming) {
+            goodLeft_[naming.normal] -= namings_.good(naming) ? 1 : 0;
+            settle(naming.normal, placed_.size());
         });
     }
 
-    void settle(std::uint32_t normal) {
+    void settle(std::uint32_t normal, std::size_t at) {
         if (settled_[normal]) {
             return;
         }
         settled_[normal] = true;
-        settledAt_[normal] = placed_.size();
+        settledAt_[normal] = at;
         std::vector<std::uint32_t> freed;
         freed.swap(waiting_[normal]);
         for (const std::uint32_t polygon : freed) {
@@ -319,9 +221,11 @@ private:
         if (found == slots.end() || found->second.empty()) {
             return false;
         }
-        const Slot slot = found->second.back();
-        found->second.pop_back();
+        // The last one in the order leaves most of them in front of it.
+        const Slot slot = found->second.front();
+        found->second.pop_front();
         useSlot(slot, normal, ofShared);
+        settle(normal, placedAt_[slot.polygon]);
         return true;
     }
 
@@ -334,12 +238,12 @@ private:
     /// Only a smooth polygon names a normal for each corner.
     void makeSmooth(std::uint32_t polygon) {
         std::uint32_t& use = uses_[polygon].look;
-        if (look(polygon).shading == 'G') {
+        if (namings_.look(polygon).shading == 'G') {
             return;
         }
         const auto [place, isNew] = smoothLooks_.try_emplace(use, 0);
         if (isNew) {
-            model_text::Look smooth = look(polygon);
+            model_text::Look smooth = namings_.look(polygon);
             smooth.shading = 'G';
             polygons_.materials.looks.push_back(smooth);
             place->second = static_cast<std::uint32_t>(polygons_.materials.looks.size() - 1);
@@ -348,16 +252,12 @@ private:
     }
 
     bool settleBySlot(std::uint32_t normal) {
-        if (target_[normal] == none) {
+        if (namings_.target(normal) == none) {
             return false;
         }
         const bool sharedFirst = !marked_[normal];
-        if (takeSlot(normal, target_[normal], sharedFirst) ||
-            takeSlot(normal, target_[normal], !sharedFirst)) {
-            settle(normal);
-            return true;
-        }
-        return false;
+        return takeSlot(normal, namings_.target(normal), sharedFirst) ||
+               takeSlot(normal, namings_.target(normal), !sharedFirst);
     }
 
     /// Settles blocked normals by free corners: those first that nothing else can settle.
@@ -377,18 +277,18 @@ private:
     void placeAnyway() {
         std::erase_if(blocked_, [&](std::uint32_t normal) { return settled_[normal]; });
         if (!blocked_.empty()) {
-            settle(blocked_.back());
+            settle(blocked_.back(), placed_.size());
         }
     }
 
     void settleRest() {
-        for (std::uint32_t n = 0; n < target_.size(); ++n) {
+        for (std::uint32_t n = 0; n < settled_.size(); ++n) {
             if (!settled_[n]) {
                 settleBySlot(n);
             }
         }
-        for (std::uint32_t n = 0; n < target_.size(); ++n) {
-            if (!marked_[n] && !takeSlot(n, target_[n], true)) {
+        for (std::uint32_t n = 0; n < settled_.size(); ++n) {
+            if (!marked_[n] && !takeSlot(n, namings_.target(n), true)) {
                 markAnywhere(n);
             }
         }
@@ -411,12 +311,11 @@ private:
     std::uint32_t first_;  // shared normal
     UnpackedPolygons& polygons_;
     std::vector<model_text::LookUse>& uses_;
-    std::vector<std::uint32_t> target_;  // coordinate of each shared normal
-    std::vector<bool> marked_;           // a shared polygon names it
+    NormalNamings namings_;
+    std::vector<bool> marked_;  // a shared polygon names it
     std::vector<bool> settled_;
     std::vector<std::size_t> settledAt_;   // how many polygons were placed then
     std::vector<std::uint32_t> goodLeft_;  // unplaced polygons that name it in its coordinate
-    std::vector<std::uint32_t> groupOf_;
 
     std::vector<std::uint32_t> placed_;                // from the end of the order
     std::vector<std::size_t> placedAt_;                // by polygon
@@ -427,7 +326,7 @@ private:
     std::vector<std::uint32_t> polygonsLeft_;         // by group
     std::vector<std::vector<std::uint32_t>> behind_;  // groups that begin behind each group
     std::vector<std::vector<std::uint32_t>> before_;
-    std::array<std::map<std::uint32_t, std::vector<Slot>>, 2> slots_;  // of independent, of shared
+    std::array<std::map<std::uint32_t, std::deque<Slot>>, 2> slots_;  // of independent, of shared
     std::map<std::uint32_t, std::uint32_t> smoothLooks_;
 };
 

@@ -69,7 +69,7 @@ void Owners::findShared(const VxbFile& file, const std::vector<std::uint32_t>& c
         if (normal >= last) {
             return;
         }
-        if (candidates.size() == 1) {
+        if (candidates.size() == 1 && &candidates == &gap) {
             normalOwners_.insert(candidates.front());
         }
         candidates_.insert(candidates_.end(), candidates.begin(), candidates.end());

@@ -22,9 +22,9 @@
 #include "vxbtool/model_text/model_files_writer.h"
 #include "vxbtool/shared/in_memory.h"
 #include "vxbtool/shared/new_files.h"
-#include "vxbtool/shared/printable.h"
 #include "vxbtool/shared/signals.h"
 #include "vxbtool/shared/staged_outputs.h"
+#include "vxbtool/shared/text_output.h"
 #include "vxbtool/shared/vxb_input.h"
 #include "vxbtool/unpack/unpack_model.h"
 
@@ -47,8 +47,6 @@ struct UnpackArguments {
     bool verify = false;
     bool force = false;
 };
-
-void say(const std::string& text) { fmt::print(stderr, "{}\n", printableLines(text)); }
 
 /// The name of the model: what the file is called, unless the command line says.
 std::string modelName(const UnpackArguments& arguments) {
@@ -93,8 +91,8 @@ bool verify(const VxbFile& file, const unpack::UnpackedModel& model, const std::
         return true;
     }
     const auto offset = static_cast<std::uint32_t>(one - file.words.begin());
-    say(fmt::format("{}: the model makes other words from word {} on: {} became {}", name, offset,
-                    wordText(file, offset), wordText(again, offset)));
+    printError(fmt::format("{}: the model makes other words from word {} on: {} became {}", name,
+                           offset, wordText(file, offset), wordText(again, offset)));
     return false;
 }
 
@@ -107,7 +105,7 @@ ExitStatus unpackFile(const UnpackArguments& arguments, const VxbFile& file,
         path = (fs::path(folder) / path).string();
     }
     if (const std::string why = prepareNewFiles(paths, arguments.force); !why.empty()) {
-        say(why);
+        printError(why);
         return ExitStatus::badInput;
     }
     TemporaryFiles temporaryFiles;
@@ -138,9 +136,9 @@ ExitStatus runUnpack(const UnpackArguments& arguments) {
         mqf2vxb::withMemory([&] { status = unpackFile(arguments, file, name); });
         return status;
     } catch (const UnreadableFile& error) {
-        say(fmt::format("{}: the file cannot be read: {}", arguments.file, error.what()));
+        printError(fmt::format("{}: the file cannot be read: {}", arguments.file, error.what()));
     } catch (const mqf2vxb::Report& report) {
-        say(fmt::format("{}: {}", report.place().file, report.cause()));
+        printError(fmt::format("{}: {}", report.place().file, report.cause()));
     }
     return ExitStatus::badInput;
 }

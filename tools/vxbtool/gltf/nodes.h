@@ -1,0 +1,15 @@
+#pragma once
+
+#include <vector>
+
+#include "vxbtool/gltf/gltf.h"
+#include "vxbtool/gltf/meshes.h"
+
+namespace vxbtool::gltf {
+
+/// The nodes of a scene: node i is coordinate i, then those that hang on them, then the model itself,
+/// which holds all of them, and last the shared polygons.
+void addNodes(const scene::Scene& scene, const GltfOptions& options,
+              const std::vector<BodyMesh>& meshes, tinygltf::Model& model);
+
+}  // namespace vxbtool::gltf

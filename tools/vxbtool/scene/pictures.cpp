@@ -1,0 +1,255 @@
+#include "vxbtool/scene/pictures.h"
+
+#include <algorithm>
+#include <set>
+
+#include <fmt/core.h>
+
+#include "format/texture_fields.h"
+
+namespace vxbtool::scene {
+namespace {
+
+using mqf2vxb::Field;
+using mqf2vxb::PacketPolygon;
+
+constexpr std::uint32_t flagBits = 3U << 5U;
+constexpr std::uint32_t pageMask = mqf2vxb::pageFieldBits & ~flagBits;
+constexpr std::uint32_t directDepth = 16;  // whose texels are colours themselves
+/// Texels of all pictures together. A sound file's image memory has 4 million at most; one that is
+/// made to need more shows checkers.
+constexpr std::size_t mostTexels = std::size_t{1} << 25U;
+
+/// Looks texels up in image memory.
+class Texels {
+public:
+    Texels(const ImageMemory& memory, std::uint32_t page, std::uint32_t clut)
+        : memory_(memory),
+          page_(mqf2vxb::texturePage(page)),
+          clut_(mqf2vxb::clutPosition(clut)),
+          known_(depth() == directDepth || (depth() > 0 && memory.image(clut_.x, clut_.y))) {}
+
+    [[nodiscard]] std::uint32_t depth() const { return page_.depth(); }
+    /// The image that a texel lies in; nothing when none does, or when no colour table is there.
+    [[nodiscard]] std::optional<std::uint32_t> image(std::uint32_t x, std::uint32_t y) const {
+        return known_ ? memory_.image(columnOf(x), page_.y + y) : std::nullopt;
+    }
+    [[nodiscard]] Rgba colour(std::uint32_t x, std::uint32_t y) const {
+        const std::uint16_t column = memory_.column(columnOf(x), page_.y + y);
+        if (depth() == directDepth) {
+            return colourOf(column);
+        }
+        const std::uint32_t perColumn = directDepth / depth();
+        const std::uint32_t index = column >> (x % perColumn * depth()) & ((1U << depth()) - 1U);
+        return colourOf(memory_.column(clut_.x + index, clut_.y));
+    }
+
+private:
+    [[nodiscard]] std::uint32_t columnOf(std::uint32_t x) const {
+        return page_.x + x * depth() / directDepth;
+    }
+
+    const ImageMemory& memory_;
+    mqf2vxb::TexturePage page_;
+    mqf2vxb::ClutPosition clut_;
+    bool known_;  ///< whether the texels' colours can be told
+};
+
+/// What stands where no image lies.
+Rgba checker(std::uint32_t x, std::uint32_t y) {
+    constexpr std::uint32_t square = 4;
+    constexpr Rgba dark{24, 24, 24, 255};
+    constexpr Rgba bright{255, 0, 255, 255};
+    return (x / square + y / square) % 2 == 0 ? bright : dark;
+}
+
+}  // namespace
+
+void Pictures::Rectangle::add(const Rectangle& other) {
+    left = std::min(left, other.left);
+    top = std::min(top, other.top);
+    right = std::max(right, other.right);
+    bottom = std::max(bottom, other.bottom);
+}
+
+std::uint64_t Pictures::keyOf(const PacketPolygon& polygon) {
+    constexpr std::uint64_t windowBits = 0xFFFFF;
+    constexpr unsigned windowShift = 32;
+    const std::uint32_t page = polygon[Field::page] & pageMask;
+    const bool direct = mqf2vxb::texturePage(page).depth() == directDepth;
+    const std::uint64_t clut = direct ? 0 : polygon[Field::clut];
+    const std::uint64_t window =
+        polygon.has(Field::window) ? (polygon[Field::window] & windowBits) + 1 : 0;
+    return page | clut << 16U | window << windowShift;
+}
+
+void Pictures::use(const PacketPolygon& polygon, std::size_t corners) {
+    const std::uint32_t index = sourceOf_.find(keyOf(polygon), [&] {
+        Source source;
+        source.page = polygon[Field::page] & pageMask;
+        source.clut = polygon[Field::clut];
+        if (polygon.has(Field::window)) {
+            source.window = polygon[Field::window];
+            const mqf2vxb::TextureWindow window = mqf2vxb::textureWindow(*source.window);
+            source.uses.push_back(
+                {window.x, window.y, window.x + window.width, window.y + window.height});
+        }
+        sources_.push_back(std::move(source));
+        return static_cast<std::uint32_t>(sources_.size() - 1);
+    });
+    Source& source = sources_[index];
+    const Texels texels(memory_, source.page, source.clut);
+    Rectangle used;
+    bool covered = true;
+    for (std::size_t corner = 0; corner < corners; ++corner) {
+        CornerTexel texel = cornerTexel(polygon, corner);
+        if (source.window) {
+            const Rectangle& window = source.uses.front();
+            texel = {window.left + texel.x % (window.right - window.left),
+                     window.top + texel.y % (window.bottom - window.top)};
+        }
+        used.add({texel.x, texel.y, texel.x + 1, texel.y + 1});
+        covered = covered && texels.image(texel.x, texel.y).has_value();
+    }
+    uncovered_ += covered ? 0 : 1;
+    if (!source.window && (source.uses.empty() || source.uses.back() != used)) {
+        source.uses.push_back(used);
+    }
+}
+
+std::vector<Pictures::Rectangle> Pictures::split(Source& source) const {
+    if (source.uses.size() == 1) {
+        return source.uses;
+    }
+    Cells used{};
+    for (const Rectangle& use : source.uses) {
+        const std::uint32_t first = use.left / cellSize;
+        const std::uint32_t last = (use.right - 1) / cellSize;
+        const std::uint32_t columns = ~0U >> (cells - 1 - last) & ~0U << first;
+        for (std::uint32_t row = use.top / cellSize; row <= (use.bottom - 1) / cellSize; ++row) {
+            used[row] |= columns;
+        }
+    }
+    source.partOf.assign(std::size_t{cells} * cells, 0);
+    std::uint16_t parts = 0;
+    std::vector<std::uint32_t> ahead;
+    for (std::uint32_t start = 0; start < cells * cells; ++start) {
+        const auto take = [&](std::uint32_t cell) {
+            if ((used[cell / cells] >> cell % cells & 1U) != 0) {
+                used[cell / cells] &= ~(1U << cell % cells);
+                source.partOf[cell] = parts;
+                ahead.push_back(cell);
+            }
+        };
+        take(start);
+        if (ahead.empty()) {
+            continue;
+        }
+        while (!ahead.empty()) {
+            const std::uint32_t cell = ahead.back();
+            ahead.pop_back();
+            if (cell % cells > 0) {
+                take(cell - 1);
+            }
+            if (cell % cells < cells - 1) {
+                take(cell + 1);
+            }
+            if (cell >= cells) {
+                take(cell - cells);
+            }
+            if (cell < cells * (cells - 1)) {
+                take(cell + cells);
+            }
+        }
+        ++parts;
+    }
+    std::vector<Rectangle> rectangles(parts);
+    for (const Rectangle& use : source.uses) {
+        const std::uint32_t cell = use.top / cellSize * cells + use.left / cellSize;
+        rectangles[source.partOf[cell]].add(use);
+    }
+    if (parts == 1) {
+        source.partOf.clear();
+    }
+    return rectangles;
+}
+
+Picture Pictures::picture(const Source& source, const Rectangle& part) const {
+    const Texels texels(memory_, source.page, source.clut);
+    Picture picture;
+    picture.width = part.right - part.left;
+    picture.height = part.bottom - part.top;
+    picture.depth = texels.depth();
+    picture.page = source.page;
+    if (texels.depth() != directDepth) {
+        picture.clut = source.clut;
+    }
+    picture.window = source.window;
+    picture.x = part.left;
+    picture.y = part.top;
+    picture.missing = true;
+    picture.texels.reserve(std::size_t{picture.width} * picture.height);
+    std::set<std::uint32_t> images;
+    std::optional<std::uint32_t> last;
+    for (std::uint32_t y = part.top; y < part.bottom; ++y) {
+        for (std::uint32_t x = part.left; x < part.right; ++x) {
+            const std::optional<std::uint32_t> image = texels.image(x, y);
+            if (!image) {
+                picture.texels.push_back(checker(x, y));
+                continue;
+            }
+            picture.missing = false;
+            picture.texels.push_back(texels.colour(x, y));
+            picture.cutOut = picture.cutOut || picture.texels.back()[3] == 0;
+            if (image != last) {
+                images.insert(*image);
+                last = image;
+            }
+        }
+    }
+    picture.images.assign(images.begin(), images.end());
+    return picture;
+}
+
+std::vector<Picture> Pictures::make(std::vector<std::string>& warnings) {
+    std::vector<Picture> pictures;
+    std::size_t texels = 0;
+    std::size_t refused = 0;
+    for (Source& source : sources_) {
+        source.firstPicture = static_cast<std::uint32_t>(pictures.size());
+        for (Rectangle part : split(source)) {
+            const std::size_t more = std::size_t{part.right - part.left} * (part.bottom - part.top);
+            if (texels + more > mostTexels) {
+                ++refused;
+                part.right = part.left + 1;
+                part.bottom = part.top + 1;
+            }
+            texels += std::min(more, mostTexels - texels);
+            pictures.push_back(picture(source, part));
+        }
+        source.uses = {};
+    }
+    if (uncovered_ > 0) {
+        warnings.push_back(fmt::format(
+            "{} polygon{} a texture where no image lies, or no colour table; a checker stands there",
+            uncovered_, uncovered_ == 1 ? " has" : "s have"));
+    }
+    if (refused > 0) {
+        warnings.push_back(fmt::format(
+            "{} textures are left out, because all textures together have more than {} texels",
+            refused, mostTexels));
+    }
+    return pictures;
+}
+
+std::uint32_t Pictures::find(const PacketPolygon& polygon) const {
+    const Source& source = sources_[*sourceOf_.find(keyOf(polygon))];
+    if (source.partOf.empty()) {
+        return source.firstPicture;
+    }
+    // A window has one part, so that this is a texel of the page.
+    const CornerTexel texel = cornerTexel(polygon, 0);
+    return source.firstPicture + source.partOf[texel.y / cellSize * cells + texel.x / cellSize];
+}
+
+}  // namespace vxbtool::scene
