@@ -96,7 +96,9 @@ ImportedModel importModel(const Source& source, const std::string& file,
     report.surface = buildSurface(scene, map, surface.placed, surface.shape, looks, options.strips,
                                   surface.dropped, result.text);
     if (result.text.geometry->polygons.empty()) {
-        throw ImportFault("none of its polygons has an area at this scale");
+        throw ImportFault(surface.dropped.areaLess > 0
+                              ? "none of its polygons has an area at this scale"
+                              : "it holds no polygons that can be drawn");
     }
     for (const pictures::PlacedTexture& texture : report.textures.placing.textures) {
         result.text.textures.push_back(texture.texture);

@@ -89,8 +89,7 @@ private:
         const bool turned = key(other) < key(one);
         const ShapeCorner& a = turned ? other : one;
         const ShapeCorner& b = turned ? one : other;
-        const float t =
-            (seam - a.texture.at(axis)) / (b.texture.at(axis) - a.texture.at(axis));
+        const float t = (seam - a.texture.at(axis)) / (b.texture.at(axis) - a.texture.at(axis));
         const auto mixed = [t](float from, float to) { return from + (to - from) * t; };
         ShapeCorner corner = a;
         for (std::size_t i = 0; i < 2; ++i) {

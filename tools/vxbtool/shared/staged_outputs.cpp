@@ -128,7 +128,7 @@ void writeOutput(const std::string& name, std::string_view bytes) {
         mqf2vxb::cannotOpen(name, mqf2vxb::Access::write, errno);
     }
     if (!file->write(bytes) || !file->close()) {
-        mqf2vxb::cannotWrite(name);
+        mqf2vxb::cannotWrite(name, errno);
     }
     outputs.commit();
 }
