@@ -65,7 +65,7 @@ public:
 
     /// Where the corners of its triangles lie, in metres.
     std::vector<Vector> corners;
-    /// The length of the longest column of any node's matrix.
+    /// No node makes anything longer by more than this.
     double longest = 1;
 
 private:
@@ -109,10 +109,11 @@ private:
         }
         const std::uint32_t parent = number == 0 ? 0 : below(number);
         world_.push_back(number == 0 ? local : world_[parent] * local);
-        for (unsigned column = 0; column < 3; ++column) {
-            const Matrix& w = world_.back();
-            longest = std::max(longest, std::hypot(w[0][column], w[1][column], w[2][column]));
+        double squares = 0;
+        for (unsigned value = 0; value < 9; ++value) {
+            squares += std::pow(world_.back()[value / 3][value % 3], 2);
         }
+        longest = std::max(longest, std::sqrt(squares));
         if (number == 0 || below(3) > 0) {
             node["mesh"] = addMesh(world_.back());
         }

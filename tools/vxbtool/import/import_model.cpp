@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <filesystem>
+#include <string>
 #include <utility>
 
 #include <assimp/commonMetaData.h>
@@ -22,7 +23,8 @@ constexpr double mostUnits = 32767;
 /// The number with four digits that is not larger.
 double roundedDown(double value) {
     const double step = std::pow(10.0, std::floor(std::log10(value)) - 3);
-    return std::floor(value / step) * step;
+    // The double that those digits name.
+    return std::stod(fmt::format("{:.4g}", std::floor(value / step) * step));
 }
 
 struct PlacedShape {
