@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <cstdio>
 #include <filesystem>
