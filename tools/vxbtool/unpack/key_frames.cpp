@@ -293,6 +293,14 @@ private:
         if (!words_.cover(position_, end, parts)) {
             return false;
         }
+        // Rather than have types without key frames, single words have a group.
+        std::uint32_t first = position_;
+        for (const KeyFrameWords::Part& part : parts) {
+            if (part.ratherOne && part.end == first && !used_[motion].contains(bareType)) {
+                return false;
+            }
+            first = part.end;
+        }
         for (const KeyFrameWords::Part& part : parts) {
             if (part.ratherOne) {
                 right_ = right_ && !used_[motion].contains(part.type);
