@@ -293,6 +293,14 @@ private:
         if (!words_.cover(position_, end, parts)) {
             return false;
         }
+        // Rather than have types without key frames, single words have a group.
+        std::uint32_t first = position_;
+        for (const KeyFrameWords::Part& part : parts) {
+            if (part.ratherOne && part.end == first && !used_[motion].contains(bareType)) {
+                return false;
+            }
+            first = part.end;
+        }
         for (const KeyFrameWords::Part& part : parts) {
             if (part.ratherOne) {
                 right_ = right_ && !used_[motion].contains(part.type);
@@ -325,9 +333,9 @@ void unpackKeyFrames(const VxbFile& file, const std::vector<std::uint32_t>& cuts
                      std::vector<model_text::Motion>& motions) {
     constexpr std::size_t mostStarts = 8;
     constexpr std::size_t mostTurns = 16;
-    for (const Reading::Zero zero : {Reading::Zero::listed, Reading::Zero::byDistance}) {
-        const std::size_t starts = zero == Reading::Zero::byDistance ? mostStarts : 1;
-        for (std::size_t bare = 0; bare < std::min(motions.size() + 1, mostTurns); ++bare) {
+    for (std::size_t bare = 0; bare < std::min(motions.size() + 1, mostTurns); ++bare) {
+        for (const Reading::Zero zero : {Reading::Zero::listed, Reading::Zero::byDistance}) {
+            const std::size_t starts = zero == Reading::Zero::byDistance ? mostStarts : 1;
             for (std::size_t start = 0; start < starts; ++start) {
                 for (const bool backward : {false, true}) {
                     const Reading reading{zero, backward, motions.size() - bare, start};
