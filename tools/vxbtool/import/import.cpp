@@ -1,6 +1,5 @@
 #include "vxbtool/import/import.h"
 
-#include <cerrno>
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
