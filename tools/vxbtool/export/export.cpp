@@ -6,8 +6,8 @@
 #include <filesystem>
 #include <memory>
 #include <span>
+#include <stdexcept>
 #include <string>
-#include <string_view>
 #include <system_error>
 #include <vector>
 
@@ -48,12 +48,6 @@ struct ExportArguments {
     AnyModelOptions models;
 };
 
-/// What cannot be written; what() tells.
-class NotWritten : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
-
 void checkPositive(const char* option, double value) {
     if (!(value > 0) || !std::isfinite(value)) {
         throw CLI::ValidationError(option, "has to be greater than 0");
@@ -67,13 +61,6 @@ std::string outputName(const ExportArguments& arguments) {
     return fs::path(arguments.file).replace_extension(".glb").string();
 }
 
-void write(StagedOutputs& outputs, const std::string& name, std::string_view bytes) {
-    const std::unique_ptr<mqf2vxb::OutputFile> file = outputs.create(name);
-    if (!file->write(bytes) || !file->close()) {
-        throw NotWritten(fmt::format("{}: the file cannot be written", name));
-    }
-}
-
 std::string pngFileOf(const scene::MemoryPicture& picture) {
     const std::span<const scene::Rgba> pixels(picture.pixels);
     return pngOf(picture.width, picture.height,
@@ -85,11 +72,12 @@ void writeTextures(const std::string& folder, const VxbFile& file, const scene::
     std::error_code error;
     fs::create_directories(folder, error);
     if (error) {
-        throw NotWritten(fmt::format("{}: the folder cannot be made: {}", folder, error.message()));
+        throw std::runtime_error(
+            fmt::format("{}: the folder cannot be made: {}", folder, error.message()));
     }
     const auto put = [&](const std::string& name, const scene::MemoryPicture& picture) {
         if (!picture.pixels.empty()) {
-            write(outputs, (fs::path(folder) / name).string(), pngFileOf(picture));
+            outputs.write((fs::path(folder) / name).string(), pngFileOf(picture));
         }
     };
     const std::vector<scene::MemoryPicture> images = scene::imagePictures(file, scene);
@@ -108,7 +96,7 @@ void exportFile(const ExportArguments& arguments, const VxbFile& file) {
     TemporaryFiles temporaryFiles;
     const SignalWatch signalWatch(temporaryFiles);
     StagedOutputs outputs(temporaryFiles);
-    write(outputs, outputName(arguments), bytes);
+    outputs.write(outputName(arguments), bytes);
     if (!arguments.textures.empty()) {
         writeTextures(arguments.textures, file, scene, outputs);
     }
@@ -120,6 +108,10 @@ ExitStatus runExport(ExportArguments arguments) {
     checkPositive("--fps", arguments.gltf.fps);
     if (arguments.file == "-" && arguments.output.empty()) {
         throw CLI::ValidationError("-o", "is needed for a file from standard input");
+    }
+    std::error_code notThere;
+    if (fs::equivalent(arguments.file, outputName(arguments), notThere)) {
+        throw CLI::ValidationError("-o", fmt::format("{} is the input", arguments.file));
     }
     arguments.gltf.motions = !arguments.noMotions;
     try {
@@ -145,8 +137,7 @@ void addExport(CLI::App& app, Session& session) {
     command->add_option("FILE", arguments->file, "The VXB file, or a model (.mqf)")
         ->type_name("")
         ->required();
-    command
-        ->add_option("-o,--output", arguments->output, "The file to write (FILE's name and .glb)")
+    command->add_option("-o", arguments->output, "The file to write (FILE's name and .glb)")
         ->option_text("FILE");
     command->add_option("--unit", arguments->gltf.unit, "Metres that a unit is (0.001)")
         ->option_text("F");
