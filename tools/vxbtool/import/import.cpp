@@ -1,5 +1,6 @@
 #include "vxbtool/import/import.h"
 
+#include <cerrno>
 #include <algorithm>
 #include <cstddef>
 #include <cstdio>
@@ -115,7 +116,7 @@ std::string converted(const ImportedModel& model, const std::string& name) {
 void writeBytes(const std::string& path, const std::string& bytes, StagedOutputs& outputs) {
     const std::unique_ptr<mqf2vxb::OutputFile> file = outputs.create(path);
     if (file == nullptr || !file->write(bytes) || !file->close()) {
-        mqf2vxb::cannotWrite(path);
+        mqf2vxb::cannotWrite(path, errno);
     }
 }
 
