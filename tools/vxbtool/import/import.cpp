@@ -1,7 +1,7 @@
 #include "vxbtool/import/import.h"
 
-#include <cerrno>
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <cstdio>
 #include <filesystem>
