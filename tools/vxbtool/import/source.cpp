@@ -107,7 +107,11 @@ void checkNodes(const aiScene& scene) {
         const std::span<const unsigned> meshes(node.mMeshes, node.mNumMeshes);
         require(std::ranges::all_of(meshes, [&](unsigned m) { return m < scene.mNumMeshes; }),
                 "a node names a mesh");
-        open.insert(open.end(), node.mChildren, node.mChildren + node.mNumChildren);
+        for (const aiNode* child : items(node.mChildren, node.mNumChildren)) {
+            if (child != nullptr) {  // some readers leave places of children empty
+                open.push_back(child);
+            }
+        }
     }
 }
 
