@@ -64,10 +64,11 @@ std::array<float, 4> backgroundOf(const Request& request) {
 /// A picture that is background everywhere.
 Picture emptyPicture(const Request& request) {
     Picture picture{request.width, request.height, {}};
-    picture.bytes.resize(std::size_t{request.width} * request.height * 4);
+    picture.bytes.resize(std::size_t{request.width} * request.height * Picture::channels);
     if (request.background) {
         for (std::size_t i = 0; i < picture.bytes.size(); ++i) {
-            picture.bytes[i] = i % 4 == 3 ? 255 : (*request.background)[i % 4];
+            const std::size_t channel = i % Picture::channels;
+            picture.bytes[i] = channel < 3 ? (*request.background)[channel] : 255;
         }
     }
     return picture;

@@ -8,10 +8,8 @@
 namespace vxbtool::render {
 namespace {
 
-constexpr std::size_t channels = 4;
-
 bool isOpaque(const Picture& picture) {
-    for (std::size_t i = channels - 1; i < picture.bytes.size(); i += channels) {
+    for (std::size_t i = Picture::channels - 1; i < picture.bytes.size(); i += Picture::channels) {
         if (picture.bytes[i] != 255) {
             return false;
         }
@@ -21,9 +19,9 @@ bool isOpaque(const Picture& picture) {
 
 std::vector<std::uint8_t> withoutAlpha(const std::vector<std::uint8_t>& bytes) {
     std::vector<std::uint8_t> result;
-    result.reserve(bytes.size() / channels * (channels - 1));
+    result.reserve(bytes.size() / Picture::channels * (Picture::channels - 1));
     for (std::size_t i = 0; i < bytes.size(); ++i) {
-        if (i % channels != channels - 1) {
+        if (i % Picture::channels != Picture::channels - 1) {
             result.push_back(bytes[i]);
         }
     }

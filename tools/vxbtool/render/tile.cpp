@@ -80,17 +80,17 @@ void Tile::end(const PixelArea& area, std::uint32_t x, std::uint32_t y, Picture&
     gl_.bindFramebuffer(GL_DRAW_FRAMEBUFFER, resolved_.get());
     gl_.blitFramebuffer(0, 0, width, height, 0, 0, width, height, GL_COLOR_BUFFER_BIT, GL_NEAREST);
     gl_.bindFramebuffer(GL_READ_FRAMEBUFFER, resolved_.get());
-    constexpr std::size_t channels = 4;
-    const std::size_t line = area.width * channels;
+    const std::size_t line = area.width * Picture::channels;
     std::vector<std::uint8_t> bytes(line * area.height);
     gl_.readPixels(0, 0, width, height, GL_RGBA, GL_UNSIGNED_BYTE, bytes.data());
     gl_.checkErrors();
     // The driver's lines begin at the bottom.
     for (std::uint32_t row = 0; row < area.height; ++row) {
         const std::uint8_t* from = &bytes[(area.height - 1 - row) * line];
-        std::uint8_t* to = &picture.bytes[(std::size_t{y + row} * picture.width + x) * channels];
+        std::uint8_t* to =
+            &picture.bytes[(std::size_t{y + row} * picture.width + x) * Picture::channels];
         for (std::uint32_t i = 0; i < area.width; ++i) {
-            putPixel(from + i * channels, to + i * channels);
+            putPixel(from + i * Picture::channels, to + i * Picture::channels);
         }
     }
 }
