@@ -18,9 +18,9 @@ constexpr std::uint32_t nothing = 0xFFFFFFFFU;
 /// The headers that name an independent group.
 struct GroupHeaders {
     std::vector<std::uint32_t> headers;  ///< in file order, one as often as it names the group
-    std::uint32_t next = nothing;           ///< the group that its first header names behind it
-    std::uint32_t evidence = nothing;       ///< first coordinate of one of its vertices
-    std::uint32_t later = nothing;          ///< a later group that, as a rule, is of its body
+    std::uint32_t next = nothing;        ///< the group that its first header names behind it
+    std::uint32_t evidence = nothing;    ///< first coordinate of one of its vertices
+    std::uint32_t later = nothing;       ///< a later group that, as a rule, is of its body
 };
 
 class BodyFinder {
@@ -129,7 +129,8 @@ private:
         body.end = body.first + 1;
         while (goesOn(body, evidence, types)) {
             types.insert(file_.packetGroups[body.end].code);
-            evidence = groups_[body.end].evidence != nothing ? groups_[body.end].evidence : evidence;
+            evidence =
+                groups_[body.end].evidence != nothing ? groups_[body.end].evidence : evidence;
             ++body.end;
         }
         return evidence;
@@ -141,7 +142,8 @@ private:
             return false;
         }
         const GroupHeaders& next = groups_[body.end];
-        const bool agrees = evidence == nothing || next.evidence == nothing || evidence == next.evidence;
+        const bool agrees =
+            evidence == nothing || next.evidence == nothing || evidence == next.evidence;
         return agrees && next.headers == groups_[body.first].headers &&
                !types.contains(file_.packetGroups[body.end].code) &&
                !belongsElsewhere(body.end, types);
