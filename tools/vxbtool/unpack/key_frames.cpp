@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <map>
-#include <ranges>
 #include <set>
 
 #include "format/key_frame_forms.h"
@@ -166,10 +165,10 @@ private:
         // What does not follow the groups so far lies in one of them.
         if (reading_.backward) {
             std::uint32_t start = animation_.keyFrameWords;
-            for (Span& span : std::ranges::reverse_view(spans_)) {
+            std::for_each(spans_.rbegin(), spans_.rend(), [&](Span& span) {
                 span.elsewhere = span.end > start;
                 start = span.elsewhere ? start : span.first;
-            }
+            });
         } else {
             std::uint32_t end = 0;
             for (Span& span : spans_) {

@@ -68,6 +68,7 @@ public:
     std::vector<std::uint32_t> cut() {
         const std::vector<mqf2vxb::Motion>& motions = file_.animation.motions;
         std::vector<Range> named;
+        named.reserve(motions.size());
         for (const mqf2vxb::Motion& motion : motions) {
             named.push_back(namedSteps(file_, motion));
         }

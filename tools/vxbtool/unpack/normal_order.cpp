@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <deque>
+#include <iterator>
 #include <map>
-#include <ranges>
 
 #include "model/material.h"
 #include "vxbtool/unpack/normal_namings.h"
@@ -51,9 +51,8 @@ public:
         settleRest();
         std::vector<model_text::LookUse> ordered;
         ordered.reserve(uses_.size());
-        for (const std::uint32_t p : std::ranges::reverse_view(placed_)) {
-            ordered.push_back(uses_[p]);
-        }
+        std::transform(placed_.rbegin(), placed_.rend(), std::back_inserter(ordered),
+                       [&](std::uint32_t polygon) { return uses_[polygon]; });
         uses_ = std::move(ordered);
         return namings_.hold();
     }

@@ -13,14 +13,14 @@ using mqf2vxb::PrimitiveHeader;
 using mqf2vxb::VxbFile;
 using Types = std::set<mqf2vxb::PrimitiveTypeCode>;
 
-constexpr std::uint32_t nothing = 0xFFFFFFFFU;
+constexpr std::uint32_t unknown = 0xFFFFFFFFU;  // group or coordinate
 
 /// The headers that name an independent group.
 struct GroupHeaders {
     std::vector<std::uint32_t> headers;  ///< in file order, one as often as it names the group
-    std::uint32_t next = nothing;        ///< the group that its first header names behind it
-    std::uint32_t evidence = nothing;    ///< first coordinate of one of its vertices
-    std::uint32_t later = nothing;       ///< a later group that, as a rule, is of its body
+    std::uint32_t next = unknown;        ///< the group that its first header names behind it
+    std::uint32_t evidence = unknown;    ///< first coordinate of one of its vertices
+    std::uint32_t later = unknown;       ///< a later group that, as a rule, is of its body
 };
 
 class BodyFinder {
@@ -63,7 +63,7 @@ private:
                 }
                 GroupHeaders& named = groups_[*group];
                 if (named.headers.empty() && d + 1 < end) {
-                    named.next = file_.descriptions[d + 1].group.value_or(nothing);
+                    named.next = file_.descriptions[d + 1].group.value_or(unknown);
                 }
                 named.headers.push_back(h);
             }
@@ -98,7 +98,7 @@ private:
             std::uint32_t& evidence = groups_[g].evidence;
             if (groups_[g].headers.size() > 1) {
                 forVertices(g, [&](std::uint32_t vertex) {
-                    evidence = firstOf[vertex] != nothing ? firstOf[vertex] : evidence;
+                    evidence = firstOf[vertex] != unknown ? firstOf[vertex] : evidence;
                 });
             }
         }
@@ -107,14 +107,14 @@ private:
     /// Groups of the same headers that use one vertex have the same first coordinate, so they are, as
     /// a rule, of one body.
     void linkGroups() {
-        std::vector<std::uint32_t> usedIn(hints_.coordinateOfVertex.size(), nothing);
+        std::vector<std::uint32_t> usedIn(hints_.coordinateOfVertex.size(), unknown);
         for (std::uint32_t g = 0; g < groups_.size(); ++g) {
             if (groups_[g].headers.size() < 2) {
                 continue;
             }
             forVertices(g, [&](std::uint32_t vertex) {
                 const std::uint32_t before = std::exchange(usedIn[vertex], g);
-                if (before != nothing && before != g &&
+                if (before != unknown && before != g &&
                     groups_[before].headers == groups_[g].headers) {
                     groups_[before].later = g;
                 }
@@ -130,7 +130,7 @@ private:
         while (goesOn(body, evidence, types)) {
             types.insert(file_.packetGroups[body.end].code);
             evidence =
-                groups_[body.end].evidence != nothing ? groups_[body.end].evidence : evidence;
+                groups_[body.end].evidence != unknown ? groups_[body.end].evidence : evidence;
             ++body.end;
         }
         return evidence;
@@ -143,7 +143,7 @@ private:
         }
         const GroupHeaders& next = groups_[body.end];
         const bool agrees =
-            evidence == nothing || next.evidence == nothing || evidence == next.evidence;
+            evidence == unknown || next.evidence == unknown || evidence == next.evidence;
         return agrees && next.headers == groups_[body.first].headers &&
                !types.contains(file_.packetGroups[body.end].code) &&
                !belongsElsewhere(body.end, types);
@@ -151,7 +151,7 @@ private:
 
     /// Whether a group is of a body that has another group of a type which is taken.
     [[nodiscard]] bool belongsElsewhere(std::size_t group, const Types& types) const {
-        for (std::uint32_t g = groups_[group].later; g != nothing; g = groups_[g].later) {
+        for (std::uint32_t g = groups_[group].later; g != unknown; g = groups_[g].later) {
             if (types.contains(file_.packetGroups[g].code)) {
                 return true;
             }
@@ -166,15 +166,15 @@ private:
         };
         // Where nothing else tells, a coordinate that owns shared normals without shared vertices has
         // them from polygons that lie in it first.
-        if (evidence == nothing && headers.size() > 1) {
+        if (evidence == unknown && headers.size() > 1) {
             const auto owner = std::ranges::find_if(headers, [&](std::uint32_t header) {
                 return hints_.normalOwners.contains(coordinate(header));
             });
-            evidence = owner != headers.end() ? coordinate(*owner) : nothing;
+            evidence = owner != headers.end() ? coordinate(*owner) : unknown;
         }
         constexpr int mostOrders = 1000;
         for (int tries = 0; headers.size() > 1 && tries < mostOrders; ++tries) {
-            const bool fits = evidence == nothing || coordinate(headers.front()) == evidence;
+            const bool fits = evidence == unknown || coordinate(headers.front()) == evidence;
             if ((fits && !used_.contains(headers)) ||
                 !std::next_permutation(headers.begin(), headers.end())) {
                 break;

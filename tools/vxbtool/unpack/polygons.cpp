@@ -144,7 +144,7 @@ private:
             }
             for (std::size_t i = 0; i < corners; ++i) {
                 const auto texel = static_cast<std::int32_t>(texels[i] >> shift & 0xFFU);
-                numbers[kind.cornerStart() + 2 * corners_.corners()[i] + axis] =
+                numbers[kind.cornerStart() + 2UL * corners_.corners()[i] + axis] =
                     texel - static_cast<std::int32_t>(start) + (allBefore ? pageSize : 0);
             }
         };
