@@ -246,8 +246,7 @@ BENCHMARK(gather)->UseManualTime()->Unit(benchmark::kMillisecond);
 
 void prepareMotions(State& state) {
     timeWork(
-        state, [] { return readFamily("motions"); },
-        [](Model& model) { prepareAnimation(model); });
+        state, [] { return readFamily("motions"); }, [](Model& model) { prepareAnimation(model); });
 }
 BENCHMARK(prepareMotions)->UseManualTime()->Unit(benchmark::kMillisecond);
 

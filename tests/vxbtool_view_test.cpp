@@ -92,7 +92,7 @@ TEST_F(ViewCommand, RefusesWhatItCannotShowAndLeavesFilesAlone) {
     const TestFolder::Result damaged = runView(folder, "damaged.vxb");
     EXPECT_EQ(damaged.status, 1);
     EXPECT_THAT(damaged.output, HasSubstr("damaged.vxb: the file has errors"));
-    EXPECT_THAT(folder.read("damaged.html"), HasSubstr(R"("code":"VXB003")"));
+    EXPECT_THAT(folder.read("damaged.html"), HasSubstr(R"("code":"VXB012")"));
 }
 
 TEST_F(ViewCommand, OpensThePageWithTheFirstProgramThatIsThere) {

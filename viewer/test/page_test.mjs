@@ -39,7 +39,7 @@ function run(...parameters) {
 
 async function open(options = {}, prepare = () => {}) {
   const address = pathToFileURL(join(folder, "page.html")).href;
-  const opened = await browser.newPage({ viewport: { width: 1000, height: 700 }, ...options });
+  const opened = await browser.newPage({ viewport: { width: 800, height: 500 }, ...options });
   opened.setDefaultTimeout(patience);
   troubles = [];
   opened.on("console", (message) => {

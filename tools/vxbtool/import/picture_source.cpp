@@ -109,7 +109,7 @@ std::optional<fs::path> findFile(const std::string& modelFile, std::string name)
         }
     }
     for (const fs::path& path : candidates) {
-        if (const auto found = inAnyCase(path)) {
+        if (auto found = inAnyCase(path)) {
             return found;
         }
     }

@@ -148,8 +148,9 @@ std::array<float, 2> reachOf(const pictures::PlacedTexture& texture) {
         return {1, 1};
     }
     constexpr std::uint32_t texels = 256;
-    return {static_cast<float>(texels / texture.width),
-            static_cast<float>(texels / texture.height)};
+    const std::uint32_t across = texels / texture.width;
+    const std::uint32_t down = texels / texture.height;
+    return {static_cast<float>(across), static_cast<float>(down)};
 }
 
 }  // namespace

@@ -128,7 +128,7 @@ void check(const aiScene* scene) {
 }  // namespace
 
 struct Source::Loader {
-    explicit Loader(const SourceOptions& given) : options(given) {}
+    explicit Loader(SourceOptions given) : options(std::move(given)) {}
 
     SourceOptions options;
     Assimp::Importer importer;
