@@ -74,7 +74,7 @@ void addPolygon(const std::vector<Vector>& corners, Surface& surface) {
         return;
     }
     // Of a few corners any three may be a triangle of some way, of many those of the fans are.
-    constexpr std::size_t few = 12;
+    constexpr std::size_t few = 24;
     for (std::size_t from = 0; from < count; ++from) {
         surface.certain.push_back({corners[from], corners[(from + 1) % count], corners[from]});
         for (std::size_t i = from + 1; count <= few && i < count; ++i) {
