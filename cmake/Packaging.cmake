@@ -6,6 +6,7 @@ install(
     FILES
         docs/conventions.md
         docs/findings.md
+        docs/import.md
         docs/json-schema.md
         docs/limits.md
         docs/model-files.md

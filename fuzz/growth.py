@@ -184,9 +184,17 @@ def long_words(n):
     return model(geometry(3, [triangle(0, 1, 2)]), materials(rows), hierarchy(1, ["0 3 0-2"]))
 
 
-CONVERT = ["{converter}", "m.mqf"]
-LINT = ["{vxbtool}", "lint", "m.mqf"]
-LINT_ALL = ["{vxbtool}", "lint", "--all", "--json", "m.mqf"]
+def long_lists(n):
+    """Three vertices that lie in n coordinates."""
+    return model(geometry(3, [triangle(0, 1, 2)]), materials(["0 1 F C 1 2 3"]),
+                 hierarchy(n, [f"{c} 3 0-2" for c in range(n)]))
+
+
+# What is done with a model: a name, and the command.
+CONVERT = ("convert", ["{converter}", "m.mqf"])
+LINT = ("lint", ["{vxbtool}", "lint", "m.mqf"])
+LINT_ALL = ("lint --all --json", ["{vxbtool}", "lint", "--all", "--json", "m.mqf"])
+UNPACK = ("unpack", ["sh", "-c", "{converter} m.mqf && {vxbtool} unpack --out-dir . --name u m.vxb"])
 
 # Each grows from the first size to GROWTH times it.
 GROWING = [
@@ -204,6 +212,7 @@ GROWING = [
     (normals_of_no_length, 50000, LINT_ALL),
     (long_words, 1000, LINT),
     (long_words, 1000, LINT_ALL),
+    (long_lists, 10000, UNPACK),
 ]
 # Each at a size just below a ceiling of docs/limits.md, or far above it.
 BOUNDED = [
@@ -228,7 +237,7 @@ class Run:
                 os._exit(0)
             os.wait()
             read = sum(file.stat().st_size for file in pathlib.Path(folder).iterdir())
-            arguments = [part.format(**programs) for part in command]
+            arguments = [part.format(**programs) for part in command[1]]
             output = pathlib.Path(folder, "output")
             with output.open("wb") as stream:
                 child = subprocess.Popen(arguments, cwd=folder, stdout=stream, stderr=stream)
@@ -238,7 +247,7 @@ class Run:
                 stream.seek(-min(4096, output.stat().st_size), os.SEEK_END)
                 end = stream.read()
             if child.returncode < 0 or b"alloc" in end:
-                raise SystemExit(f"{make.__name__} {size}: {arguments[0]} ended with "
+                raise SystemExit(f"{make.__name__} {size}: {command[0]} ended with "
                                  f"{child.returncode}\n{end.decode('latin-1')}")
             written = sum(file.stat().st_size for file in pathlib.Path(folder).iterdir()) - read
         self.bytes = read + written
@@ -270,7 +279,7 @@ def main():
             small = Run(make, size, command, programs)
             large = Run(make, GROWTH * size, command, programs)
             growth = max(GROWTH, large.bytes / small.bytes) * NOISE
-            judge(f"{make.__name__} {GROWTH * size}: {' '.join(command[1:-1]) or 'convert'}", large,
+            judge(f"{make.__name__} {GROWTH * size}: {command[0]}", large,
                   max(small.time, LEAST_TIME) * growth, max(small.memory, LEAST_MEMORY) * growth)
     reference = Run(ordinary, 100000, CONVERT, programs)
     for make, size, command in BOUNDED:

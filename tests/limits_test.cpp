@@ -118,7 +118,7 @@ const Limit limits[] = {
          return model;
      }},
     // Ten coordinates in which 1024 vertices lie or do not, in all ways, and n in which all lie.
-    {"coordinates that make 1024 lists longer", 1021,
+    {"coordinates that make 1024 lists longer", 1023,
      [](std::size_t n) {
          ModelFiles model = triangles(1024, 0, 1, "0", "C 0 0 0");
          model.frm = hierarchy(10 + n);

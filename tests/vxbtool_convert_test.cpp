@@ -124,7 +124,7 @@ TEST_F(Convert, RemovesTemporaryFilesOnASignal) {
 TEST_F(Convert, ReportsAFileThatMayNotGrow) {
     const std::string report = "\nCan't write this file!\n\nFile Name:m.vxb\n";
     EXPECT_EQ(folder.run("ulimit -f 1; '" VXBTOOL_PROGRAM "' convert m.mqf").output,
-              "m.vxb: the file cannot be written to its end\n" + report);
+              "m.vxb: the file cannot be written to its end: File too large\n" + report);
     EXPECT_FALSE(leftTemporaryFiles());
     EXPECT_THAT(folder.run("ulimit -f 1; '" MQF2VXB_PROGRAM "' m.mqf").output,
                 testing::EndsWith(report));

@@ -11,40 +11,16 @@
 #include <nlohmann/json.hpp>
 
 #include "support/memory_files.h"
+#include "support/session.h"
 #include "support/test_folder.h"
 
 namespace vxbtool {
 namespace {
 
+using mqf2vxb::tests::expectSession;
+using mqf2vxb::tests::runIn;
 using mqf2vxb::tests::TestFolder;
 using nlohmann::json;
-
-/// Runs a command line of this program in a folder.
-TestFolder::Result runIn(const TestFolder& folder, const std::string& command) {
-    const auto programs = std::filesystem::path(VXBTOOL_PROGRAM).parent_path().string();
-    return folder.run("PATH='" + programs + "':$PATH; " + command);
-}
-
-/// A line of a session with "$" is a command, the lines behind it are what it prints, the last of them
-/// "[N]" when it ends with another status than 0.
-void expectSession(const TestFolder& folder, const std::string& name) {
-    std::ifstream session(name);
-    std::string command, expected, actual;
-    for (std::string line; std::getline(session, line);) {
-        if (!line.starts_with("$ ")) {
-            expected += line + "\n";
-            continue;
-        }
-        EXPECT_EQ(actual, expected) << command;
-        command = line.substr(2);
-        const TestFolder::Result result = runIn(folder, command);
-        const std::string status = "[" + std::to_string(result.status) + "]\n";
-        actual = result.output + (result.status != 0 ? status : "");
-        expected.clear();
-    }
-    EXPECT_EQ(actual, expected) << command;
-    EXPECT_NE(command, "");
-}
 
 TEST(Inspect, PrintsWhatTheSessionHolds) {
     const TestFolder folder;

@@ -93,15 +93,11 @@ private:
     void draw(const std::vector<std::string>& material, std::size_t number,
               const std::vector<std::string>& polygon) {
         const std::size_t corners = polygon[0] == "0" ? 3 : 4;
-        const bool unlit = (std::stoul(material[1], nullptr, 16) & 1U) != 0;
-        const std::size_t normals = unlit ? 0 : material[2] == "F" ? 1 : corners;
         std::set<std::string> own;
         for (std::size_t k = 0; k < corners; ++k) {
             vertices_.insert(std::stoul(polygon[1 + k]));
             own.insert(polygon[1 + k]);
-            if (k < normals) {
-                normals_.insert(std::stoul(polygon[5 + k]));
-            }
+            normals_.insert(std::stoul(polygon[5 + k]));  // drawn with or not
         }
         if (own.size() < corners) {
             repeating_.insert(number);

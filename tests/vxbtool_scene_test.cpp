@@ -192,9 +192,9 @@ TEST(Scene, PlacesCoordinatesAtRestAndInMotion) {
     constexpr float quarter = std::numbers::pi_v<float> / 2;
     scene::Track elbow;
     elbow.coordinate = 1;
-    elbow.keys = {{0, {.angles = Vector3{0, 0, 0}}, true},
-                  {10, {.angles = Vector3{0, quarter, quarter}}, false},
-                  {20, {.scale = Vector3{2, 3, 1}}, false}};
+    elbow.keys = {{0, {std::nullopt, Vector3{0, 0, 0}, std::nullopt}, true},
+                  {10, {std::nullopt, Vector3{0, quarter, quarter}, std::nullopt}, false},
+                  {20, {std::nullopt, std::nullopt, Vector3{2, 3, 1}}, false}};
     elbow.frames = 30;
     scene::Motion motion{{elbow}, 30};
     EXPECT_EQ(end(placements(scene, motion, 0)), "0 115 0");

@@ -15,10 +15,10 @@ using testing::HasSubstr;
 
 // The pages themselves are looked at in a browser, by viewer/test/page_test.mjs.
 
-/// Runs vxbtool in the folder, with standard error behind standard output.
-TestFolder::Result run(const TestFolder& folder, const std::string& arguments,
-                       const std::string& environment = "") {
-    return folder.run(environment + " '" VXBTOOL_PROGRAM "' " + arguments);
+/// Runs vxbtool view in the folder, with standard error behind standard output.
+TestFolder::Result runView(const TestFolder& folder, const std::string& arguments,
+                           const std::string& environment = "") {
+    return folder.run(environment + " '" VXBTOOL_PROGRAM "' view " + arguments);
 }
 
 TEST(ViewPage, HoldsTheModelSoThatNothingEndsItsElement) {
@@ -36,7 +36,7 @@ TEST(View, WithoutThePageItTellsHowToGetIt) {
         GTEST_SKIP() << "this build has the page";
     }
     const TestFolder folder;
-    const TestFolder::Result result = run(folder, "view '" MQF2VXB_EXAMPLES "/crawler.mqf'");
+    const TestFolder::Result result = runView(folder, "'" MQF2VXB_EXAMPLES "/crawler.mqf'");
     EXPECT_EQ(result.status, 1);
     EXPECT_THAT(result.output, HasSubstr("MQF2VXB_BUILD_VIEWER=ON"));
 }
@@ -58,18 +58,18 @@ protected:
 };
 
 TEST_F(ViewCommand, WritesThePageBesideTheFileOrWhereToldTo) {
-    EXPECT_EQ(run(folder, "view crawler.vxb").output, "");
+    EXPECT_EQ(runView(folder, "crawler.vxb").output, "");
     const std::string page = folder.read("crawler.html");
     EXPECT_THAT(page, HasSubstr(R"("name":"crawler.vxb")"));
     EXPECT_EQ(page.find("@MODEL_"), std::string::npos);
 
-    EXPECT_EQ(run(folder, "view -o named.html crawler.vxb").status, 0);
+    EXPECT_EQ(runView(folder, "-o named.html crawler.vxb").status, 0);
     EXPECT_EQ(folder.read("named.html"), page);
-    EXPECT_EQ(run(folder, "view -o - crawler.vxb > piped.html").status, 0);
+    EXPECT_EQ(runView(folder, "-o - crawler.vxb > piped.html").status, 0);
     EXPECT_EQ(folder.read("piped.html"), page);
     // The model makes the same page, but for its name.
-    EXPECT_EQ(run(folder, "view --base '" MQF2VXB_EXAMPLES "' -o model.html '" MQF2VXB_EXAMPLES
-                          "/crawler.mqf'")
+    EXPECT_EQ(runView(folder, "--base '" MQF2VXB_EXAMPLES "' -o model.html '" MQF2VXB_EXAMPLES
+                              "/crawler.mqf'")
                   .output,
               "");
     EXPECT_EQ(folder.read("model.html").size(), page.size());
@@ -77,19 +77,19 @@ TEST_F(ViewCommand, WritesThePageBesideTheFileOrWhereToldTo) {
 
 TEST_F(ViewCommand, RefusesWhatItCannotShowAndLeavesFilesAlone) {
     folder.write("crawler.html", "kept");
-    EXPECT_EQ(run(folder, "view none.vxb").output,
+    EXPECT_EQ(runView(folder, "none.vxb").output,
               "none.vxb: the file cannot be read: No such file or directory\n");
-    EXPECT_EQ(run(folder, "view none.mqf").status, 1);
-    EXPECT_THAT(run(folder, "view -o none/crawler.html crawler.vxb").output,
+    EXPECT_EQ(runView(folder, "none.mqf").status, 1);
+    EXPECT_THAT(runView(folder, "-o none/crawler.html crawler.vxb").output,
                 HasSubstr("none/crawler.html: "));
-    EXPECT_EQ(run(folder, "view -o ./crawler.vxb crawler.vxb").status, 2);
-    EXPECT_EQ(run(folder, "view - < crawler.vxb").status, 2);
-    EXPECT_EQ(run(folder, "view --open -o - crawler.vxb").status, 2);
+    EXPECT_EQ(runView(folder, "-o ./crawler.vxb crawler.vxb").status, 2);
+    EXPECT_EQ(runView(folder, "- < crawler.vxb").status, 2);
+    EXPECT_EQ(runView(folder, "--open -o - crawler.vxb").status, 2);
     EXPECT_EQ(folder.read("crawler.html"), "kept");
 
     // What can be read of a damaged file is shown, with what check finds.
     folder.run("head -c 20000 crawler.vxb > damaged.vxb");
-    const TestFolder::Result damaged = run(folder, "view damaged.vxb");
+    const TestFolder::Result damaged = runView(folder, "damaged.vxb");
     EXPECT_EQ(damaged.status, 1);
     EXPECT_THAT(damaged.output, HasSubstr("damaged.vxb: the file has errors"));
     EXPECT_THAT(folder.read("damaged.html"), HasSubstr(R"("code":"VXB003")"));
@@ -100,13 +100,13 @@ TEST_F(ViewCommand, OpensThePageWithTheFirstProgramThatIsThere) {
     folder.run("chmod +x show");
     const std::string page = folder.path().string() + "/crawler.html";
     const std::string browser = "BROWSER=none:" + folder.path().string() + "/show";
-    EXPECT_EQ(run(folder, "view --open crawler.vxb", browser + " SHOWN=0").output,
+    EXPECT_EQ(runView(folder, "--open crawler.vxb", browser + " SHOWN=0").output,
               "shows " + page + "\n");
-    const TestFolder::Result failed = run(folder, "view --open crawler.vxb", browser + " SHOWN=3");
+    const TestFolder::Result failed = runView(folder, "--open crawler.vxb", browser + " SHOWN=3");
     EXPECT_EQ(failed.status, 1);
     EXPECT_THAT(failed.output, HasSubstr("show could not show crawler.html"));
     const TestFolder::Result nothing =
-        run(folder, "view --open crawler.vxb", "BROWSER= PATH=" + folder.path().string());
+        runView(folder, "--open crawler.vxb", "BROWSER= PATH=" + folder.path().string());
     EXPECT_EQ(nothing.status, 1);
     EXPECT_THAT(nothing.output, HasSubstr("neither xdg-open nor a program of $BROWSER"));
 }

@@ -48,6 +48,7 @@ if(MQF2VXB_BUILD_IMPORT)
         vxbtool/import/point_table.cpp
         vxbtool/import/progress_line.cpp
         vxbtool/import/report.cpp
+        vxbtool/import/round_polygons.cpp
         vxbtool/import/sampler.cpp
         vxbtool/import/seams.cpp
         vxbtool/import/simplifying.cpp

@@ -73,9 +73,18 @@ void addPolygon(const std::vector<Vector>& corners, Surface& surface) {
         fan(0, surface.certain);
         return;
     }
+    // Of a few corners any three may be a triangle of some way, of many those of the fans are.
+    constexpr std::size_t few = 12;
     for (std::size_t from = 0; from < count; ++from) {
         surface.certain.push_back({corners[from], corners[(from + 1) % count], corners[from]});
-        fan(from, surface.triangles);
+        for (std::size_t i = from + 1; count <= few && i < count; ++i) {
+            for (std::size_t k = i + 1; k < count; ++k) {
+                surface.triangles.push_back({corners[from], corners[i], corners[k]});
+            }
+        }
+        if (count > few) {
+            fan(from, surface.triangles);
+        }
     }
 }
 
@@ -91,7 +100,9 @@ Surface surfaceOf(const aiScene& scene, double scale) {
         open.pop_back();
         const Matrix matrix = parent * Matrix(node->mTransformation);
         for (unsigned c = 0; c < node->mNumChildren; ++c) {
-            open.emplace_back(node->mChildren[c], matrix);
+            if (node->mChildren[c] != nullptr) {
+                open.emplace_back(node->mChildren[c], matrix);
+            }
         }
         for (unsigned m = 0; m < node->mNumMeshes; ++m) {
             const aiMesh& mesh = *scene.mMeshes[node->mMeshes[m]];

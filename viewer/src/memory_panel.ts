@@ -39,6 +39,7 @@ export function memoryPanel(data: ModelData): MemoryPanel {
     }),
   );
   const sheet = element("div", { class: "sheet", style: `--ratio: ${shown.width} / ${shown.height}` }, overlay);
+  const view = new View(shown, sheet, data.places.find(({ clut }) => !clut) ?? shown);
   const told = element("p", { class: "told", role: "status" }, "Click a textured polygon or a rectangle.");
   panel.append(
     element(
@@ -46,12 +47,47 @@ export function memoryPanel(data: ModelData): MemoryPanel {
       { class: "hint" },
       `Columns ${shown.x} to ${shown.x + shown.width - 1} of 16 bits, lines ${shown.y} to ${shown.y + shown.height - 1}. Texels of 4 and 8 bits are squeezed into their columns.`,
     ),
-    zoomButtons(sheet),
-    element("div", { class: "memory", tabindex: 0, role: "group", "aria-label": "Image memory" }, sheet),
+    zoomButtons(sheet, view),
+    view.element,
     told,
-    imageList(data, overlay),
+    imageList(data, overlay, view),
   );
-  return { panel, mark: marker(shown, sheet, overlay, told) };
+  return { panel, mark: marker(overlay, told, view) };
+}
+
+/** The part of the sheet that is seen, around what was looked at last. */
+class View {
+  readonly element: HTMLElement;
+  private middle: Texel;
+
+  constructor(
+    private readonly shown: Rectangle,
+    private readonly sheet: HTMLElement,
+    first: Rectangle,
+  ) {
+    this.element = element(
+      "div",
+      { class: "memory", tabindex: 0, role: "group", "aria-label": "Image memory" },
+      sheet,
+    );
+    this.middle = middleOf(first);
+    // The panel may have been closed when it was to look.
+    new ResizeObserver(() => this.look()).observe(this.element);
+  }
+
+  /** Looks at a place of image memory, or again at the last one. */
+  look(place: Texel = this.middle): void {
+    this.middle = place;
+    const { shown, sheet, element } = this;
+    element.scrollTo({
+      left: ((place.x - shown.x) / shown.width) * sheet.clientWidth - element.clientWidth / 2,
+      top: ((place.y - shown.y) / shown.height) * sheet.clientHeight - element.clientHeight / 2,
+    });
+  }
+}
+
+function middleOf({ x, y, width, height }: Rectangle): Texel {
+  return { x: x + width / 2, y: y + height / 2 };
 }
 
 /** The part of image memory that images cover. */
@@ -62,7 +98,7 @@ function usedPart(memory: Memory, places: readonly ImagePlace[]): Rectangle {
   return { x, y, width: Math.min(memory.width, right) - x, height: memory.height - y };
 }
 
-function zoomButtons(sheet: HTMLElement): HTMLElement {
+function zoomButtons(sheet: HTMLElement, view: View): HTMLElement {
   const group = element("div", { class: "buttons", role: "group", "aria-label": "Zoom of the images" });
   const buttons = zooms.map((zoom) => {
     const button = element("button", { type: "button", "aria-pressed": zoom === 1 }, `${zoom}×`);
@@ -71,6 +107,7 @@ function zoomButtons(sheet: HTMLElement): HTMLElement {
       for (const each of buttons) {
         each.setAttribute("aria-pressed", String(each === button));
       }
+      view.look();
     });
     return button;
   });
@@ -83,7 +120,7 @@ function placeName({ image, clut }: ImagePlace): string {
 }
 
 /** The rectangles, and a list in which each can be chosen by its name. */
-function imageList(data: ModelData, overlay: SVGElement): HTMLElement {
+function imageList(data: ModelData, overlay: SVGElement, view: View): HTMLElement {
   const list = element("ul", { class: "images" });
   let chosen = -1;
   const rows: { rectangle: SVGElement; button: HTMLElement }[] = [];
@@ -94,6 +131,10 @@ function imageList(data: ModelData, overlay: SVGElement): HTMLElement {
       button.setAttribute("aria-pressed", String(each === chosen));
     });
     rows[chosen]?.button.scrollIntoView({ block: "nearest" });
+    const place = data.places[chosen];
+    if (place) {
+      view.look(middleOf(place));
+    }
   };
   data.places.forEach((place, index) => {
     const { x, y, width, height, clut, depth } = place;
@@ -117,7 +158,7 @@ function imageList(data: ModelData, overlay: SVGElement): HTMLElement {
   return list;
 }
 
-function marker(shown: Rectangle, sheet: HTMLElement, overlay: SVGElement, told: HTMLElement): MemoryPanel["mark"] {
+function marker(overlay: SVGElement, told: HTMLElement, view: View): MemoryPanel["mark"] {
   const mark = svg("g", { class: "mark" });
   return (picture, texels, what) => {
     mark.replaceChildren();
@@ -134,13 +175,9 @@ function marker(shown: Rectangle, sheet: HTMLElement, overlay: SVGElement, told:
       mark.append(svg("rect", { ...picture.clut, ...size }));
     }
     overlay.append(mark);
-    const first = points[0];
-    const view = sheet.parentElement;
-    if (first && view) {
-      view.scrollTo({
-        left: ((first.x - shown.x) / shown.width) * sheet.clientWidth - view.clientWidth / 2,
-        top: ((first.y - shown.y) / shown.height) * sheet.clientHeight - view.clientHeight / 2,
-      });
+    const [first] = points;
+    if (first) {
+      view.look(first);
     }
   };
 }

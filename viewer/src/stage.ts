@@ -38,7 +38,7 @@ export class Stage {
     place.append(this.canvas);
 
     // From the viewer's upper left.
-    this.lamp.position.set(-1, 1.5, 1.2);
+    this.lamp.position.set(-0.48, 0.64, 0.6);
     this.camera.add(this.lamp, this.lamp.target);
     this.scene.add(this.camera, this.ambient);
     this.setLight(true);
@@ -54,8 +54,8 @@ export class Stage {
   }
 
   setLight(on: boolean): void {
-    this.lamp.intensity = on ? 0.8 * full : 0;
-    this.ambient.intensity = on ? 0.35 * full : full;
+    this.lamp.intensity = on ? full : 0;
+    this.ambient.intensity = on ? 0.22 * full : full;
     this.draw();
   }
 

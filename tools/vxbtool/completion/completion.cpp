@@ -133,6 +133,10 @@ std::vector<std::string> extensionsOf(const CLI::App& command) {
         if (name == "FILE" || name == "OLD") {
             extensions.emplace_back("vxb");
         }
+        if (name == "MODEL") {
+            extensions.insert(extensions.end(),
+                              {"glb", "gltf", "fbx", "obj", "dae", "blend", "3ds", "ply", "stl"});
+        }
         if (name == "PICTURE") {
             extensions.insert(extensions.end(),
                               {"png", "jpg", "jpeg", "tga", "bmp", "gif", "psd", "ppm", "pgm"});

@@ -6,8 +6,8 @@
 #include <filesystem>
 #include <memory>
 #include <span>
+#include <stdexcept>
 #include <string>
-#include <string_view>
 #include <system_error>
 #include <vector>
 
@@ -21,10 +21,10 @@
 #include "vxbtool/scene/scene.h"
 #include "vxbtool/shared/any_model.h"
 #include "vxbtool/shared/png.h"
-#include "vxbtool/shared/printable.h"
 #include "vxbtool/shared/signals.h"
 #include "vxbtool/shared/staged_outputs.h"
 #include "vxbtool/shared/standard_streams.h"
+#include "vxbtool/shared/text_output.h"
 
 namespace vxbtool {
 namespace {
@@ -48,14 +48,6 @@ struct ExportArguments {
     AnyModelOptions models;
 };
 
-/// What cannot be written; what() tells.
-class NotWritten : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
-
-void say(const std::string& text) { fmt::print(stderr, "{}\n", printableLines(text)); }
-
 void checkPositive(const char* option, double value) {
     if (!(value > 0) || !std::isfinite(value)) {
         throw CLI::ValidationError(option, "has to be greater than 0");
@@ -69,13 +61,6 @@ std::string outputName(const ExportArguments& arguments) {
     return fs::path(arguments.file).replace_extension(".glb").string();
 }
 
-void write(StagedOutputs& outputs, const std::string& name, std::string_view bytes) {
-    const std::unique_ptr<mqf2vxb::OutputFile> file = outputs.create(name);
-    if (!file->write(bytes) || !file->close()) {
-        throw NotWritten(fmt::format("{}: the file cannot be written", name));
-    }
-}
-
 std::string pngFileOf(const scene::MemoryPicture& picture) {
     const std::span<const scene::Rgba> pixels(picture.pixels);
     return pngOf(picture.width, picture.height,
@@ -87,11 +72,12 @@ void writeTextures(const std::string& folder, const VxbFile& file, const scene::
     std::error_code error;
     fs::create_directories(folder, error);
     if (error) {
-        throw NotWritten(fmt::format("{}: the folder cannot be made: {}", folder, error.message()));
+        throw std::runtime_error(
+            fmt::format("{}: the folder cannot be made: {}", folder, error.message()));
     }
     const auto put = [&](const std::string& name, const scene::MemoryPicture& picture) {
         if (!picture.pixels.empty()) {
-            write(outputs, (fs::path(folder) / name).string(), pngFileOf(picture));
+            outputs.write((fs::path(folder) / name).string(), pngFileOf(picture));
         }
     };
     const std::vector<scene::MemoryPicture> images = scene::imagePictures(file, scene);
@@ -104,13 +90,13 @@ void writeTextures(const std::string& folder, const VxbFile& file, const scene::
 void exportFile(const ExportArguments& arguments, const VxbFile& file) {
     const scene::Scene scene = scene::makeScene(file);
     for (const std::string& warning : scene.warnings) {
-        say(fmt::format("{}: {}", arguments.file, warning));
+        printError(fmt::format("{}: {}", arguments.file, warning));
     }
     const std::string bytes = gltf::glb(scene, arguments.gltf);
     TemporaryFiles temporaryFiles;
     const SignalWatch signalWatch(temporaryFiles);
     StagedOutputs outputs(temporaryFiles);
-    write(outputs, outputName(arguments), bytes);
+    outputs.write(outputName(arguments), bytes);
     if (!arguments.textures.empty()) {
         writeTextures(arguments.textures, file, scene, outputs);
     }
@@ -123,6 +109,10 @@ ExitStatus runExport(ExportArguments arguments) {
     if (arguments.file == "-" && arguments.output.empty()) {
         throw CLI::ValidationError("-o", "is needed for a file from standard input");
     }
+    std::error_code notThere;
+    if (fs::equivalent(arguments.file, outputName(arguments), notThere)) {
+        throw CLI::ValidationError("-o", fmt::format("{} is the input", arguments.file));
+    }
     arguments.gltf.motions = !arguments.noMotions;
     try {
         const VxbFile file = readAnyModel(arguments.file, arguments.models);
@@ -130,11 +120,11 @@ ExitStatus runExport(ExportArguments arguments) {
         mqf2vxb::withMemory([&] { exportFile(arguments, file); });
         return ExitStatus::good;
     } catch (const mqf2vxb::Report& report) {
-        say(fmt::format("{}: {}", report.place().file, report.cause()));
+        printError(fmt::format("{}: {}", report.place().file, report.cause()));
     } catch (const CLI::Error&) {
         throw;
     } catch (const std::exception& error) {
-        say(error.what());
+        printError(error.what());
     }
     return ExitStatus::badInput;
 }
@@ -147,8 +137,7 @@ void addExport(CLI::App& app, Session& session) {
     command->add_option("FILE", arguments->file, "The VXB file, or a model (.mqf)")
         ->type_name("")
         ->required();
-    command
-        ->add_option("-o,--output", arguments->output, "The file to write (FILE's name and .glb)")
+    command->add_option("-o", arguments->output, "The file to write (FILE's name and .glb)")
         ->option_text("FILE");
     command->add_option("--unit", arguments->gltf.unit, "Metres that a unit is (0.001)")
         ->option_text("F");

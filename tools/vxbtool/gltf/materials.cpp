@@ -27,8 +27,8 @@ std::uint32_t flagOf(const Look& look) {
     constexpr std::uint32_t blended = 0x04;
     constexpr unsigned pageFlags = 3;
     constexpr std::uint32_t doubleImage = 0x80;
-    const auto bit = [&](PrimitiveTypeCode code, std::uint32_t flag) {
-        return (look.type & code) != 0 ? flag : 0;
+    const auto bit = [&](PrimitiveTypeCode code, std::uint32_t bits) {
+        return (look.type & code) != 0 ? bits : 0;
     };
     return (look.lit ? 0 : unlit) | bit(type_code::flag02, second) |
            bit(type_code::flag04, blended) | look.pageFlags << pageFlags |

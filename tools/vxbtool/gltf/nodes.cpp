@@ -1,5 +1,8 @@
 #include "vxbtool/gltf/nodes.h"
 
+#include <algorithm>
+#include <cmath>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -32,12 +35,70 @@ std::vector<bool> replacedMatrices(const Scene& scene, const GltfOptions& option
     return replaced;
 }
 
+float length(const scene::Vector3& v) { return std::hypot(v[0], v[1], v[2]); }
+
+/// By coordinate, how far from its origin the farthest corner lies that moves with it alone.
+std::vector<float> ownReaches(const Scene& scene) {
+    std::vector<float> reaches(scene.coordinates.size());
+    const auto take = [&](std::uint32_t coordinate, float reach) {
+        reaches[coordinate] = std::max(reaches[coordinate], reach);
+    };
+    for (const scene::Body& body : scene.bodies) {
+        float farthest = 0;
+        for (std::uint32_t p = 0; p < body.polygonNum; ++p) {
+            const scene::Polygon& polygon = scene.polygons[body.firstPolygon + p];
+            for (std::uint32_t c = 0; c < polygon.cornerNum; ++c) {
+                const scene::Corner& corner = scene.corners[polygon.firstCorner + c];
+                farthest = std::max(farthest, length(corner.place));
+                if (body.shared) {
+                    take(corner.coordinate, length(corner.place));
+                }
+            }
+        }
+        for (std::size_t i = 0; !body.shared && i < body.coordinates.size(); ++i) {
+            take(body.coordinates[i], farthest);
+        }
+    }
+    return reaches;
+}
+
+/// By coordinate, at most how far from its origin anything lies that it carries.
+std::vector<float> reaches(const Scene& scene) {
+    std::vector<float> reaches = ownReaches(scene);
+    std::vector<std::uint32_t> children(scene.coordinates.size());
+    for (const Coordinate& coordinate : scene.coordinates) {
+        if (coordinate.parent) {
+            ++children[*coordinate.parent];
+        }
+    }
+    // From the ends of the branches to the roots: each coordinate behind its last child.
+    for (std::uint32_t end = 0; end < scene.coordinates.size(); ++end) {
+        std::optional<std::uint32_t> c = children[end] == 0 ? std::optional(end) : std::nullopt;
+        while (c) {
+            const Coordinate& coordinate = scene.coordinates[*c];
+            children[*c] = UINT32_MAX;
+            const auto parent = coordinate.parent;
+            if (parent) {
+                float square = 0;
+                for (const float value : coordinate.matrix) {
+                    square += value * value;
+                }
+                reaches[*parent] = std::max(reaches[*parent], length(coordinate.translation) +
+                                                                  std::sqrt(square) * reaches[*c]);
+            }
+            c = parent && --children[*parent] == 0 ? parent : std::nullopt;
+        }
+    }
+    return reaches;
+}
+
 class NodeWriter {
 public:
     NodeWriter(const Scene& scene, const GltfOptions& options, tinygltf::Model& model)
         : scene_(scene),
           unit_(options.unit),
           replaced_(replacedMatrices(scene, options)),
+          reaches_(reaches(scene)),
           model_(model) {}
 
     void write(const std::vector<BodyMesh>& meshes) {
@@ -88,6 +149,13 @@ private:
         }
     }
 
+    /// Whether a rotation and a scale are all of a coordinate's matrix: what they leave moves nothing
+    /// that can be seen.
+    [[nodiscard]] bool isWhole(std::uint32_t index, const scene::ScaledRotation& parts) const {
+        constexpr float unseen = 0.125F;  // in units
+        return replaced_[index] || !(parts.lean * reaches_[index] > unseen);
+    }
+
     void addCoordinate(std::uint32_t index) {
         const Coordinate& coordinate = scene_.coordinates[index];
         tinygltf::Node node;
@@ -98,7 +166,7 @@ private:
             }
         }
         const scene::ScaledRotation parts = scene::scaledRotation(coordinate.matrix);
-        if (parts.exact || replaced_[index]) {
+        if (isWhole(index, parts)) {
             set(node, parts.rotation, parts.scale);
         } else {
             const TurnedScale sheared = turnedScale(coordinate.matrix);
@@ -115,7 +183,7 @@ private:
 
     int addShear(std::uint32_t index) {
         const scene::Matrix& matrix = scene_.coordinates[index].matrix;
-        if (scene::scaledRotation(matrix).exact || replaced_[index]) {
+        if (isWhole(index, scene::scaledRotation(matrix))) {
             return static_cast<int>(index);
         }
         tinygltf::Node shear;
@@ -169,6 +237,7 @@ private:
     const Scene& scene_;
     double unit_;
     std::vector<bool> replaced_;
+    std::vector<float> reaches_;
     tinygltf::Model& model_;
     std::vector<int> holders_;  // by coordinate
 };

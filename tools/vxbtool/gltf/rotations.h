@@ -10,7 +10,7 @@ namespace vxbtool::gltf {
 using Quaternion = std::array<float, 4>;
 
 /// The quaternion of a rotation.
-Quaternion quaternion(const scene::Matrix& rotation);
+Quaternion quaternion(const scene::Matrix& m);
 
 /// Any matrix as a rotation, a scale and one more rotation, first to last: what shears is a scale
 /// along axes that are turned.

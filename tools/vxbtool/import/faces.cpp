@@ -129,8 +129,8 @@ void cutPolygon(const aiMesh& mesh, std::span<const unsigned> corners, std::vect
     }
     if (corners.size() > mostEars) {
         for (std::size_t i = 1; i + 1 < ring.size(); ++i) {
-            addTriangle({ring[0], ring[i], ring[i + 1]},
-                        {corners[0], corners[i], corners[i + 1]}, faces);
+            addTriangle({ring[0], ring[i], ring[i + 1]}, {corners[0], corners[i], corners[i + 1]},
+                        faces);
         }
         return;
     }

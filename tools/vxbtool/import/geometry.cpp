@@ -204,17 +204,18 @@ Part partOf(const aiScene& scene, unsigned mesh, std::uint32_t coordinate,
     return part;
 }
 
+std::size_t sidesOf(const Part& part, const Materials& materials) {
+    return materials.materials[part.material].twoSided ? 2 : 1;
+}
+
 /// The faces of each part, with fewer triangles where there are to be.
 std::vector<std::vector<Face>> partFaces(const Shape& shape, const Materials& materials,
                                          const ShapeOptions& options, Dropped& dropped) {
     std::vector<std::vector<Face>> faces;
     std::size_t drawn = 0;
-    const auto sides = [&](const Part& part) {
-        return materials.materials[part.material].twoSided ? std::size_t{2} : std::size_t{1};
-    };
     for (const Part& part : shape.parts) {
         faces.push_back(facesOf(*part.mesh, dropped));
-        drawn += triangleCount(faces.back()) * sides(part);
+        drawn += triangleCount(faces.back()) * sidesOf(part, materials);
     }
     if (options.triangles && drawn > *options.triangles) {
         const double share = static_cast<double>(*options.triangles) / static_cast<double>(drawn);
@@ -222,7 +223,8 @@ std::vector<std::vector<Face>> partFaces(const Shape& shape, const Materials& ma
             const std::size_t before = triangleCount(faces[p]);
             const auto most = static_cast<std::size_t>(share * static_cast<double>(before));
             faces[p] = simplified(*shape.parts[p].mesh, faces[p], most);
-            dropped.simplified += (before - triangleCount(faces[p])) * sides(shape.parts[p]);
+            dropped.simplified +=
+                (before - triangleCount(faces[p])) * sidesOf(shape.parts[p], materials);
         }
     }
     return faces;
@@ -242,6 +244,11 @@ Shape makeShape(const aiScene& scene, const CoordinateMap& map, const PlacedCoor
         }
     }
     const std::vector<std::vector<Face>> faces = partFaces(shape, materials, options, dropped);
+    std::size_t polygons = 0;
+    for (std::size_t p = 0; p < faces.size(); ++p) {
+        polygons += faces[p].size() * sidesOf(shape.parts[p], materials);
+    }
+    shape.polygons.reserve(polygons);
     for (std::uint32_t p = 0; p < shape.parts.size(); ++p) {
         const Part& part = shape.parts[p];
         std::vector<Vector> normals;

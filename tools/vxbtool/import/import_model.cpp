@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <filesystem>
+#include <string>
 #include <utility>
 
 #include <assimp/commonMetaData.h>
@@ -22,7 +23,8 @@ constexpr double mostUnits = 32767;
 /// The number with four digits that is not larger.
 double roundedDown(double value) {
     const double step = std::pow(10.0, std::floor(std::log10(value)) - 3);
-    return std::floor(value / step) * step;
+    // The double that those digits name.
+    return std::stod(fmt::format("{:.4g}", std::floor(value / step) * step));
 }
 
 struct PlacedShape {
@@ -96,7 +98,9 @@ ImportedModel importModel(const Source& source, const std::string& file,
     report.surface = buildSurface(scene, map, surface.placed, surface.shape, looks, options.strips,
                                   surface.dropped, result.text);
     if (result.text.geometry->polygons.empty()) {
-        throw ImportFault("none of its polygons has an area at this scale");
+        throw ImportFault(surface.dropped.areaLess > 0
+                              ? "none of its polygons has an area at this scale"
+                              : "it holds no polygons that can be drawn");
     }
     for (const pictures::PlacedTexture& texture : report.textures.placing.textures) {
         result.text.textures.push_back(texture.texture);

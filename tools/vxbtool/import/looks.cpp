@@ -60,63 +60,77 @@ bool LookMaker::lit(const ShapePolygon& polygon) const {
     return !materials_.materials[shape_.parts[polygon.part].material].unlit;
 }
 
-std::uint32_t LookMaker::add(const ShapePolygon& polygon, char shading,
-                             model_text::Materials& looks) {
+LookMaker::LookNumbers LookMaker::plain(const ShapePolygon& polygon) const {
     const Part& part = shape_.parts[polygon.part];
     const SurfaceMaterial& material = materials_.materials[part.material];
     const Textures::OfMaterial& texture = textures_.materials[part.material];
-    const bool textured = part.textured && texture.placed && !polygon.plain;
+    Colour base = material.colour;
+    if (polygon.plain) {
+        base = texture.tinted ? texture.mean : times(texture.mean, material.colour);
+    }
+    const std::vector<Colour> colours = coloursOf(polygon, base);
+    LookNumbers look;
+    look.kind = colours.size() == 1 ? 'C' : 'G';
+    append(colours, fullColour, look.numbers);
+    return look;
+}
 
-    model_text::Look look;
-    look.shading = material.unlit ? 'F' : shading;
+LookMaker::LookNumbers LookMaker::textured(const ShapePolygon& polygon) const {
+    const Part& part = shape_.parts[polygon.part];
+    const SurfaceMaterial& material = materials_.materials[part.material];
+    const Textures::OfMaterial& texture = textures_.materials[part.material];
+    const pictures::PlacedTexture& placed = textures_.placing.textures[*texture.placed];
+    const bool window = repeats(polygon);
+    LookNumbers look;
+    look.numbers.push_back(static_cast<std::int32_t>(*texture.placed));
+    if (window) {
+        look.numbers.insert(look.numbers.end(), {static_cast<std::int32_t>(placed.width),
+                                                 static_cast<std::int32_t>(placed.height), 0, 0});
+    }
+    const auto texels = texelsOf(polygon, placed, window);
+    look.numbers.insert(look.numbers.end(), texels.begin(), texels.end());
+    // The picture of a lit surface has its material's colour already, unless corners have one.
+    constexpr Colour white{1, 1, 1};
+    std::vector<Colour> colours = coloursOf(polygon, texture.tinted ? white : material.colour);
+    if (colours.size() == 1 && colours.front() == white) {
+        look.kind = window ? 'W' : 'T';
+    } else if (colours.size() == 1 && material.unlit) {
+        look.kind = window ? 'S' : 'D';
+        append(colours, plainTexture, look.numbers);
+    } else {
+        look.kind = window ? 'N' : 'H';
+        colours.resize(polygon.cornerNum, colours.front());
+        append(colours, plainTexture, look.numbers);
+    }
+    return look;
+}
+
+std::uint32_t LookMaker::flagOf(const ShapePolygon& polygon) const {
+    const Part& part = shape_.parts[polygon.part];
+    const SurfaceMaterial& material = materials_.materials[part.material];
     const bool translucentCorner =
         material.mayBlend && part.coloured &&
         std::ranges::any_of(polygon.used(), [](const auto& c) { return c.colour[3] < 1; });
-    if (material.opacity < 1 || texture.translucent || translucentCorner) {
-        look.flag |= mqf2vxb::material_flag::bit04;
-    }
-    if (material.unlit) {
-        look.flag |= mqf2vxb::material_flag::unlit;
-    }
+    const bool blended =
+        material.opacity < 1 || textures_.materials[part.material].translucent || translucentCorner;
+    return (blended ? mqf2vxb::material_flag::bit04 : 0) |
+           (material.unlit ? mqf2vxb::material_flag::unlit : 0);
+}
 
-    std::vector<std::int32_t> numbers;
-    if (!textured) {
-        const bool meanKnown = polygon.plain && part.textured && texture.placed;
-        const Colour base =
-            meanKnown ? texture.tinted ? texture.mean : times(texture.mean, material.colour)
-                      : material.colour;
-        const std::vector<Colour> colours = coloursOf(polygon, base);
-        look.kind = colours.size() == 1 ? 'C' : 'G';
-        append(colours, fullColour, numbers);
-    } else {
-        const pictures::PlacedTexture& placed = textures_.placing.textures[*texture.placed];
-        const bool window = repeats(polygon);
-        numbers.push_back(static_cast<std::int32_t>(*texture.placed));
-        if (window) {
-            numbers.insert(numbers.end(), {static_cast<std::int32_t>(placed.width),
-                                           static_cast<std::int32_t>(placed.height), 0, 0});
-        }
-        const auto texels = texelsOf(polygon, placed, window);
-        numbers.insert(numbers.end(), texels.begin(), texels.end());
-        // The picture of a lit surface has its material's colour already, unless corners have one.
-        const Colour base = texture.tinted ? Colour{1, 1, 1} : material.colour;
-        std::vector<Colour> colours = coloursOf(polygon, base);
-        const bool white = colours.size() == 1 && colours.front() == Colour{1, 1, 1};
-        if (white) {
-            look.kind = window ? 'W' : 'T';
-        } else if (colours.size() == 1 && material.unlit) {
-            look.kind = window ? 'S' : 'D';
-            append(colours, plainTexture, numbers);
-        } else {
-            look.kind = window ? 'N' : 'H';
-            colours.resize(polygon.cornerNum, colours.front());
-            append(colours, plainTexture, numbers);
-        }
-    }
-    if (!looks.looks.empty() && equal(looks, look, numbers)) {
+std::uint32_t LookMaker::add(const ShapePolygon& polygon, char shading,
+                             model_text::Materials& looks) {
+    const Part& part = shape_.parts[polygon.part];
+    const bool hasTexture =
+        part.textured && textures_.materials[part.material].placed && !polygon.plain;
+    const LookNumbers made = hasTexture ? textured(polygon) : plain(polygon);
+    model_text::Look look;
+    look.flag = flagOf(polygon);
+    look.shading = lit(polygon) ? shading : 'F';
+    look.kind = made.kind;
+    if (!looks.looks.empty() && equal(looks, look, made.numbers)) {
         return static_cast<std::uint32_t>(looks.looks.size() - 1);
     }
-    return looks.add(look.flag, look.shading, look.kind, numbers);
+    return looks.add(look.flag, look.shading, look.kind, made.numbers);
 }
 
 }  // namespace vxbtool::importing

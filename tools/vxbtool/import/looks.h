@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 #include "vxbtool/import/materials.h"
 #include "vxbtool/import/shape.h"
@@ -23,6 +24,16 @@ public:
     std::uint32_t add(const ShapePolygon& polygon, char shading, model_text::Materials& looks);
 
 private:
+    /// What a look has besides its flag and shading.
+    struct LookNumbers {
+        char kind = 'C';
+        std::vector<std::int32_t> numbers;
+    };
+
+    [[nodiscard]] LookNumbers plain(const ShapePolygon& polygon) const;
+    [[nodiscard]] LookNumbers textured(const ShapePolygon& polygon) const;
+    [[nodiscard]] std::uint32_t flagOf(const ShapePolygon& polygon) const;
+
     const Materials& materials_;
     const Textures& textures_;
     const Shape& shape_;

@@ -15,8 +15,7 @@ namespace {
 /// Whether the scene's numbers are those of glTF, whose colours are amounts of light.
 bool isGltf(const aiScene& scene) {
     aiString format;
-    return scene.mMetaData != nullptr &&
-           scene.mMetaData->Get(AI_METADATA_SOURCE_FORMAT, format) &&
+    return scene.mMetaData != nullptr && scene.mMetaData->Get(AI_METADATA_SOURCE_FORMAT, format) &&
            std::string_view(format.C_Str()).find("glTF2") != std::string_view::npos;
 }
 

@@ -30,8 +30,8 @@ struct SurfaceMaterial {
     float opacity = 1;
     bool unlit = false;
     bool twoSided = false;
-    bool mayBlend = false;   ///< what is half transparent in a texture or a vertex is to be so
-    bool cutsOut = true;     ///< alpha of the texture counts
+    bool mayBlend = false;  ///< what is half transparent in a texture or a vertex is to be so
+    bool cutsOut = true;    ///< alpha of the texture counts
     std::optional<TextureUse> texture;
 };
 

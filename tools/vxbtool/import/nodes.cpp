@@ -30,7 +30,9 @@ NodeList listNodes(const aiScene& scene) {
         list.nodes.push_back(node);
         list.parents.push_back(parent);
         for (unsigned c = node->mNumChildren; c > 0; --c) {
-            open.emplace_back(node->mChildren[c - 1], index);
+            if (const aiNode* child = node->mChildren[c - 1]; child != nullptr) {
+                open.emplace_back(child, index);
+            }
         }
     }
     return list;

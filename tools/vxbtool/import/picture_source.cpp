@@ -30,8 +30,8 @@ Picture embeddedPicture(const aiTexture& texture) {
         return pictures::readPicture({bytes, texture.mWidth});
     }
     const std::size_t texels = std::size_t{texture.mWidth} * texture.mHeight;
-    if (texels > pictures::largestPicture || std::max(texture.mWidth, texture.mHeight) >
-                                                 pictures::longestSide) {
+    if (texels > pictures::largestPicture ||
+        std::max(texture.mWidth, texture.mHeight) > pictures::longestSide) {
         throw PictureFault("the embedded picture is too large");
     }
     Picture picture{texture.mWidth, texture.mHeight, {}};
@@ -49,9 +49,8 @@ bool isFile(const fs::path& path) {
 }
 
 std::string lowerCase(std::string text) {
-    std::ranges::transform(text, text.begin(), [](unsigned char c) {
-        return static_cast<char>(std::tolower(c));
-    });
+    std::ranges::transform(text, text.begin(),
+                           [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return text;
 }
 
@@ -110,7 +109,7 @@ std::optional<fs::path> findFile(const std::string& modelFile, std::string name)
         }
     }
     for (const fs::path& path : candidates) {
-        if (const auto found = inAnyCase(path)) {
+        if (auto found = inAnyCase(path)) {
             return found;
         }
     }

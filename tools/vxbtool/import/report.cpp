@@ -78,7 +78,7 @@ std::string humanReport(const WrittenFiles& written, const ImportReport& report)
     if (surface.meshes > 0) {
         table.row("meshes", fmt::format("{}", surface.meshes));
     }
-    table.row("vertices", fmt::format("{}, and {} normals; none is more than {:.2g} units off",
+    table.row("vertices", fmt::format("{}, and {} normals; none is more than {:.2f} units off",
                                       surface.vertices, surface.normals, surface.positionError));
     const auto& textures = report.textures.placing.textures;
     for (std::size_t t = 0; t < textures.size(); ++t) {
@@ -89,8 +89,8 @@ std::string humanReport(const WrittenFiles& written, const ImportReport& report)
     for (const MotionSummary& motion : report.motions.summaries) {
         table.row(
             "motion",
-            fmt::format("{}: {} frames, {} coordinates, {} steps, {} key frames; at most {:.2g} "
-                        "units and {:.2g} degrees off",
+            fmt::format("{}: {} frames, {} coordinates, {} steps, {} key frames; at most {:.2f} "
+                        "units and {:.2f} degrees off",
                         motion.name, motion.frames, motion.coordinates, motion.steps,
                         motion.keyFrames, motion.positionError, motion.angleError));
     }
@@ -103,7 +103,11 @@ std::string humanReport(const WrittenFiles& written, const ImportReport& report)
 
 void writeJsonReport(const WrittenFiles& written, const ImportReport& report, TextOutput& output) {
     const SurfaceCounts& surface = report.surface;
-    const auto number = [](double value) { return std::isfinite(value) ? Json(value) : Json(); };
+    // Beyond four decimals there is only what floats are off.
+    const auto number = [](double value) {
+        constexpr double parts = 10000;
+        return std::isfinite(value) ? Json(std::round(value * parts) / parts) : Json();
+    };
     JsonOutput json(output);
     json.openObject();
     json.member("format", "vxbtool-import");

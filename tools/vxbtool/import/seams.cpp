@@ -89,8 +89,7 @@ private:
         const bool turned = key(other) < key(one);
         const ShapeCorner& a = turned ? other : one;
         const ShapeCorner& b = turned ? one : other;
-        const float t =
-            (seam - a.texture.at(axis)) / (b.texture.at(axis) - a.texture.at(axis));
+        const float t = (seam - a.texture.at(axis)) / (b.texture.at(axis) - a.texture.at(axis));
         const auto mixed = [t](float from, float to) { return from + (to - from) * t; };
         ShapeCorner corner = a;
         for (std::size_t i = 0; i < 2; ++i) {
@@ -149,25 +148,32 @@ std::array<float, 2> reachOf(const pictures::PlacedTexture& texture) {
         return {1, 1};
     }
     constexpr std::uint32_t texels = 256;
-    return {static_cast<float>(texels / texture.width),
-            static_cast<float>(texels / texture.height)};
+    const std::uint32_t across = texels / texture.width;
+    const std::uint32_t down = texels / texture.height;
+    return {static_cast<float>(across), static_cast<float>(down)};
 }
 
 }  // namespace
 
 void cutAtSeams(const Textures& textures, const PlacedCoordinates& placed, Shape& shape,
                 Dropped& dropped) {
+    const auto beyond = [&](const ShapePolygon& polygon) {
+        const Part& part = shape.parts[polygon.part];
+        return part.textured && textures.materials[part.material].placed && repeats(polygon);
+    };
+    if (std::ranges::none_of(shape.polygons, beyond)) {
+        return;
+    }
     SeamCutter cutter(placed, shape);
     std::vector<ShapePolygon> polygons;
     polygons.reserve(shape.polygons.size());
     for (ShapePolygon& polygon : shape.polygons) {
-        const Part& part = shape.parts[polygon.part];
-        const auto& texture = textures.materials[part.material].placed;
-        if (!part.textured || !texture || !repeats(polygon)) {
+        if (!beyond(polygon)) {
             polygons.push_back(polygon);
             continue;
         }
-        const std::array<float, 2> reach = reachOf(textures.placing.textures[*texture]);
+        const std::size_t texture = *textures.materials[shape.parts[polygon.part].material].placed;
+        const std::array<float, 2> reach = reachOf(textures.placing.textures[texture]);
         double pieces = 1;
         for (std::size_t axis = 0; axis < 2; ++axis) {
             float most = 0;

@@ -18,9 +18,9 @@ struct Place {
 };
 
 struct ShapeCorner {
-    std::uint32_t place = 0;           ///< index into Shape::places
-    Vector3f normal{};                 ///< in the space of the place's coordinate, of length 1
-    std::array<float, 2> texture{};    ///< 0 to 1 from left to right and from the top down
+    std::uint32_t place = 0;         ///< index into Shape::places
+    Vector3f normal{};               ///< in the space of the place's coordinate, of length 1
+    std::array<float, 2> texture{};  ///< 0 to 1 from left to right and from the top down
     std::array<float, 4> colour{1, 1, 1, 1};
 };
 
@@ -55,17 +55,17 @@ struct Shape {
 
 /// What was left out or changed on the way, for the report.
 struct Dropped {
-    std::size_t lines = 0;          ///< lines and points
-    std::size_t areaLess = 0;       ///< polygons without an area
-    std::size_t notFinite = 0;      ///< polygons with a corner that is no number
-    std::size_t cutPolygons = 0;    ///< of more than four corners, or bent, that became triangles
-    std::size_t simplified = 0;     ///< triangles that --triangles took away
-    std::size_t seamPolygons = 0;   ///< polygons that were cut where their texture repeats
-    std::size_t tooFine = 0;        ///< polygons that show their texture's mean colour instead
+    std::size_t lines = 0;         ///< lines and points
+    std::size_t areaLess = 0;      ///< polygons without an area
+    std::size_t notFinite = 0;     ///< polygons with a corner that is no number
+    std::size_t cutPolygons = 0;   ///< of more than four corners, or bent, that became triangles
+    std::size_t simplified = 0;    ///< triangles that --triangles took away
+    std::size_t seamPolygons = 0;  ///< polygons that were cut where their texture repeats
+    std::size_t tooFine = 0;       ///< polygons that show their texture's mean colour instead
     std::size_t morphTargets = 0;
     std::size_t cameras = 0;
     std::size_t lights = 0;
-    std::size_t textureSets = 0;    ///< sets of texture coordinates that no colour texture uses
+    std::size_t textureSets = 0;  ///< sets of texture coordinates that no colour texture uses
     std::size_t colourSets = 0;
 };
 

@@ -15,8 +15,8 @@ struct Skin {
         std::uint32_t coordinate = 0;
         Matrix4 toNode;
     };
-    std::vector<Binding> bindings;       ///< the first is the node's
-    std::vector<std::uint32_t> owners;   ///< of each vertex its binding; empty: all the first
+    std::vector<Binding> bindings;      ///< the first is the node's
+    std::vector<std::uint32_t> owners;  ///< of each vertex its binding; empty: all the first
 };
 
 Skin bindSkin(const aiMesh& mesh, const CoordinateMap& map, std::uint32_t coordinate);

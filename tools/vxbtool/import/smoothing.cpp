@@ -34,6 +34,31 @@ std::vector<SpotCorner> cornersBySpot(const aiMesh& mesh, const std::vector<Face
     return corners;
 }
 
+/// The normals of the corners at one spot. `least` is the cosine of the angle up to which faces belong
+/// together.
+void smoothSpot(std::span<const SpotCorner> corners, const std::vector<Vector>& fronts,
+                double least, std::vector<Vector>& normals) {
+    const auto frontOfCorner = [&](const SpotCorner& corner) -> const Vector& {
+        return fronts[corner.corner / 4];
+    };
+    const bool all = corners.size() > mostAtSpot;
+    Vector sum;
+    for (const SpotCorner& corner : corners) {
+        sum += frontOfCorner(corner);
+    }
+    for (const SpotCorner& corner : corners) {
+        const Vector& own = frontOfCorner(corner);
+        Vector near = all ? sum : Vector();
+        for (const SpotCorner& other : all ? std::span<const SpotCorner>() : corners) {
+            const Vector& front = frontOfCorner(other);
+            if (own * front >= least * own.Length() * front.Length()) {
+                near += front;
+            }
+        }
+        normals[corner.corner] = near.SquareLength() > 0 ? near : own;
+    }
+}
+
 }  // namespace
 
 std::vector<Vector> smoothNormals(const aiMesh& mesh, const std::vector<Face>& faces,
@@ -56,24 +81,7 @@ std::vector<Vector> smoothNormals(const aiMesh& mesh, const std::vector<Face>& f
         while (end < corners.size() && corners[end].key() == corners[first].key()) {
             ++end;
         }
-        Vector all;
-        for (std::size_t i = first; i < end; ++i) {
-            all += fronts[corners[i].corner / 4];
-        }
-        for (std::size_t i = first; i < end; ++i) {
-            const Vector& own = fronts[corners[i].corner / 4];
-            Vector sum = all;
-            if (end - first <= mostAtSpot) {
-                sum = Vector();
-                for (std::size_t j = first; j < end; ++j) {
-                    const Vector& other = fronts[corners[j].corner / 4];
-                    if (own * other >= least * own.Length() * other.Length()) {
-                        sum += other;
-                    }
-                }
-            }
-            normals[corners[i].corner] = sum.SquareLength() > 0 ? sum : own;
-        }
+        smoothSpot(std::span(corners).subspan(first, end - first), fronts, least, normals);
         first = end;
     }
     return normals;

@@ -21,6 +21,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr const char* tooMuchMemory = "reading it takes more memory than it may";
+
 /// Lets Assimp open regular files only, for reading, and until they are too large together: a model
 /// may name a pipe, which never ends, or a file of another's.
 class SourceFiles final : public Assimp::DefaultIOSystem {
@@ -105,7 +107,11 @@ void checkNodes(const aiScene& scene) {
         const std::span<const unsigned> meshes(node.mMeshes, node.mNumMeshes);
         require(std::ranges::all_of(meshes, [&](unsigned m) { return m < scene.mNumMeshes; }),
                 "a node names a mesh");
-        open.insert(open.end(), node.mChildren, node.mChildren + node.mNumChildren);
+        for (const aiNode* child : items(node.mChildren, node.mNumChildren)) {
+            if (child != nullptr) {  // some readers leave places of children empty
+                open.push_back(child);
+            }
+        }
     }
 }
 
@@ -122,7 +128,7 @@ void check(const aiScene* scene) {
 }  // namespace
 
 struct Source::Loader {
-    explicit Loader(const SourceOptions& given) : options(given) {}
+    explicit Loader(SourceOptions given) : options(std::move(given)) {}
 
     SourceOptions options;
     Assimp::Importer importer;
@@ -151,7 +157,7 @@ Source Source::load(const std::string& file, const SourceOptions& options) {
     try {
         source.scene_ = importer.ReadFile(file, 0);
     } catch (const std::bad_alloc&) {
-        throw ImportFault("reading it takes more memory than there is");
+        throw ImportFault(tooMuchMemory);
     } catch (const std::exception& fault) {
         throw ImportFault(fault.what());
     }
@@ -161,6 +167,9 @@ Source Source::load(const std::string& file, const SourceOptions& options) {
     }
     if (source.scene_ == nullptr) {
         const std::string cause = importer.GetErrorString();
+        if (cause == std::bad_alloc().what()) {
+            throw ImportFault(tooMuchMemory);
+        }
         throw ImportFault(cause.empty() ? "Assimp cannot read it" : cause);
     }
     check(source.scene_);

@@ -42,6 +42,36 @@ private:
     std::vector<char> taken_;
 };
 
+/// Takes apart what is one row of vertices with marks between strips. Where the row turns by a triangle
+/// without an area, and where a strip would begin with a triangle that runs the other way, a strip
+/// ends: the files have neither.
+std::vector<Strip> stripsOf(std::span<const unsigned> row, unsigned restart,
+                            std::span<const std::uint32_t> vertices,
+                            std::span<const Triangle> triangles) {
+    TriangleFinder finder(triangles);
+    std::vector<Strip> strips;
+    bool open = false;
+    for (std::size_t k = 0; k + 2 < row.size(); ++k) {
+        const std::array<unsigned, 3> here{row[k], row[k + 1], row[k + 2]};
+        if (std::ranges::find(here, restart) != here.end() || here[0] == here[1] ||
+            here[1] == here[2] || here[2] == here[0]) {
+            open = false;
+            continue;
+        }
+        const Triangle named{vertices[here[0]], vertices[here[1]], vertices[here[2]]};
+        const std::uint32_t number = finder.take(named);
+        Triangle own = triangles[number];
+        const auto corner = std::ranges::find(own, named[0]) - own.begin();
+        if (!open) {
+            strips.emplace_back();
+        }
+        strips.back().steps.push_back({number, static_cast<std::uint8_t>(corner)});
+        std::rotate(own.begin(), own.begin() + corner, own.end());
+        open = open || own == named;
+    }
+    return strips;
+}
+
 }  // namespace
 
 std::vector<Strip> findStrips(std::span<const Triangle> triangles) {
@@ -65,28 +95,7 @@ std::vector<Strip> findStrips(std::span<const Triangle> triangles) {
         meshopt_stripify(strip.data(), indices.data(), indices.size(), vertices.size(), restart));
     strip.push_back(restart);
 
-    TriangleFinder finder(triangles);
-    std::vector<Strip> strips;
-    std::size_t first = 0;
-    for (std::size_t i = 0; i < strip.size(); ++i) {
-        if (strip[i] != restart) {
-            continue;
-        }
-        Strip found;
-        for (std::size_t k = first; k + 2 < i; ++k) {
-            const Triangle named{vertices[strip[k]], vertices[strip[k + 1]],
-                                 vertices[strip[k + 2]]};
-            const std::uint32_t number = finder.take(named);
-            const Triangle& own = triangles[number];
-            const auto corner = std::ranges::find(own, named[0]) - own.begin();
-            found.steps.push_back({number, static_cast<std::uint8_t>(corner)});
-        }
-        if (!found.steps.empty()) {
-            strips.push_back(std::move(found));
-        }
-        first = i + 1;
-    }
-    return strips;
+    return stripsOf(strip, restart, vertices, triangles);
 }
 
 }  // namespace vxbtool::importing

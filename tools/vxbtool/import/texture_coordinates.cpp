@@ -29,8 +29,7 @@ std::int32_t texel(float coordinate, float middle, std::uint32_t size, bool wind
     constexpr double half = 0.5;
     // What lies in the middle between two texels goes to the one that the polygon shows.
     const double place = static_cast<double>(coordinate) * size - half;
-    const double rounded =
-        coordinate > middle ? std::ceil(place - half) : std::floor(place + half);
+    const double rounded = coordinate > middle ? std::ceil(place - half) : std::floor(place + half);
     constexpr std::uint32_t mostTexels = 256;
     const double last = (window ? mostTexels : std::min(size, mostTexels)) - 1;
     return static_cast<std::int32_t>(std::clamp(rounded, 0.0, last));

@@ -1,6 +1,7 @@
 #include "vxbtool/scene/pictures.h"
 
 #include <algorithm>
+#include <array>
 #include <set>
 
 #include <fmt/core.h>
@@ -63,6 +64,45 @@ Rgba checker(std::uint32_t x, std::uint32_t y) {
     return (x / square + y / square) % 2 == 0 ? bright : dark;
 }
 
+/// A page is looked at in cells of 8 x 8 texels: uses whose cells touch share a picture.
+constexpr std::uint32_t cellSize = 8;
+constexpr std::uint32_t cells = 32;
+using Cells = std::array<std::uint32_t, cells>;  // by row, a bit for each column
+
+std::uint32_t cellOf(std::uint32_t x, std::uint32_t y) {
+    return y / cellSize * cells + x / cellSize;
+}
+
+/// Numbers the used cells so that those that touch have the same number, counted from 0.
+std::vector<std::uint16_t> touchingCells(Cells used) {
+    std::vector<std::uint16_t> numbers(std::size_t{cells} * cells);
+    std::uint16_t number = 0;
+    std::vector<std::uint32_t> ahead;
+    const auto take = [&](std::uint32_t column, std::uint32_t row) {
+        // Beyond the edges there is none: what is less than 0 is a large number.
+        if (column < cells && row < cells && (used[row] >> column & 1U) != 0) {
+            used[row] &= ~(1U << column);
+            numbers[row * cells + column] = number;
+            ahead.push_back(row * cells + column);
+        }
+    };
+    for (std::uint32_t start = 0; start < numbers.size(); ++start) {
+        take(start % cells, start / cells);
+        const bool isUsed = !ahead.empty();
+        while (!ahead.empty()) {
+            const std::uint32_t column = ahead.back() % cells;
+            const std::uint32_t row = ahead.back() / cells;
+            ahead.pop_back();
+            take(column - 1, row);
+            take(column + 1, row);
+            take(column, row - 1);
+            take(column, row + 1);
+        }
+        number = static_cast<std::uint16_t>(number + (isUsed ? 1 : 0));
+    }
+    return numbers;
+}
+
 }  // namespace
 
 void Pictures::Rectangle::add(const Rectangle& other) {
@@ -117,7 +157,7 @@ void Pictures::use(const PacketPolygon& polygon, std::size_t corners) {
     }
 }
 
-std::vector<Pictures::Rectangle> Pictures::split(Source& source) const {
+std::vector<Pictures::Rectangle> Pictures::split(Source& source) {
     if (source.uses.size() == 1) {
         return source.uses;
     }
@@ -130,48 +170,17 @@ std::vector<Pictures::Rectangle> Pictures::split(Source& source) const {
             used[row] |= columns;
         }
     }
-    source.partOf.assign(std::size_t{cells} * cells, 0);
-    std::uint16_t parts = 0;
-    std::vector<std::uint32_t> ahead;
-    for (std::uint32_t start = 0; start < cells * cells; ++start) {
-        const auto take = [&](std::uint32_t cell) {
-            if ((used[cell / cells] >> cell % cells & 1U) != 0) {
-                used[cell / cells] &= ~(1U << cell % cells);
-                source.partOf[cell] = parts;
-                ahead.push_back(cell);
-            }
-        };
-        take(start);
-        if (ahead.empty()) {
-            continue;
-        }
-        while (!ahead.empty()) {
-            const std::uint32_t cell = ahead.back();
-            ahead.pop_back();
-            if (cell % cells > 0) {
-                take(cell - 1);
-            }
-            if (cell % cells < cells - 1) {
-                take(cell + 1);
-            }
-            if (cell >= cells) {
-                take(cell - cells);
-            }
-            if (cell < cells * (cells - 1)) {
-                take(cell + cells);
-            }
-        }
-        ++parts;
-    }
-    std::vector<Rectangle> rectangles(parts);
+    source.partOf = touchingCells(used);
+    std::vector<Rectangle> parts;
     for (const Rectangle& use : source.uses) {
-        const std::uint32_t cell = use.top / cellSize * cells + use.left / cellSize;
-        rectangles[source.partOf[cell]].add(use);
+        const std::uint16_t part = source.partOf[cellOf(use.left, use.top)];
+        parts.resize(std::max<std::size_t>(parts.size(), part + std::size_t{1}));
+        parts[part].add(use);
     }
-    if (parts == 1) {
+    if (parts.size() == 1) {
         source.partOf.clear();
     }
-    return rectangles;
+    return parts;
 }
 
 Picture Pictures::picture(const Source& source, const Rectangle& part) const {
@@ -249,7 +258,7 @@ std::uint32_t Pictures::find(const PacketPolygon& polygon) const {
     }
     // A window has one part, so that this is a texel of the page.
     const CornerTexel texel = cornerTexel(polygon, 0);
-    return source.firstPicture + source.partOf[texel.y / cellSize * cells + texel.x / cellSize];
+    return source.firstPicture + source.partOf[cellOf(texel.x, texel.y)];
 }
 
 }  // namespace vxbtool::scene

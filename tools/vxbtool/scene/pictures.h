@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -38,11 +37,6 @@ private:
         void add(const Rectangle& other);
         bool operator==(const Rectangle&) const = default;
     };
-    /// A page is looked at in cells of 8 x 8 texels: uses whose cells touch share a picture.
-    static constexpr std::uint32_t cellSize = 8;
-    static constexpr std::uint32_t cells = 32;
-    using Cells = std::array<std::uint32_t, cells>;  // by row, a bit for each column
-
     /// All uses of one page, depth, colour table and window.
     struct Source {
         std::uint32_t page = 0;
@@ -54,7 +48,7 @@ private:
     };
 
     static std::uint64_t keyOf(const mqf2vxb::PacketPolygon& polygon);
-    [[nodiscard]] std::vector<Rectangle> split(Source& source) const;
+    static std::vector<Rectangle> split(Source& source);
     [[nodiscard]] Picture picture(const Source& source, const Rectangle& part) const;
 
     const ImageMemory& memory_;

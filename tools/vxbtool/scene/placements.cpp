@@ -173,7 +173,6 @@ std::array<float, 9> rotation(const Vector3& angles) {
 
 ScaledRotation scaledRotation(const Matrix& matrix) {
     constexpr float small = 1e-6F;
-    constexpr float notRight = 2e-3F;  // the file's numbers are cut to 4096ths
     ScaledRotation result;
     std::array<Vector3, 3> axes{};
     for (std::size_t i = 0; i < 3; ++i) {
@@ -183,7 +182,6 @@ ScaledRotation scaledRotation(const Matrix& matrix) {
         // What it has of the axes before it is no rotation.
         for (std::size_t before = 0; before < i; ++before) {
             const float share = dot(axis, axes[before]);
-            result.exact = result.exact && std::abs(share) <= notRight * result.scale[i];
             for (std::size_t k = 0; k < 3; ++k) {
                 axis[k] -= share * axes[before][k];
             }
@@ -210,6 +208,12 @@ ScaledRotation scaledRotation(const Matrix& matrix) {
     for (std::size_t i = 0; i < 3; ++i) {
         setColumn(result.rotation, i, axes[i]);
     }
+    const Matrix made = scaled(result.rotation, result.scale);
+    float sum = 0;
+    for (std::size_t i = 0; i < made.size(); ++i) {
+        sum += (made[i] - matrix[i]) * (made[i] - matrix[i]);
+    }
+    result.lean = std::sqrt(sum);
     return result;
 }
 

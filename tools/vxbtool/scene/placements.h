@@ -13,7 +13,9 @@ using Matrix = std::array<float, 9>;  ///< row by row
 struct ScaledRotation {
     Matrix rotation{1, 0, 0, 0, 1, 0, 0, 0, 1};
     Vector3 scale{1, 1, 1};  ///< the first is negative for a matrix that mirrors
-    bool exact = true;       ///< whether they make the matrix again, which one with shear is not
+    /// How far what they make is from what the matrix does, of a point at distance 1: more than nothing
+    /// for one with shear.
+    float lean = 0;
 };
 ScaledRotation scaledRotation(const Matrix& matrix);
 

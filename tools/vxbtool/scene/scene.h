@@ -92,9 +92,9 @@ struct Coordinate {
 
 /// What a step sets of a coordinate. A part that it has not stays as it was.
 struct Pose {
-    std::optional<Vector3> translation;  ///< in units
-    std::optional<Vector3> angles;       ///< about x, y and z in radians, x first, then y, then z
-    std::optional<Vector3> scale;
+    std::optional<Vector3> translation = {};  ///< in units
+    std::optional<Vector3> angles = {};  ///< about x, y and z in radians, x first, then y, then z
+    std::optional<Vector3> scale = {};
 };
 
 struct Key {

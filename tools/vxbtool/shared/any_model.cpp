@@ -48,8 +48,8 @@ mqf2vxb::VxbFile readAnyModel(const std::string& name, const AnyModelOptions& op
 
 void requireSound(const std::string& name, const mqf2vxb::VxbFile& file) {
     if (const std::size_t errors = file.findings.count(mqf2vxb::Severity::error); errors > 0) {
-        throw NoModel(fmt::format("{}: no sound VXB file: {}; \"vxbtool check {}\" tells more", name,
-                                  counted(errors, "error"), name));
+        throw NoModel(fmt::format("{}: no sound VXB file: {}; \"vxbtool check {}\" tells more",
+                                  name, counted(errors, "error"), name));
     }
 }
 

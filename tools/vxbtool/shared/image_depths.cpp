@@ -18,24 +18,16 @@ using namespace mqf2vxb;
 
 constexpr std::size_t depthNum = DepthSet().size();
 
-/// The places of image memory that texels of one depth lie at. Sums over the rectangles from the first
-/// column and line tell in one step whether an image holds one, however many images overlap.
+/// The places of image memory that texels of one depth lie at, in the order of lines and columns.
+/// However many images overlap, each asks for its own lines only.
 class TexelPlaces {
 public:
-    void add(std::uint32_t x, std::uint32_t y) {
-        sums_.resize(std::size_t{width} * width);
-        sums_[index(x % side + 1, y % side + 1)] = 1;
-    }
+    void add(std::uint32_t x, std::uint32_t y) { places_.push_back(place(x % side, y % side)); }
 
     /// To be called once, when all places are added.
-    void sumUp() {
-        for (std::uint32_t y = 1; y < width && !sums_.empty(); ++y) {
-            std::uint32_t line = 0;
-            for (std::uint32_t x = 1; x < width; ++x) {
-                line += sums_[index(x, y)];
-                sums_[index(x, y)] = sums_[index(x, y - 1)] + line;
-            }
-        }
+    void sort() {
+        std::sort(places_.begin(), places_.end());
+        places_.erase(std::unique(places_.begin(), places_.end()), places_.end());
     }
 
     /// Whether one of the places lies in the block.
@@ -43,20 +35,25 @@ public:
         // Without a size the first column and line are all that is known.
         const std::uint32_t right = std::min(block.x + (block.sized() ? block.width : 1), side);
         const std::uint32_t bottom = std::min(block.y + (block.sized() ? block.height : 1), side);
-        return !sums_.empty() && block.x < right && block.y < bottom &&
-               sums_[index(right, bottom)] + sums_[index(block.x, block.y)] !=
-                   sums_[index(block.x, bottom)] + sums_[index(right, block.y)];
+        for (std::uint32_t y = block.y; block.x < right && y < bottom;) {
+            const auto next = std::lower_bound(places_.begin(), places_.end(), place(block.x, y));
+            if (next == places_.end()) {
+                return false;
+            }
+            if (*next < place(right, y)) {
+                return true;
+            }
+            y = std::max(y + 1, *next / side);
+        }
+        return false;
     }
 
 private:
     static constexpr std::uint32_t side = 1024;  // columns, and lines
-    static constexpr std::uint32_t width = side + 1;
 
-    static std::size_t index(std::uint32_t x, std::uint32_t y) {
-        return std::size_t{y} * width + x;
-    }
+    static std::uint32_t place(std::uint32_t x, std::uint32_t y) { return y * side + x; }
 
-    std::vector<std::uint32_t> sums_;  // empty without places
+    std::vector<std::uint32_t> places_;
 };
 
 /// A place in a page.
@@ -99,7 +96,7 @@ std::vector<DepthSet> imageDepths(const VxbFile& file) {
         });
     }
     for (TexelPlaces& ofMode : places) {
-        ofMode.sumUp();
+        ofMode.sort();
     }
     // Texels may lie beside the image that was meant, but not outside its page.
     for (std::size_t i = 0; i < depths.size(); ++i) {

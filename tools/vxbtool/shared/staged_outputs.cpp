@@ -119,17 +119,21 @@ void StagedOutputs::commit() {
     }
 }
 
-void writeOutput(const std::string& name, std::string_view bytes) {
-    TemporaryFiles temporaryFiles;
-    const SignalWatch signalWatch(temporaryFiles);
-    StagedOutputs outputs(temporaryFiles);
-    const std::unique_ptr<mqf2vxb::OutputFile> file = outputs.create(name);
+void StagedOutputs::write(const std::string& name, std::string_view bytes) {
+    const std::unique_ptr<mqf2vxb::OutputFile> file = create(name);
     if (!file) {
         mqf2vxb::cannotOpen(name, mqf2vxb::Access::write, errno);
     }
     if (!file->write(bytes) || !file->close()) {
         mqf2vxb::cannotWrite(name, errno);
     }
+}
+
+void writeOutput(const std::string& name, std::string_view bytes) {
+    TemporaryFiles temporaryFiles;
+    const SignalWatch signalWatch(temporaryFiles);
+    StagedOutputs outputs(temporaryFiles);
+    outputs.write(name, bytes);
     outputs.commit();
 }
 

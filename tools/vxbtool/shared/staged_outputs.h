@@ -23,6 +23,8 @@ public:
     /// A device, a pipe and what is open already, such as "/dev/stdout", are written directly. A file
     /// that may not be written is not replaced.
     [[nodiscard]] std::unique_ptr<mqf2vxb::OutputFile> create(const std::string& name) override;
+    /// Creates an output that holds these bytes. A Report tells when that fails.
+    void write(const std::string& name, std::string_view bytes);
     /// Puts the outputs in their places, the one created last first; one that cannot be put there
     /// is reported.
     void commit();

@@ -4,6 +4,7 @@
 #include <map>
 #include <set>
 
+#include "format/key_frame_forms.h"
 #include "vxbtool/unpack/key_frame_words.h"
 #include "vxbtool/unpack/shown_key_frames.h"
 
@@ -29,6 +30,10 @@ struct PlacedGroup {
     std::uint32_t end = 0;
 
     [[nodiscard]] std::uint32_t frames() const { return (end - first) / keyFrameWords(type); }
+    /// Whether one of its key frames begins there.
+    [[nodiscard]] bool has(std::uint32_t offset) const {
+        return offset >= first && offset < end && (offset - first) % keyFrameWords(type) == 0;
+    }
 };
 
 /// One attempt to make groups of the words of all key frames.
@@ -78,13 +83,14 @@ public:
                 model_text::Step& step = motions[m].steps[shown.step];
                 step.type = shown.type;
                 const auto found = own.find(shown.type);
-                if (found != own.end()) {
+                if (found != own.end() && found->second->has(shown.offset)) {
                     const PlacedGroup& group = *found->second;
-                    const std::uint32_t words = keyFrameWords(group.type);
-                    right = right && shown.offset >= group.first && shown.offset < group.end &&
-                            (shown.offset - group.first) % words == 0;
-                    step.keyFrame = (shown.offset - group.first) / words;
+                    step.keyFrame = (shown.offset - group.first) / keyFrameWords(group.type);
                     continue;
+                }
+                if (found != own.end()) {
+                    step.type = unlistedType();
+                    right = right && hasIndexZero(shown.type) && step.type != bareType;
                 }
                 // Without a group of its type a step counts the key frames of all motions.
                 const auto behind =
@@ -111,6 +117,23 @@ private:
     [[nodiscard]] std::uint32_t indexOf(PrimitiveTypeCode type) const {
         const auto found = std::find(animation_.types.begin(), animation_.types.end(), type);
         return static_cast<std::uint32_t>(found - animation_.types.begin());
+    }
+
+    /// Whether the packet type index of a type is 0, which types that are not listed have too.
+    [[nodiscard]] bool hasIndexZero(PrimitiveTypeCode type) const {
+        return animation_.types.empty() || type == animation_.types.front() ||
+               indexOf(type) == animation_.types.size();
+    }
+    /// A type that no motion has key frames of; the bare one when there is none.
+    [[nodiscard]] PrimitiveTypeCode unlistedType() const {
+        constexpr PrimitiveTypeCode codes = 0x1000;
+        for (PrimitiveTypeCode type = bareType + 1; type < bareType + codes; ++type) {
+            if (mqf2vxb::findKeyFrameForm(type) != nullptr &&
+                indexOf(type) == animation_.types.size()) {
+                return type;
+            }
+        }
+        return bareType;
     }
 
     void takeUsed(std::size_t motion) {
@@ -270,6 +293,14 @@ private:
         if (!words_.cover(position_, end, parts)) {
             return false;
         }
+        // Rather than have types without key frames, single words have a group.
+        std::uint32_t first = position_;
+        for (const KeyFrameWords::Part& part : parts) {
+            if (part.ratherOne && part.end == first && !used_[motion].contains(bareType)) {
+                return false;
+            }
+            first = part.end;
+        }
         for (const KeyFrameWords::Part& part : parts) {
             if (part.ratherOne) {
                 right_ = right_ && !used_[motion].contains(part.type);
@@ -302,9 +333,9 @@ void unpackKeyFrames(const VxbFile& file, const std::vector<std::uint32_t>& cuts
                      std::vector<model_text::Motion>& motions) {
     constexpr std::size_t mostStarts = 8;
     constexpr std::size_t mostTurns = 16;
-    for (const Reading::Zero zero : {Reading::Zero::listed, Reading::Zero::byDistance}) {
-        const std::size_t starts = zero == Reading::Zero::byDistance ? mostStarts : 1;
-        for (std::size_t bare = 0; bare < std::min(motions.size() + 1, mostTurns); ++bare) {
+    for (std::size_t bare = 0; bare < std::min(motions.size() + 1, mostTurns); ++bare) {
+        for (const Reading::Zero zero : {Reading::Zero::listed, Reading::Zero::byDistance}) {
+            const std::size_t starts = zero == Reading::Zero::byDistance ? mostStarts : 1;
             for (std::size_t start = 0; start < starts; ++start) {
                 for (const bool backward : {false, true}) {
                     const Reading reading{zero, backward, motions.size() - bare, start};

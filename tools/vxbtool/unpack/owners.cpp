@@ -153,6 +153,41 @@ void Owners::findBodies(const VxbFile& file, const std::vector<std::uint32_t>& c
         }
     }
 
+    // Groups of the same headers that use one vertex have the same first coordinate, so they are, as
+    // a rule, of one body.
+    std::vector<std::uint32_t> usedIn(listOfVertex_.size(), none);
+    std::vector<std::uint32_t> laterOfBody(groups.size(), none);
+    for (std::uint32_t g = 0; g < groups.size(); ++g) {
+        if (groups[g].headers.size() < 2) {
+            continue;
+        }
+        const auto use = [&](std::uint32_t& before) {
+            if (before != none && before != g && groups[before].headers == groups[g].headers) {
+                laterOfBody[before] = g;
+            }
+            before = g;
+        };
+        mqf2vxb::forEachPolygon(
+            file, file.packetGroups[g], [&](const mqf2vxb::PacketPolygon& polygon) {
+                const std::size_t corners = polygon.place > 0 ? 0 : cornersOf(file, polygon, false);
+                for (std::size_t i = 0; i < corners; ++i) {
+                    if (polygon.vertex(i) < usedIn.size()) {
+                        use(usedIn[polygon.vertex(i)]);
+                    }
+                }
+            });
+    }
+    // Whether a group is of a body that has another group of a type which is taken.
+    const auto belongsElsewhere = [&](std::size_t group,
+                                      const std::set<mqf2vxb::PrimitiveTypeCode>& types) {
+        for (std::uint32_t g = laterOfBody[group]; g != none; g = laterOfBody[g]) {
+            if (types.contains(file.packetGroups[g].code)) {
+                return true;
+            }
+        }
+        return false;
+    };
+
     // Bodies of the same headers have their coordinates in different orders.
     std::set<std::vector<std::uint32_t>> used;
     for (std::size_t g = 0; g < groups.size();) {
@@ -168,6 +203,7 @@ void Owners::findBodies(const VxbFile& file, const std::vector<std::uint32_t>& c
                (end == g || groups[end - 1].next == end) &&
                (evidence == none || groups[end].evidence == none ||
                 evidence == groups[end].evidence) &&
+               (end == g || !belongsElsewhere(end, types)) &&
                types.insert(file.packetGroups[end].code).second) {
             evidence = groups[end].evidence != none ? groups[end].evidence : evidence;
             ++end;

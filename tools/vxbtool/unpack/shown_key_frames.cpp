@@ -20,7 +20,6 @@ std::vector<Shown> shownBy(const VxbFile& file, std::uint32_t first, std::uint32
                            const Reading& reading) {
     const mqf2vxb::Animation& animation = file.animation;
     std::vector<Shown> result;
-    std::vector<std::uint32_t> offsets;
     for (std::uint32_t s = first; s < end; ++s) {
         const ControlWord control = mqf2vxb::controlWord(file.words[animation.controlOffset + s]);
         if (control.kind == ControlKind::keyFrame) {
@@ -28,7 +27,6 @@ std::vector<Shown> shownBy(const VxbFile& file, std::uint32_t first, std::uint32
                                                ? animation.types[control.typeIndex]
                                                : bareType;
             result.push_back({s - first, control.target, type});
-            offsets.push_back(control.target);
         }
     }
     if (animation.types.empty() || (reading.zero == Reading::Zero::listed && !bare)) {
@@ -36,13 +34,14 @@ std::vector<Shown> shownBy(const VxbFile& file, std::uint32_t first, std::uint32
     }
     // A key frame of the listed type has room for its words, and a whole number of such frames
     // between it and the others.
-    std::sort(offsets.begin(), offsets.end());
     const PrimitiveTypeCode listed = animation.types.front();
     const std::uint32_t words = keyFrameWords(listed);
     std::set<std::uint32_t> starts;
     const auto hasRoom = [&](std::uint32_t offset) {
-        const auto next = std::upper_bound(offsets.begin(), offsets.end(), offset);
-        const std::uint32_t limit = next != offsets.end() ? *next : animation.keyFrameWords;
+        const auto next =
+            std::ranges::upper_bound(animation.keyFrames, offset, {}, &mqf2vxb::KeyFrame::offset);
+        const std::uint32_t limit =
+            next != animation.keyFrames.end() ? next->offset : animation.keyFrameWords;
         return limit >= offset && limit - offset >= words;
     };
     for (const Shown& shown : result) {
