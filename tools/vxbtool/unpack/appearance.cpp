@@ -44,6 +44,61 @@ bool colourIsUnchanged(const PacketPolygon& polygon) {
     return true;
 }
 
+std::uint32_t drawingOf(const PacketPolygon& polygon) { return polygon[Field::C0] >> 24U; }
+
+/// Whether this is a further polygon of a strip with a drawing code of its own.
+bool isFurtherCoded(const PacketPolygon& polygon) {
+    return polygon.place > 0 && polygon.form->colours > 0;
+}
+
+/// A material's flag but for the bit of unlit polygons.
+std::uint32_t flagOf(mqf2vxb::PrimitiveTypeCode code, const PacketPolygon& polygon) {
+    std::uint32_t result = 0;
+    const auto set = [&](std::uint32_t flag, bool when) { result |= when ? flag : 0; };
+    set(material_flag::bit02, (code & type_code::flag02) != 0);
+    set(material_flag::bit04, isFurtherCoded(polygon)
+                                  ? (drawingOf(polygon) & drawing_code::flag04) != 0
+                                  : (code & type_code::flag04) != 0);
+    set(material_flag::doubleImage, (code & type_code::doubleImage) != 0);
+    if (polygon.form->textured) {
+        result |= mqf2vxb::texturePage(polygon[Field::page]).flagBits << pageFlagShift;
+    }
+    return result;
+}
+
+/// What the letters of a material stand for.
+struct Surface {
+    bool unlit = false;
+    bool textured = false;
+    unsigned colours = 0;
+    char shading = 'F';
+};
+
+/// Makes the surface that of a strip's further polygon, of which the packet carries less.
+void takeFurther(const PacketPolygon& polygon, const PointNumbers& points, bool shared,
+                 Surface& surface) {
+    const auto named = [&](Field field) { return points.isNormal(polygon[field], shared); };
+    const bool perCorner =
+        isFurtherCoded(polygon) && (drawingOf(polygon) & drawing_code::colourPerCorner) != 0;
+    const bool doubleImage = polygon.form->family == PacketFamily::doubleImage;
+    if (polygon.form->lit()) {
+        if (surface.colours == 1) {
+            surface.shading = perCorner ? 'G' : 'F';
+        } else if (!named(Field::N0) || !named(Field::N1) || !named(Field::N2)) {
+            surface.shading = 'F';
+        }
+        surface.unlit = surface.shading == 'F' && !named(Field::N0);
+    } else if (surface.colours == 1 && perCorner && doubleImage) {
+        surface.colours = 4;
+    } else if (surface.colours == 1 && perCorner) {
+        surface.unlit = false;
+        surface.shading = 'G';
+    } else if (surface.colours > 1 && !perCorner && doubleImage) {
+        surface.colours = 0;
+        surface.textured = true;
+    }
+}
+
 }  // namespace
 
 bool Appearance::lit() const { return (flag & material_flag::unlit) == 0; }
@@ -51,60 +106,27 @@ bool Appearance::lit() const { return (flag & material_flag::unlit) == 0; }
 Appearance appearanceOf(const VxbFile& file, const mqf2vxb::PacketGroup& group,
                         const PacketPolygon& polygon, const PointNumbers& points) {
     const PacketForm& form = *polygon.form;
-    const mqf2vxb::PrimitiveTypeCode code = group.code;
-    const bool further = polygon.place > 0;
-    const bool coded = form.colours > 0;
-    const std::uint32_t drawing = polygon[Field::C0] >> 24U;
     Appearance look;
     look.type = polygonTypeOf(file, polygon, group.shared);
-
-    const auto set = [&](std::uint32_t flag, bool when) { look.flag |= when ? flag : 0; };
-    bool unlit = !form.lit();
-    set(material_flag::bit02, (code & type_code::flag02) != 0);
-    set(material_flag::bit04,
-        further && coded ? (drawing & drawing_code::flag04) != 0 : (code & type_code::flag04) != 0);
-    set(material_flag::doubleImage, (code & type_code::doubleImage) != 0);
-    if (form.textured) {
-        look.flag |= mqf2vxb::texturePage(polygon[Field::page]).flagBits << pageFlagShift;
+    look.flag = flagOf(group.code, polygon);
+    Surface surface;
+    surface.unlit = !form.lit();
+    surface.colours = form.colours == 0 ? 0 : form.colours == 1 ? 1 : 4;
+    surface.textured = form.textured;
+    const bool smooth = form.lit() ? (group.code & type_code::smooth) != 0 : surface.colours > 1;
+    surface.shading = smooth ? 'G' : 'F';
+    if (isFurtherCoded(polygon) && look.type == polygon_type::triangle) {
+        surface.textured = form.textured || (drawingOf(polygon) & drawing_code::textured) != 0;
     }
-
-    const bool perCorner =
-        further && coded ? (drawing & drawing_code::colourPerCorner) != 0 : false;
-    unsigned colours = form.colours == 0 ? 0 : form.colours == 1 ? 1 : 4;
-    bool textured = form.textured;
-    if (further && coded && look.type == polygon_type::triangle) {
-        textured = textured || (drawing & drawing_code::textured) != 0;
+    if (polygon.place > 0) {
+        takeFurther(polygon, points, group.shared, surface);
     }
-    const bool doubleImage = form.family == PacketFamily::doubleImage;
-    look.shading = form.lit()    ? ((code & type_code::smooth) != 0 ? 'G' : 'F')
-                   : colours > 1 ? 'G'
-                                 : 'F';
-    if (further) {
-        const bool smoothNormals = points.isNormal(polygon[Field::N0], group.shared) &&
-                                   points.isNormal(polygon[Field::N1], group.shared) &&
-                                   points.isNormal(polygon[Field::N2], group.shared);
-        if (form.lit()) {
-            if (colours == 1) {
-                look.shading = perCorner ? 'G' : 'F';
-            } else if (!smoothNormals) {
-                look.shading = 'F';
-            }
-            unlit = look.shading == 'F' && !points.isNormal(polygon[Field::N0], group.shared);
-        } else if (colours == 1 && perCorner && doubleImage) {
-            colours = 4;
-        } else if (colours == 1 && perCorner) {
-            unlit = false;
-            look.shading = 'G';
-        } else if (colours > 1 && !perCorner && doubleImage) {
-            colours = 0;
-            textured = true;
-        }
+    if (surface.unlit && surface.colours == 1 && surface.textured && colourIsUnchanged(polygon)) {
+        surface.colours = 0;
     }
-    if (unlit && colours == 1 && textured && colourIsUnchanged(polygon)) {
-        colours = 0;
-    }
-    set(material_flag::unlit, unlit);
-    look.kind = kindLetter(textured, form.windowed(), colours);
+    look.flag |= surface.unlit ? material_flag::unlit : 0;
+    look.shading = surface.shading;
+    look.kind = kindLetter(surface.textured, form.windowed(), surface.colours);
     return look;
 }
 

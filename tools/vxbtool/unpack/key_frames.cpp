@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <ranges>
 #include <set>
 
 #include "format/key_frame_forms.h"
@@ -154,6 +155,7 @@ private:
                 span.end = std::max(span.end, end);
             }
             std::vector<Span> sorted;
+            sorted.reserve(byType.size());
             for (const auto& [type, span] : byType) {
                 sorted.push_back(span);
             }
@@ -164,9 +166,9 @@ private:
         // What does not follow the groups so far lies in one of them.
         if (reading_.backward) {
             std::uint32_t start = animation_.keyFrameWords;
-            for (auto span = spans_.rbegin(); span != spans_.rend(); ++span) {
-                span->elsewhere = span->end > start;
-                start = span->elsewhere ? start : span->first;
+            for (Span& span : std::ranges::reverse_view(spans_)) {
+                span.elsewhere = span.end > start;
+                start = span.elsewhere ? start : span.first;
             }
         } else {
             std::uint32_t end = 0;

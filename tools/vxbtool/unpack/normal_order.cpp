@@ -4,6 +4,7 @@
 #include <array>
 #include <deque>
 #include <map>
+#include <ranges>
 
 #include "model/material.h"
 #include "vxbtool/unpack/normal_namings.h"
@@ -50,8 +51,8 @@ public:
         settleRest();
         std::vector<model_text::LookUse> ordered;
         ordered.reserve(uses_.size());
-        for (auto p = placed_.rbegin(); p != placed_.rend(); ++p) {
-            ordered.push_back(uses_[*p]);
+        for (const std::uint32_t p : std::ranges::reverse_view(placed_)) {
+            ordered.push_back(uses_[p]);
         }
         uses_ = std::move(ordered);
         return namings_.hold();
@@ -83,8 +84,7 @@ private:
                 goodLeft_[naming.normal] += namings_.good(naming) ? 1 : 0;
             });
         }
-        for (std::uint32_t g = 0; g < polygons_.groups.size(); ++g) {
-            const PolygonGroup& group = polygons_.groups[g];
+        for (const PolygonGroup& group : polygons_.groups) {
             if (group.first == group.end) {
                 continue;
             }

@@ -38,8 +38,6 @@ public:
     }
 
 private:
-    struct GroupHeaders;
-
     void findShared(const mqf2vxb::VxbFile& file, const std::vector<std::uint32_t>& coordinates);
     void findBodies(const mqf2vxb::VxbFile& file, const std::vector<std::uint32_t>& coordinates);
     void findVertices(const mqf2vxb::VxbFile& file);

@@ -111,7 +111,7 @@ private:
             const std::size_t corner = kind.colours > 1 ? corners_.corners()[i] : 0;
             for (unsigned k = 0; k < MaterialKind::colourNumbers; ++k) {
                 numbers[kind.colourStart() + MaterialKind::colourNumbers * corner + k] =
-                    static_cast<std::int32_t>(colour >> 8 * k & 0xFFU);
+                    static_cast<std::int32_t>(colour >> 8U * k & 0xFFU);
             }
         }
         return looks_.find(look.flag, look.shading, look.kind,

@@ -15,9 +15,8 @@ using mqf2vxb::ControlWord;
 using mqf2vxb::PrimitiveTypeCode;
 using mqf2vxb::VxbFile;
 
-/// What the steps from one to another show; they are those of one motion.
-std::vector<Shown> shownBy(const VxbFile& file, std::uint32_t first, std::uint32_t end, bool bare,
-                           const Reading& reading) {
+/// What the steps from one to another show, the index 0 taken for the listed type.
+std::vector<Shown> shownAsListed(const VxbFile& file, std::uint32_t first, std::uint32_t end) {
     const mqf2vxb::Animation& animation = file.animation;
     std::vector<Shown> result;
     for (std::uint32_t s = first; s < end; ++s) {
@@ -29,6 +28,14 @@ std::vector<Shown> shownBy(const VxbFile& file, std::uint32_t first, std::uint32
             result.push_back({s - first, control.target, type});
         }
     }
+    return result;
+}
+
+/// What the steps of one motion show.
+std::vector<Shown> shownBy(const VxbFile& file, std::uint32_t first, std::uint32_t end, bool bare,
+                           const Reading& reading) {
+    const mqf2vxb::Animation& animation = file.animation;
+    std::vector<Shown> result = shownAsListed(file, first, end);
     if (animation.types.empty() || (reading.zero == Reading::Zero::listed && !bare)) {
         return result;
     }
