@@ -152,7 +152,8 @@ TEST(Unpack, FilesThatNoConverterWroteAreUnpackedAsFarAsTheyGo) {
         for (int damage = 0; damage < 6; ++damage) {
             Words words = original;
             const std::size_t at = random() % words.size();
-            words[at] ^= damage % 2 == 0 ? 1U << random() % 32 : random();
+            words[at] ^=
+                damage % 2 == 0 ? 1U << random() % 32 : static_cast<std::uint32_t>(random());
             const std::string bytes = bytesOf(words);
             if (mqf2vxb::readVxb(bytes).findings.count(mqf2vxb::Severity::error) > 0) {
                 continue;
