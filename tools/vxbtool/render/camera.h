@@ -42,10 +42,10 @@ public:
 private:
     [[nodiscard]] float along(std::size_t axis, const Vector3& place) const;
 
-    std::array<Vector3, 3> axes_;  // to the right, up and towards the viewer
+    std::array<Vector3, 3> axes_{};  // to the right, up and towards the viewer
     std::uint32_t width_;
     std::uint32_t height_;
-    std::array<float, 2> slopes_;  // half of the picture's extent at a distance of 1
+    std::array<float, 2> slopes_{};  // half of the picture's extent at a distance of 1
     std::array<float, 2> middle_{};
     float distance_ = 1;
     float near_ = 1;

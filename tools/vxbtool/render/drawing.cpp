@@ -37,11 +37,16 @@ void setBlend(const Gl& gl, Blend blend) {
     }
 }
 
+/// An offset into a buffer, as OpenGL takes it.
+const void* bufferOffset(std::size_t bytes) {
+    return reinterpret_cast<const void*>(bytes);  // NOLINT(performance-no-int-to-ptr)
+}
+
 void setAttribute(const Gl& gl, Attribute attribute, GLint number, GLenum type,
                   std::size_t offset) {
     gl.enableVertexAttribArray(attribute);
     gl.vertexAttribPointer(attribute, number, type, type == GL_UNSIGNED_BYTE ? GL_TRUE : GL_FALSE,
-                           sizeof(Vertex), reinterpret_cast<const void*>(offset));
+                           sizeof(Vertex), bufferOffset(offset));
 }
 
 }  // namespace
@@ -134,6 +139,7 @@ void Drawing::draw(const Camera& camera, const PixelArea& area) const {
 void Drawing::drawSeeThrough(const Camera& camera) const {
     const std::vector<SeeThrough>& all = triangles_.seeThrough;
     std::vector<float> depths;
+    depths.reserve(all.size());
     for (const SeeThrough& each : all) {
         depths.push_back(camera.depth(each.middle));
     }
@@ -163,7 +169,7 @@ void Drawing::drawSeeThrough(const Camera& camera) const {
         setBlend(gl_, scene_.looks[run.look].blend);
         const std::size_t offset = run.firstVertex * sizeof(std::uint32_t);
         gl_.drawElements(GL_TRIANGLES, static_cast<GLsizei>(run.vertexNum), GL_UNSIGNED_INT,
-                         reinterpret_cast<const void*>(offset));
+                         bufferOffset(offset));
     }
 }
 

@@ -22,7 +22,7 @@ public:
 private:
     void upload();
     void uploadPictures();
-    void useLook(std::uint32_t look) const;
+    void useLook(std::uint32_t number) const;
     void drawSeeThrough(const Camera& camera) const;
 
     const Gl& gl_;
