@@ -406,6 +406,8 @@ TEST(ImportMotions, RaiseTheToleranceForMoreThanAFileCanReach) {
         every(1.0 / 30, 499)};
     const Played played({trembling}, 1000);
     EXPECT_GT(played.made.tolerance, 1);
+    ASSERT_EQ(played.made.lost.size(), 1);
+    EXPECT_EQ(played.made.lost[0].count, played.made.tolerance);
     std::size_t words = 0;
     for (const model_text::KeyFrameGroup& group : played.motion().groups) {
         words += group.values.size() / 6 * 5;

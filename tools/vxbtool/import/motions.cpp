@@ -1,6 +1,7 @@
 #include "vxbtool/import/motions.h"
 
 #include <algorithm>
+#include <cmath>
 #include <map>
 #include <numbers>
 #include <set>
@@ -119,6 +120,13 @@ struct Attempt {
     [[nodiscard]] bool fits() const { return words <= mostWords && steps <= mostSteps; }
 };
 
+/// Whether 16 bits do not hold the scale.
+bool isTooLarge(const Sample& sample) {
+    constexpr double most = 8;
+    return std::max({std::abs(sample.scale.x), std::abs(sample.scale.y),
+                     std::abs(sample.scale.z)}) > most;
+}
+
 Attempt attempt(const std::vector<Animation>& animations, const PlacedCoordinates& placed,
                 std::optional<double> fps, double factor) {
     Tolerance tolerance;
@@ -137,6 +145,10 @@ Attempt attempt(const std::vector<Animation>& animations, const PlacedCoordinate
                 sampler.sample(moved, placed.coordinates[moved.coordinate]);
             if (sampled.parts.translation || sampled.parts.rotation || sampled.parts.scale) {
                 builder.add(moved, sampled, tolerance);
+                if (sampled.parts.scale && std::ranges::any_of(sampled.track.samples, isTooLarge)) {
+                    countLost("coordinates", "a motion scales them beyond 8 times",
+                              result.made.lost);
+                }
             }
         }
         if (builder.motion.coordinates.empty()) {
@@ -173,6 +185,11 @@ Motions makeMotions(const aiScene& scene, const CoordinateMap& map, const Placed
             result.words, result.steps, mostWords, mostSteps));
     }
     result.made.lost.insert(result.made.lost.begin(), lost.begin(), lost.end());
+    if (factor > 1) {
+        result.made.lost.push_back({"times the tolerance of motions",
+                                    "all key frames have to fit into 65536 words",
+                                    static_cast<std::size_t>(factor)});
+    }
     return std::move(result.made);
 }
 
