@@ -24,11 +24,14 @@ public:
     [[nodiscard]] std::uint32_t listOfGroup(std::uint32_t group) const {
         return listOfGroup_[group];
     }
-    /// List of a vertex; `none` when no packet tells.
-    [[nodiscard]] std::uint32_t listOf(std::uint32_t vertex) const { return listOfVertex_[vertex]; }
-    /// First coordinate of a vertex; 0 when no packet tells.
+    /// List of a vertex; `none` when no packet tells, and for a strip's field that names no vertex.
+    [[nodiscard]] std::uint32_t listOf(std::uint32_t vertex) const {
+        return vertex < listOfVertex_.size() ? listOfVertex_[vertex] : none;
+    }
+    /// First coordinate of a vertex; 0 when it has no list.
     [[nodiscard]] std::uint32_t coordinateOf(std::uint32_t vertex) const {
-        return listOfVertex_[vertex] == none ? 0 : lists_[listOfVertex_[vertex]].front();
+        const std::uint32_t list = listOf(vertex);
+        return list == none ? 0 : lists_[list].front();
     }
     /// The coordinates under which a shared normal may have been gathered, in the order of their
     /// headers: one where a header counts the normal, else those that have no shared vertices.
