@@ -1,5 +1,6 @@
 #include "vxbtool/completion/completion.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -115,7 +116,7 @@ Value valueOf(const CLI::Option& option) {
     if (std::vector<std::string> choices = choicesOf(option); !choices.empty()) {
         return {ValueKind::choice, std::move(choices)};
     }
-    const std::string text = option.get_option_text();
+    const std::string& text = option.get_option_text();
     return {text == "FILE"  ? ValueKind::file
             : text == "DIR" ? ValueKind::folder
                             : ValueKind::any,
@@ -167,10 +168,10 @@ std::string bashCompletion(const CLI::App& app) {
         for (const CLI::Option* option : command->get_options()) {
             const std::vector<std::string> names = namesOf(*option);
             all.insert(all.end(), names.begin(), names.end());
-            std::vector<std::string> patterns;
-            for (const std::string& each : names) {
-                patterns.push_back(name + ":" + each);
-            }
+            std::vector<std::string> patterns(names.size());
+            std::transform(
+                names.begin(), names.end(), patterns.begin(),
+                [&](const std::string& each) { return fmt::format("{}:{}", name, each); });
             const auto add = [&](const std::string& action) {
                 values += fmt::format("    {})\n        {}\n        ;;\n",
                                       fmt::join(patterns, " | "), action);
@@ -272,6 +273,16 @@ std::string zshText(const std::string& text) {
     return escaped;
 }
 
+std::string zshAction(const Value& value) {
+    switch (value.kind) {
+    case ValueKind::none: return "";
+    case ValueKind::choice: return fmt::format(":value:({})", fmt::join(value.choices, " "));
+    case ValueKind::folder: return ":folder:_files -/";
+    case ValueKind::file: return ":file:_files";
+    default: return ":value:";
+    }
+}
+
 std::string zshCompletion(const CLI::App& app) {
     std::string commands, cases;
     for (const CLI::App* command : shownCommands(app)) {
@@ -279,14 +290,7 @@ std::string zshCompletion(const CLI::App& app) {
             fmt::format("    '{}:{}'\n", command->get_name(), zshText(command->get_description()));
         cases += fmt::format("{})\n    _arguments", command->get_name());
         for (const CLI::Option* option : command->get_options()) {
-            const Value value = valueOf(*option);
-            const std::string action =
-                value.kind == ValueKind::none ? ""
-                : value.kind == ValueKind::choice
-                    ? fmt::format(":value:({})", fmt::join(value.choices, " "))
-                : value.kind == ValueKind::folder ? ":folder:_files -/"
-                : value.kind == ValueKind::file   ? ":file:_files"
-                                                  : ":value:";
+            const std::string action = zshAction(valueOf(*option));
             for (const std::string& name : namesOf(*option)) {
                 cases += fmt::format(" \\\n        '{}[{}]{}'", name,
                                      zshText(option->get_description()), action);

@@ -102,13 +102,14 @@ private:
         std::string form;
         std::string what;
 
+        // NOLINTNEXTLINE(modernize-use-nullptr): what the compiler makes has a 0 in it
         auto operator<=>(const Group&) const = default;
     };
 
     void tally(ChangeKind kind, const DrawnPolygons& polygons, std::uint32_t index,
                std::string_view what) {
         const DrawnPolygon& polygon = polygons.all()[index];
-        const std::string owner = polygons.ownerOf(polygon);
+        const std::string& owner = polygons.ownerOf(polygon);
         const std::string form = polygons.formOf(polygon);
         if (changes_.all()) {
             changes_.add(kind, fmt::format("{}, polygon at word {}", owner, polygon.offset),

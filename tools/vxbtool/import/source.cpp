@@ -136,6 +136,7 @@ struct Source::Loader {
 
 Source::Source() = default;
 Source::Source(Source&&) noexcept = default;
+Source& Source::operator=(Source&&) noexcept = default;
 Source::~Source() = default;
 
 Source Source::load(const std::string& file, const SourceOptions& options) {

@@ -38,7 +38,10 @@ public:
     /// `largestSource`.
     static Source load(const std::string& file, const SourceOptions& options);
 
+    Source(const Source&) = delete;
+    Source& operator=(const Source&) = delete;
     Source(Source&&) noexcept;
+    Source& operator=(Source&&) noexcept;
     ~Source();
 
     [[nodiscard]] const aiScene& scene() const { return *scene_; }

@@ -25,7 +25,7 @@ struct SourcePlace {
 std::string_view shownLine(std::string_view line);
 
 /// A line of a file, counted from 1, as reports show it; empty for 0.
-std::string sourceLine(const TracedFile& file, std::int64_t line);
+std::string sourceLine(const TracedFile& file, std::int64_t number);
 
 /// Fills in where a finding stands.
 void placeFinding(const SourcePlace& place, ReportedFinding& finding);

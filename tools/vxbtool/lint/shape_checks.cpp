@@ -186,7 +186,7 @@ private:
         std::vector<Twin> twins;
         for (const Face& face : faces_) {
             std::array<std::uint32_t, 4> edge = face.edge();
-            const auto end = edge.begin() + static_cast<std::ptrdiff_t>(face.corners);
+            auto* const end = edge.begin() + static_cast<std::ptrdiff_t>(face.corners);
             std::rotate(edge.begin(), std::min_element(edge.begin(), end), end);
             if (face.corners == 3) {
                 edge[3] = 0xFFFFFFFFU;
@@ -296,7 +296,7 @@ private:
             while (!waiting.empty()) {
                 const std::uint32_t face = waiting.back();
                 waiting.pop_back();
-                members[static_cast<std::size_t>(side[face])].push_back(face);
+                members[side[face] == 0 ? 0 : 1].push_back(face);
                 for (const auto& [next, opposed] : neighbours[face]) {
                     if (side[next] < 0) {
                         side[next] = static_cast<std::int8_t>(side[face] ^ (opposed ? 1 : 0));

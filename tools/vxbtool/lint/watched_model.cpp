@@ -56,8 +56,8 @@ void WatchedModel::make(const std::string& mqfName, const RunOptions& options, I
     scale_ = options.scale;
     Inputs inputs(files, trace_);
     readParts(mqfName, inputs);
-    const auto failed = std::find_if(failed_.begin(), failed_.end(),
-                                     [](const auto& report) { return report.has_value(); });
+    auto* const failed = std::find_if(failed_.begin(), failed_.end(),
+                                      [](const auto& report) { return report.has_value(); });
     polygons_ = model_.polygons;
     if (failed != failed_.end()) {
         throw Report(**failed);

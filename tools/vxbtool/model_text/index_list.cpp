@@ -8,7 +8,7 @@ namespace {
 
 void appendIndex(std::size_t index, std::string& text) {
     std::array<char, 20> digits{};
-    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), index).ptr;
+    char* const end = std::to_chars(digits.data(), digits.data() + digits.size(), index).ptr;
     text.append(digits.data(), end);
 }
 

@@ -61,8 +61,8 @@ struct Line {
 class LineCutter {
 public:
     explicit LineCutter(const Materials& materials) : uses_(materials.uses) {
-        for (std::size_t i = 0; i < materials.notes.size(); ++i) {
-            starts_.push_back(materials.notes[i].before);
+        for (const Note& note : materials.notes) {
+            starts_.push_back(note.before);
         }
     }
 

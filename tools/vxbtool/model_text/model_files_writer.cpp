@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include <fmt/core.h>
+
 #include "vxbtool/model_text/component_files.h"
 
 namespace vxbtool::model_text {
@@ -29,7 +31,7 @@ std::vector<std::string> numberedNames(std::size_t number, const std::string& na
     }
     std::vector<std::string> names;
     for (std::size_t i = 0; i < number; ++i) {
-        names.push_back(name + "-" + std::to_string(i) + ending);
+        names.push_back(fmt::format("{}-{}{}", name, i, ending));
     }
     return names;
 }

@@ -45,7 +45,7 @@ TextFile::TextFile(mqf2vxb::OutputFiles& files, std::string name)
 
 void TextFile::number(std::int64_t value) {
     std::array<char, 24> text{};
-    const auto end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
+    char* const end = std::to_chars(text.data(), text.data() + text.size(), value).ptr;
     put({text.data(), end});
 }
 

@@ -1,6 +1,7 @@
 #include "vxbtool/render/egl_context.h"
 
 #include <array>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -83,8 +84,9 @@ struct EglContext::Egl {
             std::array<EGLDeviceEXT, most> devices{};
             EGLint number = 0;
             if (query(most, devices.data(), &number) == EGL_TRUE) {
-                for (EGLint i = 0; i < number; ++i) {
-                    found.push_back(display(EGL_PLATFORM_DEVICE_EXT, devices[i], nullptr));
+                for (const EGLDeviceEXT device :
+                     std::span(devices).first(static_cast<std::size_t>(number))) {
+                    found.push_back(display(EGL_PLATFORM_DEVICE_EXT, device, nullptr));
                 }
             }
         }

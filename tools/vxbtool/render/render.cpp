@@ -82,7 +82,7 @@ void readBackground(const std::string& text, Request& request) {
     if (!colour) {
         throw CLI::ValidationError(
             "--background",
-            fmt::format("\"{}\" is neither \"transparent\" nor a colour such as 606870", text));
+            fmt::format(R"("{}" is neither "transparent" nor a colour such as 606870)", text));
     }
     request.background = {static_cast<std::uint8_t>(*colour >> 16U),
                           static_cast<std::uint8_t>(*colour >> 8U & most),
@@ -94,7 +94,7 @@ void checkNumbers(const Request& request) {
          {double{request.direction.turn}, double{request.direction.tilt}, request.frame}) {
         if (!std::isfinite(number)) {
             throw CLI::ValidationError(
-                "--turn, --tilt and --frame take numbers, neither \"inf\" nor \"nan\"");
+                R"(--turn, --tilt and --frame take numbers, neither "inf" nor "nan")");
         }
     }
 }

@@ -162,8 +162,9 @@ private:
         };
         add(lines_, "lines and sprites of strips are not drawn");
         add(incomplete_, "polygons are not drawn, because the file lacks vertices of theirs");
-        add(std::ranges::count_if(file_.packetGroups,
-                                  [](const PacketGroup& group) { return group.form == nullptr; }),
+        add(static_cast<std::size_t>(std::ranges::count_if(
+                file_.packetGroups,
+                [](const PacketGroup& group) { return group.form == nullptr; })),
             "groups of packets are not drawn, because their type code has no form");
     }
 

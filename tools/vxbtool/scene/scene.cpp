@@ -8,12 +8,12 @@
 namespace vxbtool::scene {
 
 Scene makeScene(const mqf2vxb::VxbFile& file) {
-    constexpr float one = 4096;
+    constexpr float matrixOne = 4096;
     Scene scene;
     for (const mqf2vxb::Coordinate& record : file.coordinates) {
         Coordinate& coordinate = scene.coordinates.emplace_back();
         for (std::size_t i = 0; i < coordinate.matrix.size(); ++i) {
-            coordinate.matrix[i] = static_cast<float>(record.matrix[i]) / one;
+            coordinate.matrix[i] = static_cast<float>(record.matrix[i]) / matrixOne;
         }
         for (std::size_t i = 0; i < coordinate.translation.size(); ++i) {
             coordinate.translation[i] = static_cast<float>(record.translation[i]);

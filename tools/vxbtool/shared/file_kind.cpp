@@ -12,10 +12,10 @@ namespace vxbtool {
 std::string fileKind(std::string_view bytes) {
     constexpr std::array<char, 4> vxb{static_cast<char>(mqf2vxb::format::fileId), 0, 0, 0};
     if (bytes.starts_with(std::string_view(vxb.data(), vxb.size()))) {
-        return "this is a VXB file; use \"vxbtool check\", \"info\", \"dump\" or \"diff\"";
+        return R"(this is a VXB file; use "vxbtool check", "info", "dump" or "diff")";
     }
     if (bytes.starts_with("@MQF")) {
-        return "this is a model; use \"vxbtool lint\" or \"convert\"";
+        return R"(this is a model; use "vxbtool lint" or "convert")";
     }
     constexpr std::array<std::string_view, 7> components{"@GEO", "@SRF", "@FRM", "@SQX",
                                                          "@AXS", "@BND", "@CLP"};
