@@ -296,7 +296,7 @@ private:
             while (!waiting.empty()) {
                 const std::uint32_t face = waiting.back();
                 waiting.pop_back();
-                members[side[face] == 0 ? 0 : 1].push_back(face);
+                members[static_cast<std::uint8_t>(side[face])].push_back(face);
                 for (const auto& [next, opposed] : neighbours[face]) {
                     if (side[next] < 0) {
                         side[next] = static_cast<std::int8_t>(side[face] ^ (opposed ? 1 : 0));
