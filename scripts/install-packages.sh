@@ -11,7 +11,8 @@ tools_packages=(
     libpng-dev libegl-dev libgles-dev libegl1 libgl1-mesa-dri
 )
 check_packages=(
-    git clang-format clang-tidy dpkg-dev file libbenchmark-dev lintian python3 assimp-testmodels
+    git ccache clang-format clang-tidy dpkg-dev file libbenchmark-dev lintian python3
+    assimp-testmodels
 )
 fuzz_packages=(clang libclang-rt-14-dev llvm)
 # The page of vxbtool view is built with npm, which need not have come as a package.
