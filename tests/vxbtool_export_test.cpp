@@ -93,7 +93,7 @@ std::string textOf(const GltfPlayer& player) {
             const auto places = player.places(a, frame / framesOfSecond + 1e-6);
             text += fmt::format(" {}:", frame);
             for (std::size_t n = 0; n < places.size(); ++n) {
-                if (player.document()["nodes"][n]["extras"].contains("coordinate")) {
+                if (player.document()["nodes"][n].contains("extras")) {
                     const Row origin = moved(places[n], {0, 0, 0});
                     text += " at " + rounded(origin, millimetres);
                     for (const Row& axis : {Row{1, 0, 0}, {0, 1, 0}}) {
