@@ -3,10 +3,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <fstream>
 #include <numbers>
 #include <optional>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -15,6 +13,7 @@
 
 #include "support/memory_files.h"
 #include "support/random_model.h"
+#include "support/scene_cases.h"
 #include "support/test_folder.h"
 #include "vxb/vxb_reader.h"
 #include "vxb/word_meaning.h"
@@ -104,73 +103,13 @@ std::string textOf(const Scene& scene) {
     return text;
 }
 
-Words wordsIn(const std::string& text) {
-    std::istringstream words(text);
-    Words result;
-    for (std::string word; words >> word;) {
-        result.push_back(static_cast<std::uint32_t>(std::stoul(word, nullptr, 16)));
-    }
-    return result;
-}
-
-/// The scene of a model in lines "geo TEXT" and so on; "pxl FLAG / PIXELS / TABLE" is an image, and "ni"
-/// leaves the images out.
-Scene sceneOf(const std::string& lines) {
-    ModelFiles model;
-    mqf2vxb::RunOptions options;
-    std::istringstream stream(lines);
-    for (std::string line; std::getline(stream, line);) {
-        const std::string key = line.substr(0, line.find(' '));
-        const std::string text = line.size() > key.size() ? line.substr(key.size() + 1) : "";
-        if (key == "pxl") {
-            const std::size_t pixels = text.find('/');
-            const std::size_t table = text.find('/', pixels + 1);
-            model.images.push_back(
-                image(wordsIn(text.substr(0, pixels)).front(),
-                      wordsIn(text.substr(pixels + 1, table - pixels - 1)),
-                      table == std::string::npos ? Words() : wordsIn(text.substr(table + 1))));
-        } else if (key == "clp") {
-            model.clp.push_back(text);
-        } else if (key == "ni") {
-            options.imageOutput = false;
-        } else {
-            (key == "geo"   ? model.geo
-             : key == "srf" ? model.srf
-             : key == "frm" ? model.frm
-                            : model.bnd) = text;
-        }
-    }
-    const Conversion conversion = convertFiles(model, options);
-    EXPECT_EQ(conversion.report, "");
-    return scene::makeScene(mqf2vxb::readVxb(conversion.outputs.at("m.vxb")));
-}
-
 /// The file holds cases: "= title", the model, "-", and the scene.
 TEST(Scene, IsWhatTheCasesSay) {
-    std::ifstream cases(MQF2VXB_TEST_DATA "/scene/cases.txt");
-    std::string title, model, expected;
-    std::size_t number = 0;
-    const auto check = [&] {
-        if (!title.empty()) {
-            EXPECT_EQ(textOf(sceneOf(model)), expected) << title;
-            ++number;
-        }
-    };
-    bool behind = false;
-    for (std::string line; std::getline(cases, line);) {
-        if (line.starts_with("= ")) {
-            check();
-            title = line;
-            model.clear();
-            expected.clear();
-            behind = false;
-        } else if (line == "-") {
-            behind = true;
-        } else {
-            (behind ? expected : model) += line + "\n";
-        }
-    }
-    check();
+    const std::size_t number = forEachSceneCase(
+        "scene/cases.txt",
+        [](const std::string& title, const mqf2vxb::VxbFile& file, const std::string& expected) {
+            EXPECT_EQ(textOf(scene::makeScene(file)), expected) << title;
+        });
     EXPECT_GT(number, 5U);
 }
 
