@@ -7,6 +7,7 @@ Time and memory may grow as input and output do together, with room for a noisy 
 faster. Where a product of two counts grows faster by its nature, a documented ceiling bounds it: such
 a model stands just below its ceiling, and is held to a fixed multiple of an ordinary model's cost.
 """
+import array
 import os
 import pathlib
 import resource
@@ -190,11 +191,73 @@ def long_lists(n):
                  hierarchy(n, [f"{c} 3 0-2" for c in range(n)]))
 
 
-# What is done with a model: a name, and the command.
+def owned_by_many(n):
+    """As many polygons as coordinates that draw them."""
+    rows = [f"{i} 1 F C {i % 256} {i // 256 % 256} 0" for i in range(n)]
+    return model(geometry(3, [triangle(0, 1, 2)] * n), materials(rows),
+                 hierarchy(n, [f"{c} 3 0-2" for c in range(n)]))
+
+
+def many_motions(n):
+    """Motions of one step each, every second one with a type that it does not use."""
+    start = ["@CLP970401", "COORDINATE", "1", "0 0 s", "s"]
+    frames = ["TYPE ps0r0t1", "1 2 3"]
+    one = lines(*start, "SEQ 1 ps1r1t1 0", "END 0x0", "TYPE ps1r1t1", "1 2 3 4 5 6 7 8 9", *frames)
+    other = lines(*start, "SEQ 1 ps0r0t1 0", "END 0x0", *frames)
+    slots = [f"CLP[{i}]={'ab'[i % 2]}.clp" for i in range(n)]
+    return model(geometry(3, [triangle(0, 1, 2)]), materials(["0 1 F C 1 2 3"]),
+                 hierarchy(1, ["0 3 0-2"]), [f"NCLP={n}", *slots], a_clp=one, b_clp=other)
+
+
+def strips_between_two(n):
+    """Strips of two polygons whose corners lie in two coordinates and have a normal each."""
+    points = 4 * n
+    polygons, assignments = [], []
+    for i in range(0, points, 4):
+        polygons.append(f"0 {i} {i + 1} {i + 2} 0 {i} {i + 1} {i + 2} 0")
+        polygons.append(f"0 {i + 1} {i + 2} {i + 3} 0 {i + 1} {i + 2} {i + 3} 0")
+    for c in range(2):
+        assignments += [f"{c} {points // 2}", *map(str, range(c, points, 2))]
+    meshes = lines("@BND970401", str(n), *[f"2 {2 * i} {2 * i + 1}" for i in range(n)])
+    return model(geometry(points, polygons, [f"0 {i % 2} 1" for i in range(points)]),
+                 materials([f"0-{2 * n - 1} 0 G C 1 2 3"]), hierarchy(2, assignments),
+                 ["BND=m.bnd"], m_bnd=meshes)
+
+
+def other_colours(words):
+    """Every polygon of `owned_by_many` gets a colour of its own that it had not before."""
+    for i, word in enumerate(words):
+        if word >> 24 == 0x20:
+            words[i] = word | 0xFF0000
+
+
+def show_no_key_frame(words):
+    """The second motion shows a key frame one word behind a true one: no reading is right."""
+    words[(words[37] & 0x7FFFFFFF) + 2] += 1
+
+
+def swap_normals(words):
+    """Every corner names a normal of the other coordinate."""
+    strips = []
+    while words[85 + 8 * len(strips)] == 2:
+        strips.append(85 + 8 * len(strips))
+    normals = 4 * len(strips)
+    for strip in strips:
+        for word, shift in ((2, 0), (3, 0), (4, 0), (6, 0), (6, 16), (7, 0)):
+            normal = words[strip + word] >> shift & 0xFFFF
+            words[strip + word] += ((normal + normals // 2) % normals - normal) << shift
+
+
+# What is done with a model: a name, the command, and what becomes of the words of m.vxb in s.vxb
+# before.
 CONVERT = ("convert", ["{converter}", "m.mqf"])
 LINT = ("lint", ["{vxbtool}", "lint", "m.mqf"])
 LINT_ALL = ("lint --all --json", ["{vxbtool}", "lint", "--all", "--json", "m.mqf"])
 UNPACK = ("unpack", ["sh", "-c", "{converter} m.mqf && {vxbtool} unpack --out-dir . --name u m.vxb"])
+# A file is no folder: what is measured is how the model is found, and not how files are made.
+UNPACK_CHANGED = ["{vxbtool}", "unpack", "--out-dir", "m.mqf", "s.vxb"]
+DIFF = ("diff", ["{vxbtool}", "diff", "m.vxb", "s.vxb"], other_colours)
+DIFF_ALL = ("diff --all", ["{vxbtool}", "diff", "--all", "m.vxb", "s.vxb"], other_colours)
 
 # Each grows from the first size to GROWTH times it.
 GROWING = [
@@ -213,6 +276,10 @@ GROWING = [
     (long_words, 1000, LINT),
     (long_words, 1000, LINT_ALL),
     (long_lists, 10000, UNPACK),
+    (owned_by_many, 5000, DIFF),
+    (owned_by_many, 5000, DIFF_ALL),
+    (many_motions, 1000, ("unpack", UNPACK_CHANGED, show_no_key_frame)),
+    (strips_between_two, 3000, ("unpack", UNPACK_CHANGED, swap_normals)),
 ]
 # Each at a size just below a ceiling of docs/limits.md, or far above it.
 BOUNDED = [
@@ -225,6 +292,13 @@ BOUNDED = [
 ]
 
 
+def change_words(folder, change, programs):
+    subprocess.run([programs["converter"], "m.mqf"], cwd=folder, stdout=subprocess.DEVNULL)
+    words = array.array("I", pathlib.Path(folder, "m.vxb").read_bytes())
+    change(words)
+    pathlib.Path(folder, "s.vxb").write_bytes(words.tobytes())
+
+
 class Run:
     """What one run of a program on a model cost."""
 
@@ -234,6 +308,8 @@ class Run:
             if os.fork() == 0:
                 for name, text in make(size).items():
                     pathlib.Path(folder, name).write_bytes(text.encode("latin-1"))
+                if len(command) > 2:
+                    change_words(folder, command[2], programs)
                 os._exit(0)
             os.wait()
             read = sum(file.stat().st_size for file in pathlib.Path(folder).iterdir())

@@ -102,7 +102,7 @@ class Played {
 public:
     Played(const std::vector<ChainNode>& chain, double scale, std::optional<double> fps = {})
         : scene_(sceneOf(chain)),
-          map_(mapCoordinates(*scene_, true)),
+          map_(mapCoordinates(*scene_, true, UpAxis::y)),
           placed_(placeCoordinates(map_, scale)),
           chain_(chain),
           scale_(scale),

@@ -224,13 +224,16 @@ TEST(Import, RandomScenesStayWhereTheyAreAndAreSound) {
         options.fit = true;
         options.strips = seed % 3 == 0;
         options.unlit = seed % 7 == 0;
+        const bool lies = seed % 4 == 0;
+        options.up = lies ? UpAxis::z : UpAxis::y;
         const ImportedModel model = importModel(Source::load(file, {}), file, options, [](auto) {});
         expectSound(model.text, what);
         const std::vector<Vector> places = placesOf(model.text);
         // Half a unit in each direction, as long as the matrices make it.
         const double most = 0.87 * std::max(1.0, scene.longest) + 0.01;
         EXPECT_LE(model.report.surface.positionError, most) << what;
-        for (const Vector& corner : scene.corners) {
+        for (const Vector& at : scene.corners) {
+            const Vector corner = lies ? Vector(at.x, at.z, -at.y) : at;
             double nearest = 1e9;
             for (const Vector& place : places) {
                 nearest = std::min(nearest, (place - corner * model.report.scale).Length());
@@ -238,6 +241,30 @@ TEST(Import, RandomScenesStayWhereTheyAreAndAreSound) {
             EXPECT_LE(nearest, most) << what;
         }
     }
+}
+
+TEST(Import, AWidePictureIsShrunkWithinItsEdges) {
+    const TestFolder folder;
+    std::string picture = "P6 1024 1 255\n";
+    for (int x = 0; x < 1024; ++x) {
+        picture += x < 512 ? std::string("\xFF\0\0", 3) : std::string("\0\0\xFF", 3);
+    }
+    folder.write("wide.ppm", picture);
+    folder.write("wide.mtl", "newmtl wide\nKd 1 1 1\nmap_Kd wide.ppm\n");
+    const auto firstTexel = [&](const char* u) {
+        folder.write("wide.obj",
+                     std::string("mtllib wide.mtl\nusemtl wide\nv 0 0 0\nv 1 0 0\nv 0 1 0\n"
+                                 "vt 0 0\nvt ") +
+                         u + " 0\nvt 0 1\nf 1/1 2/2 3/3\n");
+        const std::string file = (folder.path() / "wide.obj").string();
+        ImportOptions options;
+        options.textures.colours = pictures::Colours::direct;
+        const ImportedModel model = importModel(Source::load(file, {}), file, options, [](auto) {});
+        return model.report.textures.placing.textures.at(0).texture.pixels.words.at(0) & 0x7FFFU;
+    };
+    constexpr std::uint32_t red = 0x1F;
+    EXPECT_EQ(firstTexel("1"), red);
+    EXPECT_NE(firstTexel("4"), red) << "its neighbour is the last one";
 }
 
 TEST(Import, StripsHoldEachTriangleOnceAndGoOnFromTheLastTwoCorners) {

@@ -23,6 +23,7 @@
 #include "vxbtool/lint/catalogue.h"
 #include "vxbtool/lint/lint.h"
 #include "vxbtool/lint/watched_model.h"
+#include "vxbtool/shared/counted.h"
 #include "vxbtool/shared/finding_report.h"
 #include "vxbtool/shared/model_files.h"
 #include "vxbtool/shared/printable.h"

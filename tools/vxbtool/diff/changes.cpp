@@ -2,8 +2,6 @@
 
 #include <utility>
 
-#include <fmt/core.h>
-
 namespace vxbtool::diff {
 
 std::string_view nameOf(ChangeKind kind) {
@@ -55,10 +53,6 @@ void Changes::add(ChangeKind kind, std::string place, std::string text, std::siz
         kept_.push_back({kind, std::move(place), std::move(text), count});
     }
     this->count(kind);
-}
-
-std::string counted(std::size_t number, std::string_view one, std::string_view many) {
-    return fmt::format("{} {}", number, number == 1 ? one : many);
 }
 
 }  // namespace vxbtool::diff

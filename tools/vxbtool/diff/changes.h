@@ -94,7 +94,4 @@ private:
     std::array<std::size_t, changeKindNum> numbers_{};
 };
 
-/// "1 polygon", "2 polygons".
-std::string counted(std::size_t number, std::string_view one, std::string_view many);
-
 }  // namespace vxbtool::diff

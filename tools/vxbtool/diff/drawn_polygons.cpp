@@ -43,6 +43,27 @@ private:
 
 std::uint64_t hashOf(std::string_view text) { return seededHash(text, hashSeed()); }
 
+std::uint64_t hashOf(const std::vector<std::uint32_t>& words) {
+    return hashOf({reinterpret_cast<const char*>(words.data()), words.size() * sizeof(words[0])});
+}
+
+/// A list as long as this is named whole. The name of a longer one stands with each of its polygons,
+/// of which there may be many.
+constexpr std::size_t mostNamed = 12;
+
+std::string coordinatesName(std::span<const std::uint32_t> coordinates) {
+    if (coordinates.empty()) {
+        return "no coordinate";
+    }
+    if (coordinates.size() == 1) {
+        return fmt::format("coordinate {}", coordinates.front());
+    }
+    const auto named = coordinates.first(std::min(coordinates.size(), mostNamed));
+    const std::size_t more = coordinates.size() - named.size();
+    return fmt::format("coordinates {}{}", fmt::join(named, ", "),
+                       more > 0 ? fmt::format(" and {} more", more) : "");
+}
+
 }  // namespace
 
 DrawnPolygons::DrawnPolygons(const VxbFile& file) : file_(file), sharedOwners_(file) {
@@ -61,12 +82,9 @@ DrawnPolygons::DrawnPolygons(const VxbFile& file) : file_(file), sharedOwners_(f
 void DrawnPolygons::nameOwners() {
     const std::vector<std::vector<std::uint32_t>> owners = ownersOfGroups(file_);
     for (std::size_t group = 0; group < owners.size(); ++group) {
-        const std::vector<std::uint32_t>& of = owners[group];
-        ownerNames_.push_back(
-            file_.packetGroups[group].shared ? "shared polygons"
-            : of.empty()
-                ? "no coordinate"
-                : fmt::format("coordinate{} {}", of.size() == 1 ? "" : "s", fmt::join(of, ", ")));
+        const bool shared = file_.packetGroups[group].shared;
+        ownerNames_.push_back(shared ? "shared polygons" : coordinatesName(owners[group]));
+        ownerHashes_.push_back(shared ? hashOf(ownerNames_.back()) : hashOf(owners[group]));
     }
 }
 
@@ -150,7 +168,7 @@ void DrawnPolygons::add(std::uint32_t groupIndex, const PacketPolygon& packet) {
     for (const Field field : {Field::page, Field::clut, Field::window}) {
         texture.add(packet[field]);
     }
-    const std::uint64_t owner = hashOf(ownerNames_[groupIndex]);
+    const std::uint64_t owner = ownerHashes_[groupIndex];
     polygon.form = group.code;
     polygon.where = owner ^ (polygon.form + 1) * 0x9E3779B97F4A7C15U;
     polygon.points = points.hash() ^ owner;

@@ -49,7 +49,8 @@ public:
     explicit DrawnPolygons(const mqf2vxb::VxbFile& file);
 
     [[nodiscard]] const std::vector<DrawnPolygon>& all() const { return polygons_; }
-    /// "coordinate 3", "coordinates 3, 4" or "shared polygons".
+    /// "coordinate 3", "coordinates 3, 4" or "shared polygons"; of a long list of coordinates, the
+    /// first ones and how many more.
     [[nodiscard]] const std::string& ownerOf(const DrawnPolygon& polygon) const {
         return ownerNames_[polygon.group];
     }
@@ -72,7 +73,8 @@ private:
 
     const mqf2vxb::VxbFile& file_;
     SharedOwners sharedOwners_;
-    std::vector<std::string> ownerNames_;  // by packet group
+    std::vector<std::string> ownerNames_;     // by packet group
+    std::vector<std::uint64_t> ownerHashes_;  // by packet group, of all its coordinates
     std::vector<DrawnPolygon> polygons_;
 };
 

@@ -10,6 +10,7 @@
 #include <fmt/core.h>
 
 #include "vxbtool/diff/compare.h"
+#include "vxbtool/shared/counted.h"
 #include "vxbtool/shared/image_depths.h"
 
 namespace vxbtool::diff {
@@ -157,8 +158,7 @@ private:
                 : 0;
         if (number > 0) {
             changes_.add(dataKind, place,
-                         fmt::format("{} differ{}", counted(number, unit, unit + "s"),
-                                     number == 1 ? "s" : ""),
+                         fmt::format("{} differ{}", counted(number, unit), number == 1 ? "s" : ""),
                          number);
         }
     }

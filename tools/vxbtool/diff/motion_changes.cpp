@@ -12,6 +12,7 @@
 #include "format/format.h"
 #include "vxb/key_frame_decoder.h"
 #include "vxbtool/diff/compare.h"
+#include "vxbtool/shared/counted.h"
 #include "vxbtool/shared/motion_steps.h"
 
 namespace vxbtool::diff {
@@ -344,11 +345,11 @@ void compareMotions(const VxbFile& before, const VxbFile& after, Changes& change
     }
     const auto addWhole = [&](const Motions& motions, ChangeKind kind, const char* what) {
         for (std::size_t motion = common; motion < motions.number(); ++motion) {
-            changes.add(kind, fmt::format("motion {}", motion),
-                        fmt::format("{}: {}, {}", what,
-                                    counted(motions.coordinates(motion).size(),
-                                            "animated coordinate", "animated coordinates"),
-                                    counted(motions.stepNum(motion), "step", "steps")));
+            changes.add(
+                kind, fmt::format("motion {}", motion),
+                fmt::format("{}: {}, {}", what,
+                            counted(motions.coordinates(motion).size(), "animated coordinate"),
+                            counted(motions.stepNum(motion), "step")));
         }
     };
     addWhole(motionsBefore, ChangeKind::motionRemoved, "removed");

@@ -16,6 +16,7 @@
 #include "vxbtool/diff/compare.h"
 #include "vxbtool/diff/drawn_polygons.h"
 #include "vxbtool/diff/matching.h"
+#include "vxbtool/shared/counted.h"
 
 namespace vxbtool::diff {
 namespace {

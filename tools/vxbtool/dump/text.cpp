@@ -2,7 +2,7 @@
 
 #include "vxb/word_meaning.h"
 #include "vxbtool/dump/dump.h"
-#include "vxbtool/shared/finding_report.h"
+#include "vxbtool/shared/counted.h"
 #include "vxbtool/shared/text_output.h"
 
 namespace vxbtool {

@@ -27,9 +27,11 @@ using Vector = aiVector3t<double>;
 struct SourceCoordinate {
     const aiNode* node = nullptr;
     std::uint32_t parent = 0;  ///< itself for a root
-    Matrix4 folded;            ///< of the nodes between the parent's and this one, from above
-    Matrix4 local;             ///< folded times the node's transformation at rest
-    Matrix3 parentTransform;   ///< the parent's vertexTransform; identity for a root
+    /// Of the nodes between the parent's and this one, from above; a root's begins with what turns the
+    /// source upright.
+    Matrix4 folded;
+    Matrix4 local;            ///< folded times the node's transformation at rest
+    Matrix3 parentTransform;  ///< the parent's vertexTransform; identity for a root
     /// What the coordinate's matrix cannot hold. One that moves has a multiple of the identity here.
     Matrix3 vertexTransform;
     bool draws = false;  ///< its node has polygons of its own

@@ -47,6 +47,7 @@ struct ImportArguments {
     std::string folder;
     std::string name;
     std::string colours = "auto";
+    std::string up = "y";
     bool convert = false;
     bool force = false;
     bool json = false;
@@ -82,6 +83,7 @@ importing::ImportOptions optionsOf(const ImportArguments& arguments) {
     if (arguments.fps > 0) {
         options.fps = arguments.fps;
     }
+    options.up = arguments.up == "z" ? importing::UpAxis::z : importing::UpAxis::y;
     using pictures::Colours;
     options.textures.colours = arguments.colours == "16"       ? Colours::sixteen
                                : arguments.colours == "256"    ? Colours::many
@@ -196,6 +198,9 @@ void addSurfaceOptions(CLI::App& command, ImportArguments& arguments) {
         ->check(CLI::Range(1e-9, 1e12).description(""));
     command.add_flag("--fit", arguments.options.fit,
                      "Take the largest scale that fits where --scale is too large");
+    command.add_option("--up", arguments.up, "The source's axis that points up: y or z (y)")
+        ->option_text("AXIS")
+        ->check(CLI::IsMember({"y", "z"}).description(""));
     command.add_option("--triangles", arguments.triangles, "Simplify to at most so many triangles")
         ->option_text("N")
         ->check(CLI::Range(std::size_t{1}, std::size_t{1} << 30U).description(""));

@@ -87,7 +87,7 @@ ImportedModel importModel(const Source& source, const std::string& file,
     ImportReport& report = result.report;
     step("polygons");
     const Materials materials = readMaterials(scene, options.unlit);
-    const CoordinateMap map = mapCoordinates(scene, options.motions);
+    const CoordinateMap map = mapCoordinates(scene, options.motions, options.up);
     PlacedShape surface = fittingShape(scene, map, materials, options);
     settleTextureCoordinates(materials, surface.shape);
     step("textures");

@@ -9,6 +9,7 @@
 #include "vxbtool/import/geometry.h"
 #include "vxbtool/import/model_builder.h"
 #include "vxbtool/import/motions.h"
+#include "vxbtool/import/nodes.h"
 #include "vxbtool/import/shape.h"
 #include "vxbtool/import/source.h"
 #include "vxbtool/import/textures.h"
@@ -19,6 +20,7 @@ namespace vxbtool::importing {
 struct ImportOptions {
     double scale = 1000;  ///< units for one of the source
     bool fit = false;     ///< take the largest scale that fits where this one is too large
+    UpAxis up = UpAxis::y;
     bool unlit = false;
     bool strips = false;
     bool motions = true;

@@ -109,6 +109,17 @@ bool isWellHeld(const Matrix3& matrix) {
     return std::abs(matrix.Determinant()) > flattest * volume;
 }
 
+/// What turns the source upright.
+Matrix4 turned(UpAxis up) {
+    Matrix4 turn;
+    if (up == UpAxis::z) {
+        turn.b2 = turn.c3 = 0;
+        turn.b3 = 1;
+        turn.c2 = -1;
+    }
+    return turn;
+}
+
 /// The part of a coordinate's matrix that goes into its vertices.
 Matrix3 vertexPart(const Matrix3& matrix, bool moves) {
     if (isWellHeld(matrix)) {
@@ -159,7 +170,7 @@ std::optional<std::uint32_t> CoordinateMap::find(const std::string& name) const 
     return coordinate == byNode.end() ? std::nullopt : std::optional(coordinate->second);
 }
 
-CoordinateMap mapCoordinates(const aiScene& scene, bool withMotions) {
+CoordinateMap mapCoordinates(const aiScene& scene, bool withMotions, UpAxis up) {
     CoordinateMap map;
     const NodeList list = listNodes(scene);
     for (const aiNode* node : list.nodes) {
@@ -186,7 +197,7 @@ CoordinateMap mapCoordinates(const aiScene& scene, bool withMotions) {
     for (std::size_t n = 0; n < count; ++n) {
         const aiNode* node = list.nodes[n];
         const std::size_t parent = list.parents[n];
-        const Matrix4 folded = n == 0 ? Matrix4() : above[parent];
+        const Matrix4 folded = n == 0 ? turned(up) : above[parent];
         const std::uint32_t parentCoordinate = n == 0 ? none : coordinateOf[parent];
         const Matrix4 local = folded * Matrix4(node->mTransformation);
         if (kept[n] == 0) {

@@ -12,9 +12,12 @@ namespace vxbtool::importing {
 /// The most that a matrix of a coordinate can hold, on either side of 0: 16 bits in 4096ths.
 inline constexpr double matrixLimit = 32767.0 / 4096;
 
+/// The axis of the source that points up; that of a model is y.
+enum class UpAxis { y, z };
+
 /// Finds which nodes become coordinates: those that draw, are joints, or move when `withMotions`, and
 /// those that carry several of these. A node that carries one alone is folded into it.
-CoordinateMap mapCoordinates(const aiScene& scene, bool withMotions);
+CoordinateMap mapCoordinates(const aiScene& scene, bool withMotions, UpAxis up);
 
 /// The coordinates at rest as whole numbers, and what follows of them.
 struct PlacedCoordinates {

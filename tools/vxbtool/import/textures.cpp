@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
 #include <utility>
 
 #include <fmt/core.h>
@@ -41,7 +42,7 @@ Uses findUses(const Materials& materials, const Shape& shape) {
 }
 
 /// No larger than what textures are made from; many materials would fill the memory.
-Picture shrunk(Picture picture) {
+Picture shrunk(Picture picture, pictures::Edges edges) {
     constexpr std::uint32_t most = 2 * pictures::longestTexture;
     const std::uint32_t longest = std::max(picture.width, picture.height);
     if (longest <= most) {
@@ -51,8 +52,18 @@ Picture shrunk(Picture picture) {
         return std::max<std::uint32_t>(
             1, static_cast<std::uint32_t>(std::uint64_t{texels} * most / longest));
     };
-    return pictures::resized(picture, side(picture.width), side(picture.height),
-                             pictures::Edges::repeat);
+    return pictures::resized(picture, side(picture.width), side(picture.height), edges);
+}
+
+/// Of the pictures that polygons use, the names of those that some of them repeat.
+std::set<std::string> repeatedPictures(const Materials& materials, const Uses& uses) {
+    std::set<std::string> names;
+    for (std::size_t m = 0; m < materials.materials.size(); ++m) {
+        if (uses.repeating[m] != 0) {
+            names.insert(materials.materials[m].texture->name);
+        }
+    }
+    return names;
 }
 
 /// The picture with its mirror image behind it, in either direction.
@@ -104,6 +115,7 @@ Textures placeTextures(const aiScene& scene, const std::string& file, const Mate
     Textures result;
     result.materials.resize(materials.materials.size());
     const Uses uses = findUses(materials, shape);
+    const std::set<std::string> repeated = repeatedPictures(materials, uses);
     std::map<std::string, std::optional<Picture>> loaded;
     std::vector<pictures::WantedTexture> wanted;
     std::vector<std::size_t> materialOf;
@@ -112,12 +124,15 @@ Textures placeTextures(const aiScene& scene, const std::string& file, const Mate
             continue;
         }
         const SurfaceMaterial& material = materials.materials[m];
-        const auto [at, isNew] = loaded.try_emplace(material.texture->name);
+        const std::string& name = material.texture->name;
+        const auto [at, isNew] = loaded.try_emplace(name);
         if (isNew) {
             try {
-                at->second = shrunk(loadPicture(scene, file, material.texture->name));
+                at->second = shrunk(loadPicture(scene, file, name), repeated.contains(name)
+                                                                        ? pictures::Edges::repeat
+                                                                        : pictures::Edges::clamp);
             } catch (const pictures::PictureFault& fault) {
-                result.missing.push_back({material.texture->name, fault.what()});
+                result.missing.push_back({name, fault.what()});
             }
         }
         if (!at->second) {
@@ -148,8 +163,9 @@ Textures placeTextures(const aiScene& scene, const std::string& file, const Mate
     for (std::size_t w = 0; w < wanted.size(); ++w) {
         const std::size_t placed = result.placing.textureOf[w];
         result.materials[materialOf[w]].placed = placed;
-        std::string& name = result.names[placed];
-        name = name.empty() ? materials.materials[materialOf[w]].texture->name : name;
+        std::string& placedName = result.names[placed];
+        placedName =
+            placedName.empty() ? materials.materials[materialOf[w]].texture->name : placedName;
     }
     return result;
 }

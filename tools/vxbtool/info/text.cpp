@@ -7,7 +7,7 @@
 #include "vxb/word_meaning.h"
 #include "vxbtool/info/info.h"
 #include "vxbtool/info/summary.h"
-#include "vxbtool/shared/finding_report.h"
+#include "vxbtool/shared/counted.h"
 #include "vxbtool/shared/image_depths.h"
 #include "vxbtool/shared/printable.h"
 #include "vxbtool/shared/text_output.h"

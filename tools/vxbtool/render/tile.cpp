@@ -23,7 +23,7 @@ void putPixel(const std::uint8_t* drawn, std::uint8_t* pixel) {
     const std::uint32_t alpha = std::max({drawn[0], drawn[1], drawn[2], drawn[3]});
     for (std::size_t i = 0; i < 3; ++i) {
         pixel[i] =
-            alpha == 0 ? 0 : static_cast<std::uint8_t>((drawn[i] * 255U + alpha / 2) / alpha);
+            static_cast<std::uint8_t>(alpha == 0 ? 0 : (drawn[i] * 255U + alpha / 2) / alpha);
     }
     pixel[3] = static_cast<std::uint8_t>(alpha);
 }

@@ -18,10 +18,6 @@ using scene::Scene;
 
 constexpr Placement origin{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};
 
-Vector3 minus(const Vector3& a, const Vector3& b) {
-    return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
-}
-
 /// Whether each coordinate is the focus or hangs on it.
 std::vector<bool> focusedCoordinates(const Scene& scene, std::optional<std::uint32_t> focus) {
     const std::size_t number = scene.coordinates.size();
@@ -146,8 +142,8 @@ private:
         }
         // The triangle of a coordinate that is flat, say, has its own direction only; it runs clockwise.
         const Vector3& a = result.corners[0].place;
-        const Vector3 flat =
-            scene::cross(minus(result.corners[2].place, a), minus(result.corners[1].place, a));
+        const Vector3 flat = scene::cross(scene::minus(result.corners[2].place, a),
+                                          scene::minus(result.corners[1].place, a));
         for (Vertex& corner : result.corners) {
             corner.normal = scene::normalised(corner.normal)
                                 .value_or(scene::normalised(flat).value_or(Vector3{0, 0, 1}));

@@ -22,10 +22,6 @@ Vector3 vectorOf(const Point& point, float unit) {
             static_cast<float>(point.z) / unit};
 }
 
-Vector3 minus(const Vector3& a, const Vector3& b) {
-    return {a[0] - b[0], a[1] - b[1], a[2] - b[2]};
-}
-
 }  // namespace
 
 bool CornerReader::complete(const PacketPolygon& packet, bool shared) const {

@@ -7,7 +7,7 @@
 
 #include "base/diagnostics.h"
 #include "vxb/vxb_reader.h"
-#include "vxbtool/shared/finding_report.h"
+#include "vxbtool/shared/counted.h"
 #include "vxbtool/shared/in_memory.h"
 #include "vxbtool/shared/model_files.h"
 #include "vxbtool/shared/scale_option.h"

@@ -11,6 +11,7 @@
 #include <fmt/core.h>
 #include <fmt/ranges.h>
 
+#include "vxbtool/shared/counted.h"
 #include "vxbtool/shared/json_output.h"
 #include "vxbtool/shared/printable.h"
 #include "vxbtool/shared/text_output.h"
@@ -130,10 +131,6 @@ Json jsonOf(const ReportedFinding& finding) {
 }
 
 }  // namespace
-
-std::string counted(std::size_t number, std::string_view what) {
-    return fmt::format("{} {}{}", number, what, number == 1 ? "" : "s");
-}
 
 std::size_t FileReport::count(Severity severity) const {
     std::size_t number = 0;

@@ -58,9 +58,6 @@ void addReportOptions(CLI::App& command, ReportOptions& options,
 /// first of them. Findings are equal when they have one code and lie in one file.
 void selectFindings(std::vector<ReportedFinding>& findings, const ReportOptions& options);
 
-/// "1 error", "2 errors".
-std::string counted(std::size_t number, std::string_view what);
-
 /// "file:line: text" of one finding, as compilers have it, and in a style with source lines that line
 /// with a caret; every line ended. Control characters do not reach the terminal.
 std::string plainLines(const ReportedFinding& finding, const TextStyle& style);

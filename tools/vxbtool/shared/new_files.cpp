@@ -17,6 +17,10 @@ std::string prepareNewFiles(std::span<const std::string> paths, bool force) {
             return fmt::format("{} is there already{}", path.string(),
                                fs::is_regular_file(status) ? "; --force replaces it" : "");
         }
+        // Without --force nothing is made elsewhere either, by a link that leads to no file yet.
+        if (!force && fs::is_symlink(fs::symlink_status(path, error))) {
+            return fmt::format("{} is a link; --force makes the file that it names", path.string());
+        }
     }
     for (const fs::path path : paths) {
         const fs::path folder = path.parent_path();

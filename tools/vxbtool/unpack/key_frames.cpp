@@ -217,7 +217,7 @@ private:
         for (; listed_ < before; ++listed_) {
             const PrimitiveTypeCode type = animation_.types[listed_];
             right_ = right_ && !used_[motion - 1].contains(type);
-            groups_[motion - 1].push_back({type, position_, position_});
+            addGroup(motion - 1, {type, position_, position_});
         }
     }
 
@@ -240,17 +240,20 @@ private:
         PlacedGroup group{span.type, span.first, span.end};
         fillGap(motion, before, &group, span.first);
         right_ = right_ && words_.canBe(group.type, group.first, group.end);
-        groups_[motion].push_back(group);
+        addGroup(motion, group);
         position_ = span.end;
+    }
+
+    void addGroup(std::size_t motion, const PlacedGroup& group) {
+        groups_[motion].push_back(group);
+        lastWithGroup_ = std::max(lastWithGroup_, motion);
     }
 
     /// Finds groups for the words up to `end`: what no others can have is a group of single words.
     void fillGap(std::size_t motion, const std::vector<PrimitiveTypeCode>& listed,
                  PlacedGroup* behind, std::uint32_t end) {
-        PlacedGroup* before = nullptr;
-        for (std::vector<PlacedGroup>& groups : groups_) {
-            before = groups.empty() ? before : &groups.back();
-        }
+        std::vector<PlacedGroup>& last = groups_[lastWithGroup_];
+        PlacedGroup* before = last.empty() ? nullptr : &last.back();
         if (end > position_ && coverGap(motion, before, listed, behind, end)) {
             return;
         }
@@ -267,11 +270,11 @@ private:
                 group.end += most;
             }
             position_ = group.end;
-            groups_[motion].push_back(group);
+            addGroup(motion, group);
         }
         if (position_ < end) {
             right_ = right_ && !used_[motion].contains(bareType);
-            groups_[motion].push_back({bareType, position_, end});
+            addGroup(motion, {bareType, position_, end});
         }
         position_ = std::max(position_, end);
     }
@@ -305,7 +308,7 @@ private:
         for (const KeyFrameWords::Part& part : parts) {
             if (part.ratherOne) {
                 right_ = right_ && !used_[motion].contains(part.type);
-                groups_[motion].push_back({part.type, position_, part.end});
+                addGroup(motion, {part.type, position_, part.end});
             } else if (before != nullptr && &part == &parts.front()) {
                 before->end = part.end;
             } else {
@@ -323,8 +326,9 @@ private:
     std::vector<std::set<PrimitiveTypeCode>> used_;  // types of SEQ steps, by motion
     std::vector<std::vector<PlacedGroup>> groups_;   // by motion
     std::vector<Span> spans_;
-    std::uint32_t position_ = 0;  // up to here the words have groups
-    std::uint32_t listed_ = 0;    // types that have groups
+    std::size_t lastWithGroup_ = 0;  // the last motion that has a group, 0 when none has
+    std::uint32_t position_ = 0;     // up to here the words have groups
+    std::uint32_t listed_ = 0;       // types that have groups
     bool right_ = true;
 };
 

@@ -1,6 +1,8 @@
 #include "vxbtool/unpack/normal_namings.h"
 
+#include <algorithm>
 #include <span>
+#include <utility>
 
 namespace vxbtool::unpack {
 
@@ -35,20 +37,30 @@ void NormalNamings::chooseTargets() {
         });
     }
     std::size_t from = 0;
+    std::vector<std::pair<std::uint32_t, std::size_t>> sorted;  // candidates with their places
     for (std::uint32_t n = 0; n < target_.size(); ++n) {
         const auto candidates = owners_.candidates(n);
         if (!open[n]) {
             continue;
         }
-        if (n == 0 || owners_.candidates(n - 1).data() != candidates.data()) {
+        // A normal without candidates may seem to have the place of the next one's.
+        if (n == 0 || !open[n - 1] || owners_.candidates(n - 1).data() != candidates.data()) {
             from = 0;
+            sorted.clear();
+            for (std::size_t i = 0; i < candidates.size(); ++i) {
+                sorted.emplace_back(candidates[i], i);
+            }
+            std::sort(sorted.begin(), sorted.end());
         }
-        for (std::size_t i = from; i < candidates.size(); ++i) {
-            if (std::find(namers[n].begin(), namers[n].end(), candidates[i]) != namers[n].end()) {
-                from = i;
-                break;
+        std::size_t next = candidates.size();
+        for (const std::uint32_t namer : namers[n]) {
+            const auto found =
+                std::lower_bound(sorted.begin(), sorted.end(), std::pair(namer, from));
+            if (found != sorted.end() && found->first == namer) {
+                next = std::min(next, found->second);
             }
         }
+        from = next < candidates.size() ? next : from;
         target_[n] = candidates[from];
     }
 }

@@ -4,9 +4,12 @@
 #include <array>
 #include <deque>
 #include <iterator>
+#include <limits>
 #include <map>
+#include <optional>
 
 #include "model/material.h"
+#include "vxbtool/unpack/blocked_normals.h"
 #include "vxbtool/unpack/normal_namings.h"
 
 namespace vxbtool::unpack {
@@ -162,6 +165,10 @@ private:
         if (blocker != none) {
             if (waiting_[blocker].empty()) {
                 blocked_.push_back(blocker);
+                if (namings_.target(blocker) != none) {
+                    // A polygon that names it rightly settles it, so this does not change before.
+                    helpable_.add(blocker, namings_.target(blocker), goodLeft_[blocker] == 0);
+                }
             }
             waiting_[blocker].push_back(polygon);
             return;
@@ -192,6 +199,7 @@ private:
                     owners_.coordinateOf(polygons_.polygons[polygon].vertices[k]);
                 slots_[namings_.shared(polygon) ? 1 : 0][coordinate].push_back(
                     {polygon, static_cast<std::uint8_t>(k)});
+                helpable_.setFree(coordinate, true);
             }
         }
         namings_.forLastNamings(polygon, [&](const Naming& naming) {
@@ -206,6 +214,7 @@ private:
         }
         settled_[normal] = true;
         settledAt_[normal] = at;
+        helpable_.remove(normal);
         std::vector<std::uint32_t> freed;
         freed.swap(waiting_[normal]);
         for (const std::uint32_t polygon : freed) {
@@ -223,6 +232,10 @@ private:
         // The last one in the order leaves most of them in front of it.
         const Slot slot = found->second.front();
         found->second.pop_front();
+        const auto others = slots_[ofShared ? 0 : 1].find(coordinate);
+        helpable_.setFree(
+            coordinate, !found->second.empty() ||
+                            (others != slots_[ofShared ? 0 : 1].end() && !others->second.empty()));
         useSlot(slot, normal, ofShared);
         settle(normal, placedAt_[slot.polygon]);
         return true;
@@ -259,22 +272,17 @@ private:
                takeSlot(normal, namings_.target(normal), !sharedFirst);
     }
 
-    /// Settles blocked normals by free corners: those first that nothing else can settle.
+    /// Settles a blocked normal by a free corner: one first that nothing else can settle.
     bool help() {
-        std::erase_if(blocked_, [&](std::uint32_t normal) { return settled_[normal]; });
-        for (const bool hopeless : {true, false}) {
-            for (const std::uint32_t normal : blocked_) {
-                if ((goodLeft_[normal] == 0) == hopeless && settleBySlot(normal)) {
-                    return true;
-                }
-            }
-        }
-        return false;
+        const std::optional<std::uint32_t> normal = helpable_.next();
+        return normal && settleBySlot(*normal);
     }
 
     /// No order settles all: the rest goes on as if a blocked normal were right.
     void placeAnyway() {
-        std::erase_if(blocked_, [&](std::uint32_t normal) { return settled_[normal]; });
+        while (!blocked_.empty() && settled_[blocked_.back()]) {
+            blocked_.pop_back();
+        }
         if (!blocked_.empty()) {
             settle(blocked_.back(), placed_.size());
         }
@@ -295,14 +303,19 @@ private:
 
     /// Lets a shared polygon name the normal in any coordinate, before what settles it does.
     void markAnywhere(std::uint32_t normal) {
+        if (settledAt_[normal] >= noneBehind_) {
+            return;
+        }
+        std::erase_if(slots_[1], [](const auto& slots) { return slots.second.empty(); });
         for (auto& [coordinate, slots] : slots_[1]) {
-            if (!slots.empty() && placedAt_[slots.back().polygon] > settledAt_[normal]) {
+            if (placedAt_[slots.back().polygon] > settledAt_[normal]) {
                 const Slot slot = slots.back();
                 slots.pop_back();
                 useSlot(slot, normal, true);
                 return;
             }
         }
+        noneBehind_ = settledAt_[normal];
     }
 
     bool sharedLast_;
@@ -322,7 +335,9 @@ private:
     std::array<std::vector<std::uint32_t>, 2> ready_;  // independent ones, shared ones
     std::vector<std::vector<std::uint32_t>> waiting_;  // polygons by the normal that blocks them
     std::vector<std::uint32_t> blocked_;
-    std::vector<std::uint32_t> polygonsLeft_;         // by group
+    BlockedNormals helpable_;
+    std::size_t noneBehind_ = std::numeric_limits<std::size_t>::max();  // no free corner was left
+    std::vector<std::uint32_t> polygonsLeft_;                           // by group
     std::vector<std::vector<std::uint32_t>> behind_;  // groups that begin behind each group
     std::vector<std::vector<std::uint32_t>> before_;
     std::array<std::map<std::uint32_t, std::deque<Slot>>, 2> slots_;  // of independent, of shared

@@ -1,6 +1,7 @@
 #include "vxbtool/unpack/packet_bodies.h"
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 #include "vxb/packet_decoder.h"
@@ -17,10 +18,11 @@ constexpr std::uint32_t unknown = 0xFFFFFFFFU;  // group or coordinate
 
 /// The headers that name an independent group.
 struct GroupHeaders {
-    std::vector<std::uint32_t> headers;  ///< in file order, one as often as it names the group
-    std::uint32_t next = unknown;        ///< the group that its first header names behind it
-    std::uint32_t evidence = unknown;    ///< first coordinate of one of its vertices
-    std::uint32_t later = unknown;       ///< a later group that, as a rule, is of its body
+    std::vector<std::uint32_t> headers;       ///< in file order, one as often as it names the group
+    std::uint32_t next = unknown;             ///< the group that its first header names behind it
+    std::uint32_t evidence = unknown;         ///< first coordinate of one of its vertices
+    std::uint32_t later = unknown;            ///< a later group that, as a rule, is of its body
+    std::shared_ptr<const Types> laterTypes;  ///< of that one and of those behind it; null for none
 };
 
 class BodyFinder {
@@ -30,6 +32,7 @@ public:
         readHeaders();
         findEvidence();
         linkGroups();
+        findLaterTypes();
     }
 
     std::vector<PacketBody> bodies() {
@@ -122,6 +125,23 @@ private:
         }
     }
 
+    /// Sets grow toward the front of a chain, and equal ones are kept once: there are few types.
+    void findLaterTypes() {
+        for (std::size_t g = groups_.size(); g-- > 0;) {
+            if (groups_[g].later == unknown) {
+                continue;
+            }
+            const mqf2vxb::PrimitiveTypeCode type = file_.packetGroups[groups_[g].later].code;
+            std::shared_ptr<const Types> types = groups_[groups_[g].later].laterTypes;
+            if (types == nullptr || !types->contains(type)) {
+                auto more = std::make_shared<Types>(types == nullptr ? Types() : *types);
+                more->insert(type);
+                types = std::move(more);
+            }
+            groups_[g].laterTypes = std::move(types);
+        }
+    }
+
     /// Adds the groups to a body that follow its first one; returns its evidence.
     std::uint32_t extend(PacketBody& body) const {
         Types types{file_.packetGroups[body.first].code};
@@ -151,12 +171,9 @@ private:
 
     /// Whether a group is of a body that has another group of a type which is taken.
     [[nodiscard]] bool belongsElsewhere(std::size_t group, const Types& types) const {
-        for (std::uint32_t g = groups_[group].later; g != unknown; g = groups_[g].later) {
-            if (types.contains(file_.packetGroups[g].code)) {
-                return true;
-            }
-        }
-        return false;
+        const std::shared_ptr<const Types>& later = groups_[group].laterTypes;
+        return later != nullptr &&
+               std::ranges::any_of(types, [&](auto type) { return later->contains(type); });
     }
 
     /// The coordinates of these headers, in an order that no other body has.
