@@ -4,7 +4,9 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-clone=$(mktemp -d)
+# Below the project's own folder, so that a compiler cache knows its files again.
+mkdir -p build
+clone=$(mktemp -d "$PWD/build/readme.XXXXXX")
 trap 'rm -rf "$clone"' EXIT
 git clone -q . "$clone/project"
 cd "$clone/project"

@@ -3,4 +3,4 @@
 scripts/install-packages.sh check
 export MQF2VXB_WERROR=ON
 export CMAKE_CXX_COMPILER_LAUNCHER=ccache
-export CCACHE_DIR=$PWD/build/ccache CCACHE_BASEDIR=/ CCACHE_NOHASHDIR=1
+export CCACHE_DIR=$PWD/build/ccache CCACHE_BASEDIR=$PWD CCACHE_NOHASHDIR=1

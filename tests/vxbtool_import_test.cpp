@@ -267,6 +267,85 @@ TEST(Import, AWidePictureIsShrunkWithinItsEdges) {
     EXPECT_NE(firstTexel("4"), red) << "its neighbour is the last one";
 }
 
+/// What import says against a file, or nothing.
+std::string refusalOf(const TestFolder& folder, const std::string& name) {
+    const std::string file = (folder.path() / name).string();
+    try {
+        importModel(Source::load(file, {}), file, {}, [](auto) {});
+    } catch (const ImportFault& fault) {
+        return fault.what();
+    }
+    return "";
+}
+
+TEST(Import, RefusesWhatFewBytesAskForManyTimes) {
+    const TestFolder folder;
+    ASSERT_EQ(runIn(folder, "cp " MQF2VXB_TEST_DATA "/import/* .").status, 0);
+
+    std::string tiles = "mtllib wall.mtl\nusemtl brick\nv 0 0 0\nv 1 0 0\nv 0 1 0\n"
+                        "vt 0 0\nvt 480 0\nvt 0 480\n";
+    const auto tiled = [&](int polygons) {
+        std::string text = tiles;
+        for (int i = 0; i < polygons; ++i) {
+            text += "f 1/1 2/2 3/3\n";
+        }
+        folder.write("tiles.obj", text);
+        return refusalOf(folder, "tiles.obj");
+    };
+    EXPECT_EQ(tiled(10), "");
+    EXPECT_THAT(tiled(1200), testing::HasSubstr("would become more than"));
+
+    constexpr unsigned triangles = 1000;
+    folder.write("triangles.bin",
+                 std::string(36, '\0') + std::string(std::size_t{triangles} * 3, '\0'));
+    json scene{
+        {"asset", {{"version", "2.0"}}},
+        {"scene", 0},
+        {"buffers", {{{"uri", "triangles.bin"}, {"byteLength", 36 + triangles * 3}}}},
+        {"bufferViews",
+         {{{"buffer", 0}, {"byteLength", 36}},
+          {{"buffer", 0}, {"byteOffset", 36}, {"byteLength", triangles * 3}}}},
+        {"accessors",
+         {{{"bufferView", 0}, {"componentType", 5126}, {"count", 3}, {"type", "VEC3"}},
+          {{"bufferView", 1},
+           {"componentType", 5121},
+           {"count", triangles * 3},
+           {"type", "SCALAR"}}}},
+        {"meshes", {{{"primitives", {{{"attributes", {{"POSITION", 0}}}, {"indices", 1}}}}}}}};
+    const auto drawn = [&](unsigned nodes) {
+        scene["nodes"] = json(nodes, json{{"mesh", 0}});
+        scene["scenes"] = {{{"nodes", json::array()}}};
+        for (unsigned n = 0; n < nodes; ++n) {
+            scene["scenes"][0]["nodes"].push_back(n);
+        }
+        folder.write("drawn.gltf", scene.dump());
+        return refusalOf(folder, "drawn.gltf");
+    };
+    EXPECT_THAT(drawn(200), testing::HasSubstr("none of its polygons has an area"));
+    EXPECT_THAT(drawn(300), testing::HasSubstr("so often that they make 300000"));
+}
+
+TEST(Import, APictureOfManyNamesIsOne) {
+    const TestFolder folder;
+    ASSERT_EQ(runIn(folder, "cp " MQF2VXB_TEST_DATA "/import/brick.png . && mkdir sub").status, 0);
+    std::string materials;
+    std::string text = "mtllib m.mtl\nv 0 0 0\nv 1 0 0\nv 0 1 0\nvt 0 0\nvt 1 0\nvt 0 1\n";
+    int number = 0;
+    for (const char* name : {"brick.png", "BRICK.png", "./sub/../brick.png", "C:\\art\\brick.png",
+                             "bri%63k.png", "no.png", "no.png"}) {
+        const std::string material = "m" + std::to_string(number++);
+        materials += "newmtl " + material + "\nmap_Kd " + name + "\n";
+        text += "usemtl " + material + "\nf 1/1 2/2 3/3\n";
+    }
+    folder.write("m.mtl", materials);
+    folder.write("m.obj", text);
+    const std::string file = (folder.path() / "m.obj").string();
+    const ImportedModel model = importModel(Source::load(file, {}), file, {}, [](auto) {});
+    EXPECT_EQ(model.report.textures.placing.textures.size(), 1U);
+    ASSERT_EQ(model.report.textures.missing.size(), 1U);
+    EXPECT_EQ(model.report.textures.missing[0].name, "no.png");
+}
+
 TEST(Import, StripsHoldEachTriangleOnceAndGoOnFromTheLastTwoCorners) {
     // A grid of squares, each two triangles.
     constexpr std::uint32_t side = 12;

@@ -115,7 +115,7 @@ ExitStatus runExport(ExportArguments arguments) {
     }
     arguments.gltf.motions = !arguments.noMotions;
     try {
-        const VxbFile file = readAnyModel(arguments.file, arguments.models);
+        const VxbFile file = readAnyModel(arguments.file, arguments.models, outputName(arguments));
         requireSound(arguments.file, file);
         mqf2vxb::withMemory([&] { exportFile(arguments, file); });
         return ExitStatus::good;

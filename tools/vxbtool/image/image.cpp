@@ -1,14 +1,18 @@
 #include "vxbtool/image/image.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <map>
 #include <memory>
+#include <optional>
+#include <set>
 #include <stdexcept>
 #include <string>
-#include <system_error>
+#include <utility>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -129,12 +133,22 @@ std::vector<std::string> outputsOf(const ImageArguments& arguments) {
 
 void refuseOutputsOverPictures(const ImageArguments& arguments,
                                const std::vector<std::string>& outputs) {
+    const auto fileOf = [](const std::string& path) -> std::optional<std::pair<dev_t, ino_t>> {
+        struct stat status {};
+        if (stat(path.c_str(), &status) != 0) {
+            return std::nullopt;
+        }
+        return std::pair(status.st_dev, status.st_ino);
+    };
+    std::set<std::pair<dev_t, ino_t>> pictures;
     for (const std::string& picture : arguments.pictures) {
-        for (const std::string& output : outputs) {
-            std::error_code error;
-            if (fs::equivalent(picture, output, error)) {
-                throw RefusedPicture(fmt::format("{}: the picture is one of the outputs", output));
-            }
+        if (const auto file = fileOf(picture)) {
+            pictures.insert(*file);
+        }
+    }
+    for (const std::string& output : outputs) {
+        if (const auto file = fileOf(output); file && pictures.contains(*file)) {
+            throw RefusedPicture(fmt::format("{}: the picture is one of the outputs", output));
         }
     }
 }

@@ -14,7 +14,7 @@ namespace {
 
 constexpr double mostFrames = 60 * 60 * framesPerSecond;
 /// The frames of all coordinates of all animations together.
-constexpr double mostSamples = 20'000'000;
+constexpr double mostSamples = 2'000'000;
 /// The offset of its record fills 16 bits.
 constexpr std::uint32_t lastMovable = 3276;
 

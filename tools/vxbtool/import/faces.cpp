@@ -22,7 +22,8 @@ double turn(const Flat& a, const Flat& b, const Flat& c) {
     return (b.x - a.x) * (c.y - a.y) - (b.y - a.y) * (c.x - a.x);
 }
 
-/// Cuts off ears: corners whose triangle lies inside the polygon.
+/// Cuts off ears: corners whose triangle lies inside the polygon. One in which they are hard to find,
+/// as in rings that cross themselves, is cut like a fan from some point on.
 class EarCutter {
 public:
     EarCutter(std::span<const Vector> ring, const Vector& front) {
@@ -45,7 +46,8 @@ public:
     /// The next triangle, as indices into the ring.
     std::array<std::size_t, 3> next() {
         std::size_t best = 0;
-        for (std::size_t tried = 0; tried < left_.size(); ++tried) {
+        const std::size_t most = 2 * points_.size() * points_.size();
+        for (std::size_t tried = 0; tried < left_.size() && looks_ < most; ++tried) {
             const std::size_t at = (start_ + tried) % left_.size();
             if (isEar(at)) {
                 best = at;
@@ -61,7 +63,7 @@ public:
 private:
     [[nodiscard]] std::size_t corner(std::size_t at) const { return left_[at % left_.size()]; }
 
-    [[nodiscard]] bool isEar(std::size_t at) const {
+    [[nodiscard]] bool isEar(std::size_t at) {
         const Flat& a = points_[corner(at + left_.size() - 1)];
         const Flat& b = points_[corner(at)];
         const Flat& c = points_[corner(at + 1)];
@@ -69,6 +71,7 @@ private:
             return false;
         }
         for (std::size_t other = at + 2; other + 1 < at + left_.size(); ++other) {
+            ++looks_;
             const Flat& p = points_[corner(other)];
             if (turn(a, b, p) > 0 && turn(b, c, p) > 0 && turn(c, a, p) > 0) {
                 return false;
@@ -80,6 +83,7 @@ private:
     std::vector<Flat> points_;
     std::vector<std::size_t> left_;
     std::size_t start_ = 0;
+    std::size_t looks_ = 0;  ///< at a corner, whether it lies in a triangle
 };
 
 /// Adds a triangle unless it has no area.

@@ -5,10 +5,13 @@
 #include <limits>
 #include <span>
 
+#include <fmt/core.h>
+
 #include "vxbtool/import/faces.h"
 #include "vxbtool/import/simplifying.h"
 #include "vxbtool/import/skins.h"
 #include "vxbtool/import/smoothing.h"
+#include "vxbtool/import/source.h"
 
 namespace vxbtool::importing {
 namespace {
@@ -204,6 +207,24 @@ Part partOf(const aiScene& scene, unsigned mesh, std::uint32_t coordinate,
     return part;
 }
 
+/// Few bytes let a mesh be drawn many times.
+void refuseManyInstances(const aiScene& scene, const Shape& shape) {
+    constexpr std::uint64_t many = std::uint64_t{1} << 18U;
+    std::uint64_t own = 0;
+    for (const aiMesh* mesh : std::span(scene.mMeshes, scene.mNumMeshes)) {
+        own += mesh->mNumFaces;
+    }
+    std::uint64_t drawn = 0;
+    for (const Part& part : shape.parts) {
+        drawn += part.mesh->mNumFaces;
+    }
+    if (drawn > many + 4 * own) {
+        throw ImportFault(fmt::format(
+            "its nodes draw meshes of {} polygons so often that they make {}, which is too many",
+            own, drawn));
+    }
+}
+
 std::size_t sidesOf(const Part& part, const Materials& materials) {
     return materials.materials[part.material].twoSided ? 2 : 1;
 }
@@ -243,6 +264,7 @@ Shape makeShape(const aiScene& scene, const CoordinateMap& map, const PlacedCoor
             shape.parts.push_back(partOf(scene, mesh, c, materials, dropped));
         }
     }
+    refuseManyInstances(scene, shape);
     const std::vector<std::vector<Face>> faces = partFaces(shape, materials, options, dropped);
     std::size_t polygons = 0;
     for (std::size_t p = 0; p < faces.size(); ++p) {

@@ -86,8 +86,9 @@ private:
             label += plain ? c : '_';
         }
         const std::string base = label;
-        for (int i = 2; !labels_.insert(label).second; ++i) {
-            label = fmt::format("{}_{}", base, i);
+        for (int& next = nextLabel_.try_emplace(base, 2).first->second;
+             !labels_.insert(label).second; ++next) {
+            label = fmt::format("{}_{}", base, next);
         }
         return label;
     }
@@ -109,6 +110,7 @@ private:
     }
 
     std::set<std::string> labels_;
+    std::map<std::string, int> nextLabel_;  // the number to try next behind a label that is taken
     std::map<PrimitiveTypeCode, std::map<KeyValues, std::uint32_t>> known_;
 };
 
@@ -118,6 +120,10 @@ struct Attempt {
     std::size_t steps = 0;
 
     [[nodiscard]] bool fits() const { return words <= mostWords && steps <= mostSteps; }
+    [[nodiscard]] bool fitsWith(const MotionBuilder& builder) const {
+        return words + builder.words() <= mostWords &&
+               steps + builder.motion.steps.size() <= mostSteps;
+    }
 };
 
 /// Whether 16 bits do not hold the scale.
@@ -127,8 +133,10 @@ bool isTooLarge(const Sample& sample) {
                      std::abs(sample.scale.z)}) > most;
 }
 
+/// Makes the motions with `factor` times the tolerance. Unless `whole`, it ends early when they do
+/// not fit.
 Attempt attempt(const std::vector<Animation>& animations, const PlacedCoordinates& placed,
-                std::optional<double> fps, double factor) {
+                std::optional<double> fps, double factor, bool whole) {
     Tolerance tolerance;
     tolerance.units *= factor;
     tolerance.radians *= factor;
@@ -141,6 +149,9 @@ Attempt attempt(const std::vector<Animation>& animations, const PlacedCoordinate
         builder.summary.name = animation.name;
         builder.summary.frames = sampler.frames();
         for (const MovedCoordinate& moved : animation.moved) {
+            if (!whole && !result.fitsWith(builder)) {
+                break;
+            }
             const SampledTrack sampled =
                 sampler.sample(moved, placed.coordinates[moved.coordinate]);
             if (sampled.parts.translation || sampled.parts.rotation || sampled.parts.scale) {
@@ -173,10 +184,10 @@ Motions makeMotions(const aiScene& scene, const CoordinateMap& map, const Placed
     const std::vector<Animation> animations = readAnimations(scene, map, placed, scale, lost);
     constexpr double largestFactor = 256;
     double factor = 1;
-    Attempt result = attempt(animations, placed, fps, factor);
+    Attempt result = attempt(animations, placed, fps, factor, false);
     while (!result.fits() && factor < largestFactor) {
         factor *= 2;
-        result = attempt(animations, placed, fps, factor);
+        result = attempt(animations, placed, fps, factor, factor >= largestFactor);
     }
     if (!result.fits()) {
         throw ImportFault(fmt::format(

@@ -20,6 +20,9 @@ namespace fs = std::filesystem;
 using pictures::Picture;
 using pictures::PictureFault;
 
+/// Begins what find() says of embedded pictures; the paths of files begin with a slash.
+constexpr char embeddedSign = '*';
+
 Picture embeddedPicture(const aiTexture& texture) {
     if (texture.pcData == nullptr || texture.mWidth == 0) {
         throw PictureFault("the embedded picture is empty");
@@ -70,35 +73,87 @@ std::string unescaped(std::string_view text) {
     return result;
 }
 
-/// A file of the folder whose name differs in its case only.
-std::optional<fs::path> inAnyCase(const fs::path& path) {
-    std::error_code error;
-    std::vector<fs::path> found;
-    const std::string wanted = lowerCase(path.filename().string());
-    const fs::path folder = path.parent_path().empty() ? fs::path(".") : path.parent_path();
-    for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
-        if (lowerCase(at->path().filename().string()) == wanted && isFile(at->path())) {
-            found.push_back(at->path());
-        }
+}  // namespace
+
+PictureSource::PictureSource(const aiScene& scene, const std::string& modelFile)
+    : scene_(scene), folder_(fs::path(modelFile).parent_path()) {}
+
+std::string PictureSource::find(const std::string& name) {
+    const auto [texture, index] = scene_.GetEmbeddedTextureAndIndex(name.c_str());
+    if (texture != nullptr) {
+        return embeddedSign + std::to_string(index);
     }
-    return found.empty() ? std::nullopt : std::optional(*std::ranges::min_element(found));
+    const std::optional<fs::path> path = findFile(name);
+    if (!path) {
+        throw PictureFault("there is no such file");
+    }
+    std::error_code error;
+    const fs::path canonical = fs::canonical(*path, error);
+    return error ? path->string() : canonical.string();
 }
 
-std::optional<fs::path> findFile(const std::string& modelFile, std::string name) {
+Picture PictureSource::load(const std::string& found) {
+    // A picture of one colour has a thousand texels for a byte; real ones have some tens.
+    constexpr std::uint64_t manyTexels = std::uint64_t{1} << 27U;
+    constexpr std::uint64_t texelsPerByte = 256;
+    const auto enough = [&] { return texels_ > manyTexels + bytes_ * texelsPerByte; };
+    if (enough()) {
+        throw PictureFault(
+            "the pictures before it have too many texels for the size of their files");
+    }
+    Picture picture;
+    if (const aiTexture* texture = embedded(found)) {
+        picture = embeddedPicture(*texture);
+        bytes_ += texture->mHeight == 0
+                      ? texture->mWidth
+                      : sizeof(aiTexel) * std::uint64_t{texture->mWidth} * texture->mHeight;
+    } else {
+        mqf2vxb::DiskInputFiles files;
+        try {
+            picture = pictures::readPictureFile(found, files);
+        } catch (const mqf2vxb::Report& report) {
+            throw PictureFault(report.cause());
+        }
+        std::error_code error;
+        const std::uintmax_t size = fs::file_size(found, error);
+        bytes_ += error ? 0 : size;
+    }
+    texels_ += picture.texels.size();
+    return picture;
+}
+
+/// A file of the path's folder whose name differs in its case only.
+std::optional<fs::path> PictureSource::inAnyCase(const fs::path& path) {
+    const fs::path folder = path.parent_path().empty() ? fs::path(".") : path.parent_path();
+    const auto [listing, isNew] = listings_.try_emplace(folder);
+    if (isNew) {
+        std::error_code error;
+        for (fs::directory_iterator at(folder, error), end; !error && at != end;
+             at.increment(error)) {
+            if (isFile(at->path())) {
+                fs::path& known = listing->second[lowerCase(at->path().filename().string())];
+                known = known.empty() ? at->path() : std::min(known, at->path());
+            }
+        }
+    }
+    const auto found = listing->second.find(lowerCase(path.filename().string()));
+    return found == listing->second.end() ? std::nullopt : std::optional(found->second);
+}
+
+std::optional<fs::path> PictureSource::findFile(std::string name) {
     constexpr std::string_view scheme = "file://";
     if (name.starts_with(scheme)) {
         name.erase(0, scheme.size());
     }
     std::ranges::replace(name, '\\', '/');
-    const fs::path folder = fs::path(modelFile).parent_path();
     std::vector<fs::path> candidates;
     for (const fs::path& path : {fs::path(name), fs::path(unescaped(name))}) {
         if (path.is_relative()) {
-            candidates.push_back(folder / path);
+            candidates.push_back(folder_ / path);
         }
-        candidates.push_back(folder / path.filename());
-        candidates.push_back(folder / "textures" / path.filename());
-        candidates.push_back(folder.parent_path() / "textures" / path.filename());
+        candidates.push_back(folder_ / path.filename());
+        candidates.push_back(folder_ / "textures" / path.filename());
+        candidates.push_back(folder_.parent_path() / "textures" / path.filename());
         if (path.is_absolute()) {
             candidates.push_back(path);
         }
@@ -116,22 +171,8 @@ std::optional<fs::path> findFile(const std::string& modelFile, std::string name)
     return std::nullopt;
 }
 
-}  // namespace
-
-Picture loadPicture(const aiScene& scene, const std::string& modelFile, const std::string& name) {
-    if (const aiTexture* embedded = scene.GetEmbeddedTexture(name.c_str())) {
-        return embeddedPicture(*embedded);
-    }
-    const std::optional<fs::path> path = findFile(modelFile, name);
-    if (!path) {
-        throw PictureFault("there is no such file");
-    }
-    mqf2vxb::DiskInputFiles files;
-    try {
-        return pictures::readPictureFile(path->string(), files);
-    } catch (const mqf2vxb::Report& report) {
-        throw PictureFault(report.cause());
-    }
+const aiTexture* PictureSource::embedded(const std::string& found) const {
+    return found.front() == embeddedSign ? scene_.mTextures[std::stoul(found.substr(1))] : nullptr;
 }
 
 }  // namespace vxbtool::importing

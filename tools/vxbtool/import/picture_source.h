@@ -1,5 +1,9 @@
 #pragma once
 
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
 #include <string>
 
 #include <assimp/scene.h>
@@ -8,10 +12,31 @@
 
 namespace vxbtool::importing {
 
-/// The picture that a material of a scene names: an embedded one, or a file beside the model, whose
-/// name may be written in another case, with other separators, or with folders of another machine.
-/// Throws pictures::PictureFault when there is none.
-pictures::Picture loadPicture(const aiScene& scene, const std::string& modelFile,
-                              const std::string& name);
+/// The pictures that materials of a scene name: embedded ones, or files beside the model, whose names
+/// may be written in another case, with other separators, or with folders of another machine.
+class PictureSource {
+public:
+    PictureSource(const aiScene& scene, const std::string& modelFile);
+
+    /// Which picture a name means: the same for all names of one picture. Throws
+    /// pictures::PictureFault when there is none.
+    std::string find(const std::string& name);
+
+    /// Reads a picture that was found. Throws pictures::PictureFault when that cannot be done, also
+    /// when all pictures together grow far beyond the bytes they are read from.
+    pictures::Picture load(const std::string& found);
+
+private:
+    std::optional<std::filesystem::path> findFile(std::string name);
+    std::optional<std::filesystem::path> inAnyCase(const std::filesystem::path& path);
+    [[nodiscard]] const aiTexture* embedded(const std::string& found) const;
+
+    const aiScene& scene_;
+    std::filesystem::path folder_;  ///< the model's
+    /// Of the folders that were looked through, the files by their names in lower case.
+    std::map<std::filesystem::path, std::map<std::string, std::filesystem::path>> listings_;
+    std::uint64_t texels_ = 0;
+    std::uint64_t bytes_ = 0;
+};
 
 }  // namespace vxbtool::importing

@@ -5,6 +5,7 @@
 #include <tuple>
 #include <utility>
 
+#include "vxbtool/import/source.h"
 #include "vxbtool/import/texture_coordinates.h"
 
 namespace vxbtool::importing {
@@ -12,6 +13,8 @@ namespace {
 
 /// The most pieces of one polygon.
 constexpr double mostPieces = 256;
+/// And of all: each has a vertex of its own, and packets can name 65536.
+constexpr double mostPiecesTogether = 4 * 65536;
 
 using Ring = std::vector<ShapeCorner>;
 
@@ -164,6 +167,7 @@ void cutAtSeams(const Textures& textures, const PlacedCoordinates& placed, Shape
     if (std::ranges::none_of(shape.polygons, beyond)) {
         return;
     }
+    double together = 0;
     SeamCutter cutter(placed, shape);
     std::vector<ShapePolygon> polygons;
     polygons.reserve(shape.polygons.size());
@@ -187,6 +191,12 @@ void cutAtSeams(const Textures& textures, const PlacedCoordinates& placed, Shape
             ++dropped.tooFine;
             polygons.push_back(polygon);
             continue;
+        }
+        together += pieces;
+        if (together > mostPiecesTogether) {
+            throw ImportFault(
+                "its textures repeat so often that polygons would become more than a quarter of a "
+                "million pieces");
         }
         const std::size_t before = polygons.size();
         cutter.cut(polygon, reach, polygons);

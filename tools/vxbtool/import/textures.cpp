@@ -55,15 +55,36 @@ Picture shrunk(Picture picture, pictures::Edges edges) {
     return pictures::resized(picture, side(picture.width), side(picture.height), edges);
 }
 
-/// Of the pictures that polygons use, the names of those that some of them repeat.
-std::set<std::string> repeatedPictures(const Materials& materials, const Uses& uses) {
-    std::set<std::string> names;
+/// The pictures of materials whose texture polygons show.
+struct FoundPictures {
+    std::vector<std::string> ofMaterial;  ///< as PictureSource has them; empty where there is none
+    std::set<std::string> repeated;       ///< those that some polygon repeats
+};
+
+FoundPictures findPictures(const Materials& materials, const Uses& uses, PictureSource& source,
+                           std::vector<MissingTexture>& missing) {
+    FoundPictures result;
+    result.ofMaterial.resize(materials.materials.size());
+    std::map<std::string, std::string> known;  // by name
     for (std::size_t m = 0; m < materials.materials.size(); ++m) {
+        if (uses.textured[m] == 0) {
+            continue;
+        }
+        const std::string& name = materials.materials[m].texture->name;
+        const auto [found, isNew] = known.try_emplace(name);
+        if (isNew) {
+            try {
+                found->second = source.find(name);
+            } catch (const pictures::PictureFault& fault) {
+                missing.push_back({name, fault.what()});
+            }
+        }
+        result.ofMaterial[m] = found->second;
         if (uses.repeating[m] != 0) {
-            names.insert(materials.materials[m].texture->name);
+            result.repeated.insert(found->second);
         }
     }
-    return names;
+    return result;
 }
 
 /// The picture with its mirror image behind it, in either direction.
@@ -115,24 +136,25 @@ Textures placeTextures(const aiScene& scene, const std::string& file, const Mate
     Textures result;
     result.materials.resize(materials.materials.size());
     const Uses uses = findUses(materials, shape);
-    const std::set<std::string> repeated = repeatedPictures(materials, uses);
+    PictureSource source(scene, file);
+    const FoundPictures found = findPictures(materials, uses, source, result.missing);
     std::map<std::string, std::optional<Picture>> loaded;
     std::vector<pictures::WantedTexture> wanted;
     std::vector<std::size_t> materialOf;
     for (std::size_t m = 0; m < materials.materials.size(); ++m) {
-        if (uses.textured[m] == 0) {
+        const std::string& id = found.ofMaterial[m];
+        if (id.empty()) {
             continue;
         }
         const SurfaceMaterial& material = materials.materials[m];
-        const std::string& name = material.texture->name;
-        const auto [at, isNew] = loaded.try_emplace(name);
+        const auto [at, isNew] = loaded.try_emplace(id);
         if (isNew) {
             try {
-                at->second = shrunk(loadPicture(scene, file, name), repeated.contains(name)
-                                                                        ? pictures::Edges::repeat
+                at->second =
+                    shrunk(source.load(id), found.repeated.contains(id) ? pictures::Edges::repeat
                                                                         : pictures::Edges::clamp);
             } catch (const pictures::PictureFault& fault) {
-                result.missing.push_back({name, fault.what()});
+                result.missing.push_back({material.texture->name, fault.what()});
             }
         }
         if (!at->second) {
@@ -163,9 +185,8 @@ Textures placeTextures(const aiScene& scene, const std::string& file, const Mate
     for (std::size_t w = 0; w < wanted.size(); ++w) {
         const std::size_t placed = result.placing.textureOf[w];
         result.materials[materialOf[w]].placed = placed;
-        std::string& placedName = result.names[placed];
-        placedName =
-            placedName.empty() ? materials.materials[materialOf[w]].texture->name : placedName;
+        std::string& name = result.names[placed];
+        name = name.empty() ? materials.materials[materialOf[w]].texture->name : name;
     }
     return result;
 }

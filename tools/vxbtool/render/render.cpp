@@ -100,7 +100,7 @@ void checkNumbers(const Request& request) {
 }
 
 void renderFile(const RenderArguments& arguments) {
-    const mqf2vxb::VxbFile file = readAnyModel(arguments.file, arguments.models);
+    const mqf2vxb::VxbFile file = readAnyModel(arguments.file, arguments.models, arguments.output);
     requireSound(arguments.file, file);
     const scene::Scene scene = scene::makeScene(file);
     for (const std::string& warning : scene.warnings) {

@@ -1,6 +1,7 @@
 #include "vxbtool/shared/any_model.h"
 
 #include <filesystem>
+#include <system_error>
 
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
@@ -27,7 +28,8 @@ bool isModelFile(const std::string& name) {
     return std::filesystem::path(name).extension() == ".mqf";
 }
 
-mqf2vxb::VxbFile readAnyModel(const std::string& name, const AnyModelOptions& options) {
+mqf2vxb::VxbFile readAnyModel(const std::string& name, const AnyModelOptions& options,
+                              const std::string& output) {
     if (!isModelFile(name)) {
         try {
             return readVxbFile(name);
@@ -40,7 +42,14 @@ mqf2vxb::VxbFile readAnyModel(const std::string& name, const AnyModelOptions& op
     run.imageOutput = !options.noImages;
     ModelFiles files(options.base);
     try {
-        return mqf2vxb::readVxb(convertInMemory(name, run, files));
+        mqf2vxb::VxbFile file = mqf2vxb::readVxb(convertInMemory(name, run, files));
+        for (const std::string& input : files.opened()) {
+            std::error_code error;
+            if (std::filesystem::equivalent(input, output, error)) {
+                throw NoModel(fmt::format("{}: it would be replaced by the output", input));
+            }
+        }
+        return file;
     } catch (const mqf2vxb::Report& report) {
         throw NoModel(fmt::format("{}: {}\n{}", name, report.cause(), report.text()));
     }

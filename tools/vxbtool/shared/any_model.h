@@ -29,8 +29,10 @@ public:
 /// Whether a command takes the file for a model, which its ending tells.
 bool isModelFile(const std::string& name);
 
-/// Reads a VXB file, whatever it holds, or converts a model in memory. Throws NoModel.
-mqf2vxb::VxbFile readAnyModel(const std::string& name, const AnyModelOptions& options);
+/// Reads a VXB file, whatever it holds, or converts a model in memory. Throws NoModel, also when
+/// `output`, where the command is going to write, is one of the model's files.
+mqf2vxb::VxbFile readAnyModel(const std::string& name, const AnyModelOptions& options,
+                              const std::string& output = {});
 
 /// Throws NoModel when the file has errors.
 void requireSound(const std::string& name, const mqf2vxb::VxbFile& file);

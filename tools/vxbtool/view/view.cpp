@@ -75,7 +75,7 @@ ExitStatus viewModel(const ViewArguments& arguments, const std::string& output) 
                    "-DMQF2VXB_BUILD_VIEWER=ON");
         return ExitStatus::badInput;
     }
-    const VxbFile file = readAnyModel(arguments.file, arguments.models);
+    const VxbFile file = readAnyModel(arguments.file, arguments.models, output);
     mqf2vxb::withMemory(
         [&] { writeOutput(output, pageOf(*pageTemplate, file, pageName(arguments.file))); });
     ExitStatus status = ExitStatus::good;
