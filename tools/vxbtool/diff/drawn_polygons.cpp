@@ -97,7 +97,11 @@ std::optional<Point> DrawnPolygons::normal(const DrawnPolygon& polygon, std::uin
 }
 
 std::string DrawnPolygons::formOf(const DrawnPolygon& polygon) const {
-    return formName(file_.packetGroups[polygon.group].code);
+    return formName(typeOf(polygon));
+}
+
+PrimitiveTypeCode DrawnPolygons::typeOf(const DrawnPolygon& polygon) const {
+    return file_.packetGroups[polygon.group].code;
 }
 
 namespace {

@@ -56,6 +56,7 @@ public:
     }
     /// "lit smooth triangles".
     [[nodiscard]] std::string formOf(const DrawnPolygon& polygon) const;
+    [[nodiscard]] mqf2vxb::PrimitiveTypeCode typeOf(const DrawnPolygon& polygon) const;
     /// Nothing for a number that names no point of the file.
     [[nodiscard]] std::optional<mqf2vxb::Point> vertex(const DrawnPolygon& polygon,
                                                        std::uint32_t index) const;

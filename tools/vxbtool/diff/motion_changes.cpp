@@ -206,7 +206,7 @@ private:
         } else {
             if (a.kind == ControlKind::jump && !sameTarget(a.target, b.target)) {
                 add(ChangeKind::stepOther,
-                    fmt::format("goes to {} -> {}", targetName(before_, a), targetName(after_, b)));
+                    "goes to " + otherStep(targetName(before_, a), targetName(after_, b)));
             }
             if (!sameStep(before_.range(motion_).first + one,
                           after_.range(motion_).first + other)) {
@@ -262,6 +262,11 @@ private:
         return stepNumber(motions, control.target);
     }
 
+    /// A step that is no longer the same may have the same number.
+    static std::string otherStep(const std::string& before, const std::string& after) {
+        return before == after ? "another " + after : before + " -> " + after;
+    }
+
     [[nodiscard]] std::string stepNumber(const Motions& motions, std::uint32_t step) const {
         return step == format::unresolvedSequence
                    ? "no step"
@@ -299,8 +304,8 @@ private:
         const std::string place = fmt::format("{}, coordinate {}", place_, one.coordinate);
         if (!sameTarget(one.startStep, other.startStep)) {
             changes_.add(ChangeKind::motionStart, place,
-                         fmt::format("starts with {} -> {}", stepNumber(before_, one.startStep),
-                                     stepNumber(after_, other.startStep)));
+                         "starts with " + otherStep(stepNumber(before_, one.startStep),
+                                                    stepNumber(after_, other.startStep)));
         }
         const auto headersBefore = before_.headers(one);
         const auto headersAfter = after_.headers(other);

@@ -127,11 +127,19 @@ private:
         }
     }
 
+    /// Forms that differ in a bit without a name have their codes.
+    [[nodiscard]] std::string becameOf(const DrawnPolygon& one, const DrawnPolygon& other) const {
+        const std::string form = after_.formOf(other);
+        return before_.formOf(one) != form
+                   ? "became " + form
+                   : fmt::format("became {} of type 0x{:08X}", form, after_.typeOf(other));
+    }
+
     void compareLooks(const PolygonPair& pair) {
         const DrawnPolygon& one = before_.all()[pair.before];
         const DrawnPolygon& other = after_.all()[pair.after];
         if (one.form != other.form) {
-            tally(ChangeKind::polygonForm, before_, pair.before, "became " + after_.formOf(other));
+            tally(ChangeKind::polygonForm, before_, pair.before, becameOf(one, other));
             return;
         }
         if (one.colours != other.colours) {
