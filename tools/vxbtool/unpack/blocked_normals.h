@@ -23,8 +23,8 @@ public:
     void remove(std::uint32_t normal) {
         const auto found = places_.find(normal);
         if (found != places_.end()) {
-            const auto& [coordinate, rank] = found->second;
-            change(coordinate, [&](Coordinate& all) { all.blocked.erase(rank); });
+            const Place& place = found->second;
+            change(place.coordinate, [&](Coordinate& all) { all.blocked.erase(place.rank); });
         }
     }
 
