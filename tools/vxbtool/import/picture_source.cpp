@@ -96,8 +96,7 @@ Picture PictureSource::load(const std::string& found) {
     // A picture of one colour has a thousand texels for a byte; real ones have some tens.
     constexpr std::uint64_t manyTexels = std::uint64_t{1} << 27U;
     constexpr std::uint64_t texelsPerByte = 256;
-    const auto enough = [&] { return texels_ > manyTexels + bytes_ * texelsPerByte; };
-    if (enough()) {
+    if (texels_ > manyTexels + bytes_ * texelsPerByte) {
         throw PictureFault(
             "the pictures before it have too many texels for the size of their files");
     }
