@@ -54,10 +54,12 @@ public:
         placeGroups();
     }
 
-    /// Puts groups and key-frame numbers into the motions; false when a step shows something else
-    /// then.
-    bool fill(std::vector<model_text::Motion>& motions) const {
-        bool right = right_;
+    /// Whether the groups have the words and types that the file has.
+    [[nodiscard]] bool placed() const { return right_; }
+
+    /// Puts key-frame numbers into the motions' steps; false when a step shows something else then.
+    bool numberSteps(std::vector<model_text::Motion>& motions) const {
+        bool right = true;
         std::vector<const PlacedGroup*> all;
         std::vector<std::uint32_t> firstNumber;
         std::uint32_t number = 0;
@@ -69,16 +71,11 @@ public:
             }
         }
         for (std::size_t m = 0; m < motions.size(); ++m) {
-            motions[m].groups.clear();
             std::map<PrimitiveTypeCode, const PlacedGroup*> own;
             for (const PlacedGroup& group : groups_[m]) {
                 own.emplace(group.type, &group);
-                motions[m].groups.push_back(words_.text(group.type, group.first, group.end));
             }
-            if (groups_[m].empty()) {
-                motions[m].groups.push_back({bareType, {}, {}});
-                right = right && !used_[m].contains(bareType);
-            }
+            right = right && (!groups_[m].empty() || !used_[m].contains(bareType));
             for (const Shown& shown : shown_[m]) {
                 model_text::Step& step = motions[m].steps[shown.step];
                 step.type = shown.type;
@@ -111,6 +108,18 @@ public:
             }
         }
         return right;
+    }
+
+    /// Puts the groups into the motions; one without any has an empty one.
+    void putGroups(std::vector<model_text::Motion>& motions) const {
+        for (std::size_t m = 0; m < motions.size(); ++m) {
+            for (const PlacedGroup& group : groups_[m]) {
+                motions[m].groups.push_back(words_.text(group.type, group.first, group.end));
+            }
+            if (groups_[m].empty()) {
+                motions[m].groups.push_back({bareType, {}, {}});
+            }
+        }
     }
 
 private:
@@ -344,14 +353,18 @@ void unpackKeyFrames(const VxbFile& file, const std::vector<std::uint32_t>& cuts
             for (std::size_t start = 0; start < starts; ++start) {
                 for (const bool backward : {false, true}) {
                     const Reading reading{zero, backward, motions.size() - bare, start};
-                    if (KeyFrameGroups(file, cuts, reading).fill(motions)) {
+                    const KeyFrameGroups groups(file, cuts, reading);
+                    if (groups.placed() && groups.numberSteps(motions)) {
+                        groups.putGroups(motions);
                         return;
                     }
                 }
             }
         }
     }
-    KeyFrameGroups(file, cuts, {Reading::Zero::listed, false, motions.size(), 0}).fill(motions);
+    const KeyFrameGroups groups(file, cuts, {Reading::Zero::listed, false, motions.size(), 0});
+    groups.numberSteps(motions);
+    groups.putGroups(motions);
 }
 
 }  // namespace vxbtool::unpack
