@@ -7,8 +7,11 @@
 
 #include <gtest/gtest.h>
 
+#include "base/diagnostics.h"
+#include "support/test_folder.h"
 #include "vxbtool/shared/closest.h"
 #include "vxbtool/shared/printable.h"
+#include "vxbtool/shared/staged_outputs.h"
 
 namespace vxbtool {
 namespace {
@@ -90,6 +93,24 @@ TEST(Printable, LeavesTextAndTakesControlsWhateverTheBytes) {
             rest.erase(0, end + 1);
         }
         EXPECT_EQ(printableLines(text), lines + printable(rest));
+    }
+}
+
+TEST(StagedOutputs, TakesThePlaceOfAFileThatAppearsMeanwhileOnlyWhereItMay) {
+    for (const ExistingFiles existing : {ExistingFiles::kept, ExistingFiles::replaced}) {
+        const mqf2vxb::tests::TestFolder folder;
+        TemporaryFiles temporaryFiles;
+        StagedOutputs outputs(temporaryFiles, existing);
+        outputs.write((folder.path() / "model").string(), "new");
+        folder.write("model", "old");
+        if (existing == ExistingFiles::kept) {
+            EXPECT_THROW(outputs.commit(), mqf2vxb::Report);
+            EXPECT_THROW(outputs.write((folder.path() / "model").string(), "new"), mqf2vxb::Report);
+            EXPECT_EQ(folder.read("model"), "old");
+        } else {
+            outputs.commit();
+            EXPECT_EQ(folder.read("model"), "new");
+        }
     }
 }
 

@@ -188,7 +188,7 @@ void makeImages(const ImageArguments& arguments, const pictures::PlacingOptions&
     }
     TemporaryFiles temporaryFiles;
     const SignalWatch signalWatch(temporaryFiles);
-    StagedOutputs staged(temporaryFiles);
+    StagedOutputs staged(temporaryFiles, existingFiles(arguments.force));
     for (std::size_t i = 0; i < outputs.size(); ++i) {
         model_text::TextFile file(staged, outputs[i]);
         model_text::writeTexture(placing.textures[placing.textureOf[i]].texture, file);

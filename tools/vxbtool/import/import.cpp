@@ -115,13 +115,6 @@ std::string converted(const ImportedModel& model, const std::string& name) {
     return convertInMemory(model_text::fileNames(model.text, name).front(), {}, files);
 }
 
-void writeBytes(const std::string& path, const std::string& bytes, StagedOutputs& outputs) {
-    const std::unique_ptr<mqf2vxb::OutputFile> file = outputs.create(path);
-    if (file == nullptr || !file->write(bytes) || !file->close()) {
-        mqf2vxb::cannotWrite(path, errno);
-    }
-}
-
 ImportedModel importFile(const ImportArguments& arguments,
                          const importing::ImportOptions& options) {
     importing::ProgressLine progress(arguments.file);
@@ -156,9 +149,9 @@ void importAndWrite(const ImportArguments& arguments, const importing::ImportOpt
     if (const std::string why = prepareNewFiles(written.files, arguments.force); !why.empty()) {
         throw ImportFault(why);
     }
-    StagedOutputs outputs(temporaryFiles);
+    StagedOutputs outputs(temporaryFiles, existingFiles(arguments.force));
     if (arguments.convert) {
-        writeBytes(written.files.back(), vxb, outputs);
+        outputs.write(written.files.back(), vxb);
     }
     model_text::writeModelFiles(model.text, folder, name, outputs);
     outputs.commit();

@@ -3,7 +3,14 @@
 #include <span>
 #include <string>
 
+#include "vxbtool/shared/signals.h"
+
 namespace vxbtool {
+
+/// What --force asks for.
+inline ExistingFiles existingFiles(bool force) {
+    return force ? ExistingFiles::replaced : ExistingFiles::kept;
+}
 
 /// Looks whether the files of a command can be written, and makes their folders. Returns what stands in
 /// the way of it, a line without its end: a file that is there, unless `force` lets regular ones be

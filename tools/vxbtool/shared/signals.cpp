@@ -37,9 +37,15 @@ TemporaryFiles::Created TemporaryFiles::create(const std::string& folder, mode_t
     return {{}, -1};
 }
 
-bool TemporaryFiles::rename(const std::string& file, const std::string& target) {
+bool TemporaryFiles::rename(const std::string& file, const std::string& target,
+                            ExistingFiles existing) {
     const std::lock_guard lock(mutex_);
-    if (std::rename(file.c_str(), target.c_str()) != 0) {
+    const unsigned flags = existing == ExistingFiles::kept ? RENAME_NOREPLACE : 0;
+    int result = ::renameat2(AT_FDCWD, file.c_str(), AT_FDCWD, target.c_str(), flags);
+    if (result != 0 && errno == EINVAL) {  // the file system does not know the flag
+        result = std::rename(file.c_str(), target.c_str());
+    }
+    if (result != 0) {
         return false;
     }
     names_.erase(file);

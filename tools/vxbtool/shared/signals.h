@@ -9,6 +9,9 @@
 
 namespace vxbtool {
 
+/// What becomes of a file that has the name of an output.
+enum class ExistingFiles { replaced, kept };
+
 /// The unfinished files of a run, known in one place so that a signal can clear them away. Any
 /// thread may call.
 class TemporaryFiles {
@@ -20,8 +23,9 @@ public:
     };
     /// Creates an empty file with a new name in `folder` and with these permissions, less the umask.
     [[nodiscard]] Created create(const std::string& folder, mode_t permissions);
-    /// Gives a finished file its right name; false when that cannot be done.
-    [[nodiscard]] bool rename(const std::string& file, const std::string& target);
+    /// Gives a finished file its right name; false, with errno set, when that cannot be done.
+    [[nodiscard]] bool rename(const std::string& file, const std::string& target,
+                              ExistingFiles existing);
     void remove(const std::string& file);
     /// Removes them all. No file appears or gets its name as long as the lock lives.
     [[nodiscard]] std::unique_lock<std::mutex> removeAll();

@@ -77,6 +77,10 @@ std::unique_ptr<mqf2vxb::OutputFile> StagedOutputs::create(const std::string& na
     std::error_code error;
     const fs::file_status status = fs::status(name, error);
     if (fs::exists(status)) {
+        if (existing_ == ExistingFiles::kept) {
+            errno = EEXIST;
+            return nullptr;
+        }
         // Opened anew, a file that standard output was redirected to would lose what it holds.
         if (const int descriptor = descriptorOf(name); descriptor >= 0) {
             return std::make_unique<OpenFile>(descriptor, false);
@@ -112,7 +116,7 @@ std::unique_ptr<mqf2vxb::OutputFile> StagedOutputs::create(const std::string& na
 void StagedOutputs::commit() {
     while (!staged_.empty()) {
         const Staged& file = staged_.back();
-        if (!temporaryFiles_.rename(file.temporary, file.target)) {
+        if (!temporaryFiles_.rename(file.temporary, file.target, existing_)) {
             mqf2vxb::cannotWrite(file.name, errno);
         }
         staged_.pop_back();

@@ -14,7 +14,11 @@ namespace vxbtool {
 /// places, and take these with commit().
 class StagedOutputs final : public mqf2vxb::OutputFiles {
 public:
-    explicit StagedOutputs(TemporaryFiles& temporaryFiles) : temporaryFiles_(temporaryFiles) {}
+    /// With `ExistingFiles::kept` no output takes the place of a file, not even of one that appears
+    /// while the outputs are written: commit() reports it then.
+    explicit StagedOutputs(TemporaryFiles& temporaryFiles,
+                           ExistingFiles existing = ExistingFiles::replaced)
+        : temporaryFiles_(temporaryFiles), existing_(existing) {}
     StagedOutputs(const StagedOutputs&) = delete;
     StagedOutputs& operator=(const StagedOutputs&) = delete;
     /// Removes what was not committed.
@@ -38,6 +42,7 @@ private:
 
     mqf2vxb::DiskOutputFiles disk_;
     TemporaryFiles& temporaryFiles_;
+    ExistingFiles existing_;
     std::vector<Staged> staged_;
 };
 

@@ -110,7 +110,7 @@ ExitStatus unpackFile(const UnpackArguments& arguments, const VxbFile& file,
     }
     TemporaryFiles temporaryFiles;
     const SignalWatch signalWatch(temporaryFiles);
-    StagedOutputs outputs(temporaryFiles);
+    StagedOutputs outputs(temporaryFiles, existingFiles(arguments.force));
     model_text::writeModelFiles(model.text, folder, name, outputs);
     outputs.commit();
     return !arguments.verify || verify(file, model, name) ? ExitStatus::good : ExitStatus::badInput;
