@@ -153,7 +153,7 @@ TEST(Scene, PlacesCoordinatesAtRestAndInMotion) {
 std::string exampleBytes(const std::string& model) {
     AnyModelOptions options;
     options.base = MQF2VXB_EXAMPLES;
-    const mqf2vxb::VxbFile file = readAnyModel(MQF2VXB_EXAMPLES "/" + model + ".mqf", options);
+    const mqf2vxb::VxbFile file = readAnyModel(MQF2VXB_EXAMPLES "/" + model + ".mqf", options).file;
     return gltf::glb(scene::makeScene(file), {});
 }
 
@@ -163,7 +163,7 @@ TEST(Scene, VariantsOfTheSampleHaveTheSameTriangles) {
         AnyModelOptions options;
         options.base = MQF2VXB_EXAMPLES;
         const Scene scene =
-            scene::makeScene(readAnyModel(MQF2VXB_EXAMPLES "/" + model + ".mqf", options));
+            scene::makeScene(readAnyModel(MQF2VXB_EXAMPLES "/" + model + ".mqf", options).file);
         EXPECT_EQ(scene.warnings, std::vector<std::string>());
         std::vector<std::string> result;
         for (const scene::Polygon& polygon : scene.polygons) {

@@ -33,7 +33,6 @@
 namespace vxbtool {
 namespace {
 
-/// An output that is a hard link to an input is no danger: it is replaced, not written into.
 void checkNoInputIsOutput(const ModelFiles& files, const ConvertRun& run) {
     for (const std::string& input : files.opened()) {
         if (run.outputs.contains(placeOf(input))) {
@@ -42,23 +41,12 @@ void checkNoInputIsOutput(const ModelFiles& files, const ConvertRun& run) {
     }
 }
 
-void writeDepfile(const ConvertJob& job, const ModelFiles& inputs, StagedOutputs& outputs) {
-    const std::string text = depfileText(job.options.outputName, inputs.opened());
-    const std::unique_ptr<mqf2vxb::OutputFile> file = outputs.create(job.depfile);
-    if (!file) {
-        mqf2vxb::cannotOpen(job.depfile, mqf2vxb::Access::write, errno);
-    }
-    if (!file->write(text) || !file->close()) {
-        mqf2vxb::cannotWrite(job.depfile, errno);
-    }
-}
-
 void writeOutputs(const mqf2vxb::Model& model, const ConvertJob& job, const ConvertRun& run,
                   ModelFiles& files, StagedOutputs& outputs) {
     checkNoInputIsOutput(files, run);
     mqf2vxb::writeModel(model, job.options, files, outputs);
     if (!job.depfile.empty()) {
-        writeDepfile(job, files, outputs);
+        outputs.write(job.depfile, depfileText(job.options.outputName, files.opened()));
     }
     outputs.commit();
 }
@@ -190,15 +178,6 @@ void tellFailure(std::string_view cause, const ConvertJob& job, ConvertOutcome& 
 }
 
 }  // namespace
-
-FilePlace placeOf(const std::string& name) {
-    const std::filesystem::path target = mqf2vxb::finalTarget(name);
-    struct stat folder {};
-    if (::stat(target.parent_path().c_str(), &folder) != 0) {
-        return {0, 0, target};
-    }
-    return {folder.st_dev, folder.st_ino, target.filename()};
-}
 
 ConvertOutcome convertModel(const ConvertJob& job, ConvertRun& run) {
     ModelFiles files(job.base);

@@ -2,11 +2,9 @@
 
 #include <set>
 #include <string>
-#include <tuple>
-
-#include <sys/types.h>
 
 #include "model/options.h"
+#include "vxbtool/shared/file_place.h"
 #include "vxbtool/shared/finding_report.h"
 #include "vxbtool/shared/signals.h"
 
@@ -20,13 +18,6 @@ struct ConvertJob {
     std::string base;             ///< where relative component names are opened; empty: here
     bool lint = false;
 };
-
-/// Where a file stands: its folder, by device and number, and its name there. A folder that is
-/// mounted twice has two paths. When there is no such folder: zeros and the whole path.
-using FilePlace = std::tuple<dev_t, ino_t, std::string>;
-
-/// The place that a name leads to, whether a file is there or not.
-FilePlace placeOf(const std::string& name);
 
 /// What the jobs of one run have in common.
 struct ConvertRun {

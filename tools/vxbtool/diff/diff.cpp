@@ -98,8 +98,8 @@ void writeJson(const DiffArguments& arguments, const diff::Changes& changes, Jso
 }
 
 ExitStatus runDiff(const DiffArguments& arguments) {
-    const VxbFile before = readAnyModel(arguments.before, arguments.models);
-    const VxbFile after = readAnyModel(arguments.after, arguments.models);
+    const VxbFile before = readAnyModel(arguments.before, arguments.models).file;
+    const VxbFile after = readAnyModel(arguments.after, arguments.models).file;
     diff::Changes changes(arguments.all);
     if (before.words != after.words || endsUneven(before) || endsUneven(after)) {
         requireSound(arguments.before, before);

@@ -5,6 +5,7 @@
 #include <exception>
 #include <filesystem>
 #include <memory>
+#include <set>
 #include <span>
 #include <stdexcept>
 #include <string>
@@ -20,6 +21,7 @@
 #include "vxbtool/scene/image_pictures.h"
 #include "vxbtool/scene/scene.h"
 #include "vxbtool/shared/any_model.h"
+#include "vxbtool/shared/file_place.h"
 #include "vxbtool/shared/png.h"
 #include "vxbtool/shared/signals.h"
 #include "vxbtool/shared/staged_outputs.h"
@@ -67,40 +69,66 @@ std::string pngFileOf(const scene::MemoryPicture& picture) {
                  {reinterpret_cast<const std::uint8_t*>(pixels.data()), pixels.size_bytes()});
 }
 
-void writeTextures(const std::string& folder, const VxbFile& file, const scene::Scene& scene,
-                   StagedOutputs& outputs) {
+/// A file to write.
+struct Output {
+    std::string name;
+    std::string bytes;
+};
+
+void addTextures(const std::string& folder, const VxbFile& file, const scene::Scene& scene,
+                 std::vector<Output>& outputs) {
+    const auto add = [&](const std::string& name, const scene::MemoryPicture& picture) {
+        if (!picture.pixels.empty()) {
+            outputs.push_back({(fs::path(folder) / name).string(), pngFileOf(picture)});
+        }
+    };
+    const std::vector<scene::MemoryPicture> images = scene::imagePictures(file, scene);
+    for (std::size_t i = 0; i < images.size(); ++i) {
+        add(fmt::format("image_{}.png", i), images[i]);
+    }
+    add("memory.png", scene::memoryPicture(file, scene));
+}
+
+void makeFolder(const std::string& folder) {
     std::error_code error;
     fs::create_directories(folder, error);
     if (error) {
         throw std::runtime_error(
             fmt::format("{}: the folder cannot be made: {}", folder, error.message()));
     }
-    const auto put = [&](const std::string& name, const scene::MemoryPicture& picture) {
-        if (!picture.pixels.empty()) {
-            outputs.write((fs::path(folder) / name).string(), pngFileOf(picture));
-        }
-    };
-    const std::vector<scene::MemoryPicture> images = scene::imagePictures(file, scene);
-    for (std::size_t i = 0; i < images.size(); ++i) {
-        put(fmt::format("image_{}.png", i), images[i]);
-    }
-    put("memory.png", scene::memoryPicture(file, scene));
 }
 
-void exportFile(const ExportArguments& arguments, const VxbFile& file) {
-    const scene::Scene scene = scene::makeScene(file);
+/// No output takes the place of a file that was read, or of another output.
+void refuseReplacing(const std::vector<std::string>& inputs, const std::vector<Output>& outputs) {
+    std::vector<std::string> names;
+    std::set<FilePlace> places;
+    for (const Output& output : outputs) {
+        names.push_back(output.name);
+        if (!places.insert(placeOf(output.name)).second) {
+            throw NoModel(fmt::format("{}: two outputs would be this file", output.name));
+        }
+    }
+    requireOthers(inputs, names);
+}
+
+void exportModel(const ExportArguments& arguments, const AnyModel& model) {
+    const scene::Scene scene = scene::makeScene(model.file);
     for (const std::string& warning : scene.warnings) {
         printError(fmt::format("{}: {}", arguments.file, warning));
     }
-    const std::string bytes = gltf::glb(scene, arguments.gltf);
+    std::vector<Output> outputs{{outputName(arguments), gltf::glb(scene, arguments.gltf)}};
+    if (!arguments.textures.empty()) {
+        makeFolder(arguments.textures);
+        addTextures(arguments.textures, model.file, scene, outputs);
+    }
+    refuseReplacing(model.inputs, outputs);
     TemporaryFiles temporaryFiles;
     const SignalWatch signalWatch(temporaryFiles);
-    StagedOutputs outputs(temporaryFiles);
-    outputs.write(outputName(arguments), bytes);
-    if (!arguments.textures.empty()) {
-        writeTextures(arguments.textures, file, scene, outputs);
+    StagedOutputs staged(temporaryFiles);
+    for (const Output& output : outputs) {
+        staged.write(output.name, output.bytes);
     }
-    outputs.commit();
+    staged.commit();
 }
 
 ExitStatus runExport(ExportArguments arguments) {
@@ -115,9 +143,9 @@ ExitStatus runExport(ExportArguments arguments) {
     }
     arguments.gltf.motions = !arguments.noMotions;
     try {
-        const VxbFile file = readAnyModel(arguments.file, arguments.models, outputName(arguments));
-        requireSound(arguments.file, file);
-        mqf2vxb::withMemory([&] { exportFile(arguments, file); });
+        const AnyModel model = readAnyModel(arguments.file, arguments.models);
+        requireSound(arguments.file, model.file);
+        mqf2vxb::withMemory([&] { exportModel(arguments, model); });
         return ExitStatus::good;
     } catch (const mqf2vxb::Report& report) {
         printError(fmt::format("{}: {}", report.place().file, report.cause()));

@@ -1,18 +1,13 @@
 #include "vxbtool/image/image.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <map>
 #include <memory>
-#include <optional>
-#include <set>
 #include <stdexcept>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -25,6 +20,7 @@
 #include "vxbtool/pictures/memory_map.h"
 #include "vxbtool/pictures/options.h"
 #include "vxbtool/pictures/placing.h"
+#include "vxbtool/shared/file_place.h"
 #include "vxbtool/shared/new_files.h"
 #include "vxbtool/shared/printable.h"
 #include "vxbtool/shared/signals.h"
@@ -112,7 +108,7 @@ std::string outputOf(const std::string& picture, const std::string& folder) {
 
 std::vector<std::string> outputsOf(const ImageArguments& arguments) {
     std::vector<std::string> outputs;
-    std::map<std::string, std::string> pictureOf;
+    std::map<FilePlace, std::string> pictureOf;
     for (const std::string& picture : arguments.pictures) {
         outputs.push_back(outputOf(picture, arguments.folder));
         if (std::ranges::any_of(outputs.back(), endsName)) {
@@ -120,8 +116,7 @@ std::vector<std::string> outputsOf(const ImageArguments& arguments) {
                 "--out-dir", fmt::format("no MQF file can name {}: choose a folder without blanks",
                                          outputs.back()));
         }
-        const auto [entry, isNew] =
-            pictureOf.try_emplace(fs::path(outputs.back()).lexically_normal().string(), picture);
+        const auto [entry, isNew] = pictureOf.try_emplace(placeOf(outputs.back()), picture);
         if (!isNew) {
             throw CLI::ValidationError("PICTURE",
                                        fmt::format("{} and {} would both become {}", entry->second,
@@ -129,28 +124,6 @@ std::vector<std::string> outputsOf(const ImageArguments& arguments) {
         }
     }
     return outputs;
-}
-
-void refuseOutputsOverPictures(const ImageArguments& arguments,
-                               const std::vector<std::string>& outputs) {
-    const auto fileOf = [](const std::string& path) -> std::optional<std::pair<dev_t, ino_t>> {
-        struct stat status {};
-        if (stat(path.c_str(), &status) != 0) {
-            return std::nullopt;
-        }
-        return std::pair(status.st_dev, status.st_ino);
-    };
-    std::set<std::pair<dev_t, ino_t>> pictures;
-    for (const std::string& picture : arguments.pictures) {
-        if (const auto file = fileOf(picture)) {
-            pictures.insert(*file);
-        }
-    }
-    for (const std::string& output : outputs) {
-        if (const auto file = fileOf(output); file && pictures.contains(*file)) {
-            throw RefusedPicture(fmt::format("{}: the picture is one of the outputs", output));
-        }
-    }
 }
 
 std::vector<pictures::WantedTexture> wantedTextures(const ImageArguments& arguments) {
@@ -182,7 +155,10 @@ std::string modelLines(const pictures::Placing& placing, const std::vector<std::
 void makeImages(const ImageArguments& arguments, const pictures::PlacingOptions& options,
                 const std::vector<std::string>& outputs) {
     const pictures::Placing placing = pictures::place(wantedTextures(arguments), options);
-    refuseOutputsOverPictures(arguments, outputs);
+    if (const auto replaced = replacedInput(arguments.pictures, outputs)) {
+        throw RefusedPicture(
+            fmt::format("{}: the picture is one of the outputs", replaced->output));
+    }
     if (const std::string obstacle = prepareNewFiles(outputs, arguments.force); !obstacle.empty()) {
         throw RefusedPicture(obstacle);
     }

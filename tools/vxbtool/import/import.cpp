@@ -22,6 +22,7 @@
 #include "vxbtool/import/source.h"
 #include "vxbtool/model_text/model_files_writer.h"
 #include "vxbtool/pictures/options.h"
+#include "vxbtool/shared/file_place.h"
 #include "vxbtool/shared/in_memory.h"
 #include "vxbtool/shared/new_files.h"
 #include "vxbtool/shared/printable.h"
@@ -101,10 +102,9 @@ std::vector<std::string> importOutputs(const ImportArguments& arguments, const I
     }
     for (std::string& path : paths) {
         path = (fs::path(folder) / path).string();
-        std::error_code error;
-        if (fs::equivalent(path, arguments.file, error)) {
-            throw ImportFault(fmt::format("it would be replaced by the output {}", path));
-        }
+    }
+    if (const auto replaced = replacedInput({&arguments.file, 1}, paths)) {
+        throw ImportFault(fmt::format("it would be replaced by the output {}", replaced->output));
     }
     return paths;
 }

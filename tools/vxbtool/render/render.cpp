@@ -100,7 +100,8 @@ void checkNumbers(const Request& request) {
 }
 
 void renderFile(const RenderArguments& arguments) {
-    const mqf2vxb::VxbFile file = readAnyModel(arguments.file, arguments.models, arguments.output);
+    const auto [file, inputs] = readAnyModel(arguments.file, arguments.models);
+    requireOthers(inputs, {&arguments.output, 1});
     requireSound(arguments.file, file);
     const scene::Scene scene = scene::makeScene(file);
     for (const std::string& warning : scene.warnings) {

@@ -1,7 +1,7 @@
 #include "vxbtool/shared/any_model.h"
 
 #include <filesystem>
-#include <system_error>
+#include <utility>
 
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
@@ -9,6 +9,7 @@
 #include "base/diagnostics.h"
 #include "vxb/vxb_reader.h"
 #include "vxbtool/shared/counted.h"
+#include "vxbtool/shared/file_place.h"
 #include "vxbtool/shared/in_memory.h"
 #include "vxbtool/shared/model_files.h"
 #include "vxbtool/shared/scale_option.h"
@@ -28,11 +29,10 @@ bool isModelFile(const std::string& name) {
     return std::filesystem::path(name).extension() == ".mqf";
 }
 
-mqf2vxb::VxbFile readAnyModel(const std::string& name, const AnyModelOptions& options,
-                              const std::string& output) {
+AnyModel readAnyModel(const std::string& name, const AnyModelOptions& options) {
     if (!isModelFile(name)) {
         try {
-            return readVxbFile(name);
+            return {readVxbFile(name), {name}};
         } catch (const UnreadableFile& error) {
             throw NoModel(fmt::format("{}: the file cannot be read: {}", name, error.what()));
         }
@@ -43,15 +43,15 @@ mqf2vxb::VxbFile readAnyModel(const std::string& name, const AnyModelOptions& op
     ModelFiles files(options.base);
     try {
         mqf2vxb::VxbFile file = mqf2vxb::readVxb(convertInMemory(name, run, files));
-        for (const std::string& input : files.opened()) {
-            std::error_code error;
-            if (std::filesystem::equivalent(input, output, error)) {
-                throw NoModel(fmt::format("{}: it would be replaced by the output", input));
-            }
-        }
-        return file;
+        return {std::move(file), files.opened()};
     } catch (const mqf2vxb::Report& report) {
         throw NoModel(fmt::format("{}: {}\n{}", name, report.cause(), report.text()));
+    }
+}
+
+void requireOthers(std::span<const std::string> inputs, std::span<const std::string> outputs) {
+    if (const auto replaced = replacedInput(inputs, outputs)) {
+        throw NoModel(fmt::format("{}: it would be replaced by the output", replaced->input));
     }
 }
 

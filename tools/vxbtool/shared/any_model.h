@@ -1,7 +1,9 @@
 #pragma once
 
+#include <span>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "vxb/vxb_file.h"
 
@@ -29,10 +31,17 @@ public:
 /// Whether a command takes the file for a model, which its ending tells.
 bool isModelFile(const std::string& name);
 
-/// Reads a VXB file, whatever it holds, or converts a model in memory. Throws NoModel, also when
-/// `output`, where the command is going to write, is one of the model's files.
-mqf2vxb::VxbFile readAnyModel(const std::string& name, const AnyModelOptions& options,
-                              const std::string& output = {});
+/// What was read, and the files that it was read from.
+struct AnyModel {
+    mqf2vxb::VxbFile file;
+    std::vector<std::string> inputs;
+};
+
+/// Reads a VXB file, whatever it holds, or converts a model in memory. Throws NoModel.
+AnyModel readAnyModel(const std::string& name, const AnyModelOptions& options);
+
+/// Throws NoModel when one of the outputs would replace a file that the model was read from.
+void requireOthers(std::span<const std::string> inputs, std::span<const std::string> outputs);
 
 /// Throws NoModel when the file has errors.
 void requireSound(const std::string& name, const mqf2vxb::VxbFile& file);

@@ -75,7 +75,9 @@ ExitStatus viewModel(const ViewArguments& arguments, const std::string& output) 
                    "-DMQF2VXB_BUILD_VIEWER=ON");
         return ExitStatus::badInput;
     }
-    const VxbFile file = readAnyModel(arguments.file, arguments.models, output);
+    const AnyModel model = readAnyModel(arguments.file, arguments.models);
+    const VxbFile& file = model.file;
+    requireOthers(model.inputs, {&output, 1});
     mqf2vxb::withMemory(
         [&] { writeOutput(output, pageOf(*pageTemplate, file, pageName(arguments.file))); });
     ExitStatus status = ExitStatus::good;
