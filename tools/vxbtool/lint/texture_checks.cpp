@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <limits>
 #include <optional>
 #include <string_view>
 #include <tuple>
@@ -151,7 +152,7 @@ void checkLines(const LintedModel& linted, Findings& findings) {
 struct PlacedBlock {
     std::size_t image;
     std::string_view part;
-    std::uint32_t contents;  ///< a number that blocks of equal headers and data share
+    std::uint32_t first;  ///< of the blocks with the same header and data
     // The columns from `left` up to `right` and the lines from `top` up to `bottom`.
     std::uint32_t left;
     std::uint32_t right;
@@ -167,7 +168,7 @@ std::string_view bytesOf(const ImageRecord& image, const PxlBlock& block) {
 
 std::vector<PlacedBlock> placedBlocks(const Table<ImageRecord>& images) {
     std::vector<PlacedBlock> blocks;
-    KeyMap<std::string_view, std::uint32_t> numberOfContents;
+    KeyMap<std::string_view, std::uint32_t> firstOfContents;
     const auto place = [&](std::size_t image, std::string_view part, const PxlBlock& block) {
         const std::optional<Extent> extent =
             block.present() ? extentOf(block) : std::optional<Extent>{};
@@ -176,9 +177,9 @@ std::vector<PlacedBlock> placedBlocks(const Table<ImageRecord>& images) {
         }
         const auto [x, y] = block.position();
         const auto number = static_cast<std::uint32_t>(blocks.size());
-        const std::uint32_t contents =
-            numberOfContents.find(bytesOf(images[image], block), [&] { return number; });
-        blocks.push_back({image, part, contents, x, x + extent->width, y, y + extent->height});
+        const std::uint32_t first =
+            firstOfContents.find(bytesOf(images[image], block), [&] { return number; });
+        blocks.push_back({image, part, first, x, x + extent->width, y, y + extent->height});
     };
     for (std::size_t i = 0; i < images.size(); ++i) {
         place(i, "picture", images[i].pixel);
@@ -187,24 +188,44 @@ std::vector<PlacedBlock> placedBlocks(const Table<ImageRecord>& images) {
     return blocks;
 }
 
-/// Reports a block that overlaps one before it, once. Blocks that are the same do no harm.
+/// Reports a block that overlaps one before it, once. Blocks that are the same do no harm, and are
+/// looked at as one: however often a model names a file, what covers a line has data of its own there.
 class OverlapCheck {
 public:
     OverlapCheck(const LintedModel& linted, Findings& findings)
         : linted_(linted),
           findings_(findings),
           blocks_(placedBlocks(linted.model.images)),
-          reported_(blocks_.size()) {}
+          overlapped_(blocks_.size(), none) {}
+
+    void check() {
+        findOverlaps();
+        for (std::uint32_t i = 0; i < blocks_.size(); ++i) {
+            const PlacedBlock& block = blocks_[i];
+            const std::uint32_t earlier = overlapped_[block.first];
+            if (earlier < i) {
+                const PlacedBlock& other = blocks_[earlier];
+                findings_.add(kind::imageOverlap, linted_.source.image(block.image),
+                              fmt::arg("part", block.part), fmt::arg("image", block.image),
+                              fmt::arg("otherPart", other.part), fmt::arg("other", other.image));
+            }
+        }
+    }
+
+private:
+    static constexpr std::uint32_t none = std::numeric_limits<std::uint32_t>::max();
 
     /// Looks only at the lines where a block begins or ends: the lines between are as the one
     /// before them.
-    void check() {
+    void findOverlaps() {
         std::vector<std::uint32_t> lines;
-        std::vector<std::uint32_t> waiting(blocks_.size());
-        for (std::size_t i = 0; i < blocks_.size(); ++i) {
-            lines.push_back(blocks_[i].top);
-            lines.push_back(blocks_[i].bottom);
-            waiting[i] = static_cast<std::uint32_t>(i);
+        std::vector<std::uint32_t> waiting;
+        for (std::uint32_t i = 0; i < blocks_.size(); ++i) {
+            if (blocks_[i].first == i) {
+                lines.push_back(blocks_[i].top);
+                lines.push_back(blocks_[i].bottom);
+                waiting.push_back(i);
+            }
         }
         std::sort(lines.begin(), lines.end());
         lines.erase(std::unique(lines.begin(), lines.end()), lines.end());
@@ -222,17 +243,17 @@ public:
             std::sort(covering.begin(), covering.end(), [&](std::uint32_t a, std::uint32_t b) {
                 return std::tuple(blocks_[a].left, a) < std::tuple(blocks_[b].left, b);
             });
-            checkLine(covering);
+            findInLine(covering);
         }
     }
 
-private:
     /// Takes the blocks that cover a line, from left to right.
-    void checkLine(const std::vector<std::uint32_t>& covering) {
+    void findInLine(const std::vector<std::uint32_t>& covering) {
         std::optional<std::uint32_t> widest;  // of the blocks so far, the one that ends last
         for (const std::uint32_t block : covering) {
             if (widest && blocks_[block].left < blocks_[*widest].right) {
-                checkPair(std::min(*widest, block), std::max(*widest, block));
+                overlapped_[block] = std::min(overlapped_[block], *widest);
+                overlapped_[*widest] = std::min(overlapped_[*widest], block);
             }
             if (!widest || blocks_[block].right > blocks_[*widest].right) {
                 widest = block;
@@ -240,21 +261,10 @@ private:
         }
     }
 
-    void checkPair(std::uint32_t earlier, std::uint32_t later) {
-        const PlacedBlock& one = blocks_[later];
-        const PlacedBlock& other = blocks_[earlier];
-        if (!reported_[later] && one.contents != other.contents) {
-            reported_[later] = true;
-            findings_.add(kind::imageOverlap, linted_.source.image(one.image),
-                          fmt::arg("part", one.part), fmt::arg("image", one.image),
-                          fmt::arg("otherPart", other.part), fmt::arg("other", other.image));
-        }
-    }
-
     const LintedModel& linted_;
     Findings& findings_;
     std::vector<PlacedBlock> blocks_;
-    std::vector<bool> reported_;
+    std::vector<std::uint32_t> overlapped_;  // by first blocks: the first one that was found
 };
 
 void checkUse(const LintedModel& linted, Findings& findings) {
