@@ -162,17 +162,26 @@ def one_motion_many_times(n):
                  hierarchy(1, ["0 3 0-2"]), [f"NCLP={n}", *slots], m_clp=motion)
 
 
-def one_image_many_times(n, columns=64, lines_high=256):
+def image(columns, lines_high, line=0):
     half = (columns * lines_high + 1) // 2
-    words = [0x10, 2, 4 * (3 + half), 0, lines_high << 16 | columns, *[7] * half]
-    image = b"".join(word.to_bytes(4, "little") for word in words).decode("latin-1")
-    slots = [f"TEX[{i}]=m.pxl" for i in range(n)]
+    words = [0x10, 2, 4 * (3 + half), line << 16, lines_high << 16 | columns, *[7] * half]
+    return b"".join(word.to_bytes(4, "little") for word in words).decode("latin-1")
+
+
+def images(names, **files):
+    slots = [f"TEX[{i}]={name}.pxl" for i, name in enumerate(names)]
     return model(geometry(3, [triangle(0, 1, 2)]), materials(["0 1 F C 1 2 3"]),
-                 hierarchy(1, ["0 3 0-2"]), [f"NTEX={n}", *slots], m_pxl=image)
+                 hierarchy(1, ["0 3 0-2"]), [f"NTEX={len(names)}", *slots], **files)
 
 
-def one_tall_image_many_times(n):
-    return one_image_many_times(n, 1, 65535)
+def one_image_many_times(n):
+    return images(["m"] * n, m_pxl=image(64, 256))
+
+
+def tall_image_among_small_ones(n):
+    """An image that covers every line, named as often as there are images at lines of their own."""
+    small = {f"s{i}_pxl": image(1, 1, 2 * i) for i in range(n)}
+    return images(["m"] * n + [f"s{i}" for i in range(n)], m_pxl=image(1, 65535), **small)
 
 
 def normals_of_no_length(n):
@@ -270,7 +279,7 @@ GROWING = [
     (one_motion_many_times, 100, CONVERT),
     (one_image_many_times, 150, CONVERT),
     (one_image_many_times, 150, LINT),
-    (one_tall_image_many_times, 100, LINT),
+    (tall_image_among_small_ones, 1500, LINT),
     (normals_of_no_length, 50000, LINT),
     (normals_of_no_length, 50000, LINT_ALL),
     (long_words, 1000, LINT),

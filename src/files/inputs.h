@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <vector>
 
@@ -24,7 +25,8 @@ public:
 
     /// Reads a whole file; one that cannot be opened is reported.
     [[nodiscard]] FileContents open(const std::string& name);
-    /// At least the first `most` bytes of a file; all bytes when there is an observer.
+    /// At least the first `most` bytes of a file. When there is an observer, all bytes, which files
+    /// of the same name share.
     [[nodiscard]] FileStart openStart(const std::string& name, std::size_t most);
     /// Every file opened so far, in order.
     [[nodiscard]] const std::vector<std::string>& names() const { return names_; }
@@ -44,6 +46,7 @@ private:
     InputFiles& files_;
     InputObserver* observer_;
     std::vector<std::string> names_;
+    std::map<std::string, FileContents> shared_;  // by their names; only with an observer
 };
 
 }  // namespace mqf2vxb
