@@ -277,6 +277,7 @@ GROWING = [
     (overlapping_ranges, 1000, CONVERT),
     (overlapping_ranges, 500, LINT),
     (one_motion_many_times, 100, CONVERT),
+    (one_motion_many_times, 100, LINT),
     (one_image_many_times, 150, CONVERT),
     (one_image_many_times, 150, LINT),
     (tall_image_among_small_ones, 1500, LINT),

@@ -235,7 +235,9 @@ void checkMotions(const LintedModel& linted, Findings& findings) {
     const Table<MotionRecord>& motions = linted.model.motions;
     std::vector<bool> used = usedKeyFrames(motions);
     for (std::size_t i = 0; i < motions.size(); ++i) {
-        MotionCheck(linted, i, used, findings).check();
+        if (linted.source.motions[i] != nullptr) {
+            MotionCheck(linted, i, used, findings).check();
+        }
     }
 }
 

@@ -1,5 +1,7 @@
 #include "vxbtool/lint/source_map.h"
 
+#include <set>
+
 #include "vxbtool/lint/description_checks.h"
 
 namespace vxbtool::lint {
@@ -12,7 +14,7 @@ SourceMap::SourceMap(const Trace& trace, const FilesOfParts& parts, const mqf2vx
       coordinates_(model.coordinates.size()) {
     const auto fileOf = [&](ModelPart part) {
         const PartFiles& files = parts[static_cast<std::size_t>(part)];
-        return files.first < files.end ? &trace.files()[files.first] : nullptr;
+        return files.first < files.end ? trace.readings()[files.first] : nullptr;
     };
     mqf = fileOf(ModelPart::description);
     geo = fileOf(ModelPart::geometry);
@@ -22,8 +24,10 @@ SourceMap::SourceMap(const Trace& trace, const FilesOfParts& parts, const mqf2vx
     frm = fileOf(ModelPart::coordinates);
     sqx = fileOf(ModelPart::groups);
     const PartFiles& motionFiles = parts[static_cast<std::size_t>(ModelPart::motions)];
+    std::set<const TracedFile*> met;
     for (std::size_t i = motionFiles.first; i < motionFiles.end; ++i) {
-        motions.push_back(&trace.files()[i]);
+        const TracedFile* file = trace.readings()[i];
+        motions.push_back(met.insert(file).second ? file : nullptr);
     }
     imageOffsets_ = imageLines(*mqf, model.images.size());
 }

@@ -11,7 +11,7 @@
 
 namespace vxbtool::lint {
 
-/// The files of each part of a model: numbers in a trace.
+/// The files of each part of a model: numbers among a trace's readings.
 struct PartFiles {
     std::size_t first = 0;
     std::size_t end = 0;
@@ -32,7 +32,7 @@ public:
     const TracedFile* axs = nullptr;
     const TracedFile* frm = nullptr;
     const TracedFile* sqx = nullptr;
-    std::vector<const TracedFile*> motions;  ///< by slot
+    std::vector<const TracedFile*> motions;  ///< by slot; null where an earlier slot has the same
 
     [[nodiscard]] SourcePlace image(std::size_t slot) const;
     // A word of a line of the GEO file.

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -43,7 +44,8 @@ struct TracedFile {
     bool whole = false;                 ///< the reader took all that it wanted
 };
 
-/// Keeps what the readers of one conversion take from its text files, in the order of reading.
+/// Keeps what the readers of one conversion take from its text files, in the order of reading. A file
+/// that several slots of a part name is kept once.
 class Trace final : public mqf2vxb::InputObserver {
 public:
     void opened(const std::string& name, std::string_view contents) override;
@@ -58,19 +60,25 @@ public:
     void endPart(bool failed);
 
     [[nodiscard]] const std::deque<TracedFile>& files() const { return files_; }
+    /// The files again, one as often as it was read.
+    [[nodiscard]] const std::vector<const TracedFile*>& readings() const { return readings_; }
     /// Whether a file was opened, a text file or not.
     [[nodiscard]] bool wasOpened(const std::string& name) const { return opened_.contains(name); }
 
 private:
+    void begin();
     [[nodiscard]] std::size_t offsetOf(const char* place) const {
         return static_cast<std::size_t>(place - contents_.data());
     }
 
     std::deque<TracedFile> files_;  // their lines view into their texts: no entry moves
+    std::vector<const TracedFile*> readings_;
+    std::map<std::string, std::size_t> latest_;  // by their names, the files read last
     std::set<std::string> opened_;
     std::string name_;  // of the file opened last, a text file or not
     std::string_view contents_;
-    bool begun_ = false;        // the file opened last has an entry in files_
+    bool begun_ = false;        // the file opened last has an entry in readings_
+    bool repeated_ = false;     // and is kept already
     std::size_t finished_ = 0;  // files of the parts that have ended
 };
 

@@ -69,7 +69,7 @@ void WatchedModel::make(const std::string& mqfName, const RunOptions& options, I
 void WatchedModel::readParts(const std::string& mqfName, Inputs& inputs) {
     for (const ModelPart part : modelParts) {
         PartFiles& files = files_[indexOf(part)];
-        files.first = trace_.files().size();
+        files.first = trace_.readings().size();
         if (canBeRead(part)) {
             try {
                 readPart(part, mqfName, inputs, model_);
@@ -78,7 +78,7 @@ void WatchedModel::readParts(const std::string& mqfName, Inputs& inputs) {
             }
         }
         trace_.endPart(hasFailed(part));
-        files.end = trace_.files().size();
+        files.end = trace_.readings().size();
     }
 }
 
