@@ -29,9 +29,15 @@ class SourceFiles final : public Assimp::DefaultIOSystem {
 public:
     explicit SourceFiles(const SourceOptions& options) : options_(options) {}
 
+    /// By default that opens the file, and waits for what a pipe has to say.
+    [[nodiscard]] bool Exists(const char* file) const override {
+        std::error_code error;
+        return fs::is_regular_file(file, error);
+    }
+
     Assimp::IOStream* Open(const char* file, const char* mode) override {
         std::error_code error;
-        if (mode == nullptr || mode[0] != 'r' || !fs::is_regular_file(file, error)) {
+        if (mode == nullptr || mode[0] != 'r' || !Exists(file)) {
             return nullptr;
         }
         const std::uintmax_t size = fs::file_size(file, error);
