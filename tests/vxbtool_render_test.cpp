@@ -2,6 +2,8 @@
 
 #include <array>
 #include <cmath>
+#include <numbers>
+#include <random>
 #include <sstream>
 #include <utility>
 
@@ -10,7 +12,9 @@
 #include "support/model_cases.h"
 #include "support/test_folder.h"
 #include "vxb/vxb_reader.h"
+#include "vxbtool/render/coverage.h"
 #include "vxbtool/render/request.h"
+#include "vxbtool/scene/placements.h"
 
 namespace vxbtool {
 namespace {
@@ -183,6 +187,73 @@ TEST_F(Render, VariantsOfTheSampleLookAlikeAndAsStored) {
             }
         }
     }
+}
+
+/// The pixels of a view whose rays, from a viewer this far from the origin, meet a triangle.
+int pixelsThatMeet(const std::array<scene::Vector3, 3>& triangle, const render::Camera& camera,
+                   float distance, std::uint32_t side) {
+    using scene::cross, scene::minus;
+    const auto dot = [](const scene::Vector3& a, const scene::Vector3& b) {
+        return a[0] * b[0] + a[1] * b[1] + a[2] * b[2];
+    };
+    const scene::Vector3 eye = camera.fromViewer({0, 0, distance});
+    const auto toCorner = [&](std::size_t i) { return minus(triangle.at(i % 3), eye); };
+    const float slope = std::tan(15 * std::numbers::pi_v<float> / 180);
+    int number = 0;
+    for (std::uint32_t i = 0; i < side * side; ++i) {
+        const auto place = [&](std::uint32_t pixel) {
+            return slope * ((2 * static_cast<float>(pixel) + 1) / static_cast<float>(side) - 1);
+        };
+        const scene::Vector3 ray = camera.fromViewer({place(i % side), place(i / side), -1});
+        // It runs through the triangle when it has all edges on one side, and forward.
+        std::array<int, 2> sides{};
+        for (std::size_t k = 0; k < 3; ++k) {
+            ++sides[dot(cross(toCorner(k), toCorner(k + 1)), ray) > 0 ? 1 : 0];
+        }
+        const scene::Vector3 normal =
+            cross(minus(triangle[1], triangle[0]), minus(triangle[2], triangle[0]));
+        const bool forward = dot(normal, toCorner(0)) * dot(normal, ray) > 0;
+        number += (sides[0] == 3 || sides[1] == 3) && forward ? 1 : 0;
+    }
+    return number;
+}
+
+TEST(RenderCoverage, IsWhatRaysMeet) {
+    std::mt19937 random(7);
+    std::uniform_real_distribution<float> place(-100, 100);
+    constexpr std::uint32_t side = 120;
+    int inside = 0;
+    for (int round = 0; round < 300; ++round) {
+        const float distance = static_cast<float>(round % 30) * 10;
+        render::Camera camera({place(random), place(random) / 2}, side, side);
+        camera.setDistance(distance);
+        std::array<scene::Vector3, 3> triangle;
+        std::array<render::Vertex, 3> vertices;
+        for (std::size_t i = 0; i < 3; ++i) {
+            vertices[i].place = triangle[i] = {place(random), place(random), place(random)};
+        }
+        camera.setDepths(triangle);
+        const int met = pixelsThatMeet(triangle, camera, distance, side);
+        EXPECT_NEAR(render::coveredPixels(camera, {0, 0, side, side}, vertices), met, side / 2)
+            << round;
+        inside += met > 0 ? 1 : 0;
+    }
+    EXPECT_GT(inside, 100);
+}
+
+TEST_F(Render, RefusesThousandsOfPolygonsBehindEachOther) {
+    mqf2vxb::tests::ModelFiles model;
+    model.geo = "3 0 3000;0;100;0 100";
+    for (int i = 0; i < 3000; ++i) {
+        model.geo += ";0 0 1 2";
+    }
+    model.srf = "1;0-2999 1 F C 1 2 3";
+    const scene::Scene scene =
+        scene::makeScene(mqf2vxb::readVxb(convertFiles(model).outputs.at("m.vxb")));
+    render::Request request;
+    EXPECT_THROW(render::drawPng(scene, request), render::RenderFault);
+    request.width = request.height = 100;
+    EXPECT_NO_THROW(render::drawPng(scene, request));
 }
 
 /// Runs the program in a folder with a small model in it.

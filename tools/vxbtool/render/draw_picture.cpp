@@ -4,6 +4,7 @@
 
 #include <fmt/core.h>
 
+#include "vxbtool/render/coverage.h"
 #include "vxbtool/render/drawing.h"
 #include "vxbtool/render/egl_context.h"
 #include "vxbtool/render/picture.h"
@@ -49,6 +50,22 @@ std::vector<Camera> camerasOf(const Request& request, const std::vector<PixelAre
         camera.setDepths(triangles.places);
     }
     return cameras;
+}
+
+/// Triangles that lie behind each other are drawn pixel by pixel, thousands of times over the picture
+/// if they are so large; those of real models cover it some times.
+void checkCoverage(const Request& request, const std::vector<PixelArea>& views,
+                   const std::vector<Camera>& cameras, const Triangles& triangles) {
+    const double most = mostCovered + mostCoveredPerPixel * request.width * request.height;
+    double covered = 0;
+    for (std::size_t i = 0; i < views.size() && covered <= most; ++i) {
+        covered += coveredPixels(cameras[i], views[i], triangles.vertices);
+    }
+    if (covered > most) {
+        throw RenderFault(fmt::format("its polygons cover more than {:.0f} pixels, most of them "
+                                      "behind others; a smaller --size needs fewer",
+                                      most));
+    }
 }
 
 std::array<float, 4> backgroundOf(const Request& request) {
@@ -103,6 +120,7 @@ std::string drawPng(const Scene& scene, const Request& request) {
                 : "it has no polygons to draw");
     }
     const std::vector<Camera> cameras = camerasOf(request, views, triangles);
+    checkCoverage(request, views, cameras, triangles);
 
     const EglContext context;
     const Tile tile(context.gl());

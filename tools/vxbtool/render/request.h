@@ -16,6 +16,11 @@ inline constexpr std::uint64_t mostPixels = std::uint64_t{1} << 26U;
 /// The most views of a sheet.
 inline constexpr std::uint32_t mostViews = 256;
 
+/// The most pixels that the triangles of a picture cover, each triangle by itself: of any picture, and
+/// more for each pixel of it.
+inline constexpr double mostCovered = std::uint64_t{1} << 26U;
+inline constexpr double mostCoveredPerPixel = 32;
+
 /// From where a model is seen, in degrees.
 struct Direction {
     float turn = 30;  ///< 0 sees its front, 90 its left side
