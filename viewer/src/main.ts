@@ -49,7 +49,7 @@ async function makeModel(): Promise<Model | null> {
   try {
     const model = await loadModel(readGlb());
     const looks = new Looks();
-    [...model.meshes.values()].flat().forEach((mesh) => looks.apply(mesh));
+    model.meshes.all().forEach((mesh) => looks.apply(mesh));
     return model;
   } catch (error) {
     fail("The model in this page cannot be read.", error);
@@ -58,7 +58,7 @@ async function makeModel(): Promise<Model | null> {
 }
 
 function show(stage: Stage, model: Model, data: ModelData): void {
-  const meshes = [...model.meshes.values()].flat();
+  const meshes = model.meshes.all();
   stage.scene.add(model.root);
   const whole = boxOf(meshes);
   const radius = whole.isEmpty() ? 1 : Math.max(whole.getBoundingSphere(new Sphere()).radius, 1e-3);

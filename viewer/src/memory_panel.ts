@@ -92,9 +92,12 @@ function middleOf({ x, y, width, height }: Rectangle): Texel {
 
 /** The part of image memory that images cover. */
 function usedPart(memory: Memory, places: readonly ImagePlace[]): Rectangle {
-  const x = Math.min(...places.map((place) => place.x));
-  const y = Math.min(...places.map((place) => place.y));
-  const right = Math.max(...places.map((place) => place.x + place.width));
+  let [x, y, right] = [Infinity, Infinity, 0];
+  for (const place of places) {
+    x = Math.min(x, place.x);
+    y = Math.min(y, place.y);
+    right = Math.max(right, place.x + place.width);
+  }
   return { x, y, width: Math.min(memory.width, right) - x, height: memory.height - y };
 }
 

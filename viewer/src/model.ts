@@ -11,6 +11,8 @@ import {
 } from "three";
 import { GLTFLoader } from "three/examples/jsm/loaders/GLTFLoader.js";
 
+import { Lists } from "./lists.js";
+
 /** Who draws a mesh: a coordinate by its number, the coordinates of its corners, or nobody. */
 export type PartId = number | "shared" | "origin";
 
@@ -21,7 +23,7 @@ export interface Model {
   root: Group;
   /** The nodes of the coordinates by number. */
   nodes: Map<number, Object3D>;
-  meshes: Map<PartId, Mesh[]>;
+  meshes: Lists<PartId, Mesh>;
   partOf: Map<Object3D, PartId>;
   /** By the number of the motion; one that moves nothing has none. */
   motions: Map<number, AnimationClip>;
@@ -71,7 +73,7 @@ export async function loadModel(glb: ArrayBuffer): Promise<Model> {
   const model: Model = {
     root: gltf.scene,
     nodes: new Map(),
-    meshes: new Map(),
+    meshes: new Lists(),
     partOf: new Map(),
     motions: new Map(gltf.animations.map((clip) => [motionNumber(clip), clip])),
   };
@@ -82,7 +84,7 @@ export async function loadModel(glb: ArrayBuffer): Promise<Model> {
     }
     if (object instanceof Mesh) {
       const part = partOf(object);
-      model.meshes.set(part, [...(model.meshes.get(part) ?? []), object]);
+      model.meshes.add(part, object);
       model.partOf.set(object, part);
       // Its box is that of rest.
       object.frustumCulled = !(object instanceof SkinnedMesh);

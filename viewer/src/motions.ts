@@ -1,6 +1,14 @@
-import { AnimationMixer, LoopOnce, type AnimationAction, type AnimationClip, type Object3D } from "three";
+import {
+  AnimationClip,
+  AnimationMixer,
+  LoopOnce,
+  type AnimationAction,
+  type KeyframeTrack,
+  type Object3D,
+} from "three";
 
 import type { Motion } from "./data.js";
+import { Lists } from "./lists.js";
 
 /** One coordinate of the motion that plays: its round is its own. */
 interface Round {
@@ -126,16 +134,22 @@ export class MotionPlayer {
   /** Each coordinate gets an action of its own, because rounds have lengths of their own. */
   private start(): void {
     const clip = this.clips.get(this.chosen);
+    if (!clip) {
+      return;
+    }
+    const tracksOf = new Lists<string, KeyframeTrack>();
+    for (const track of clip.tracks) {
+      tracksOf.add(track.name.slice(0, track.name.lastIndexOf(".")), track);
+    }
     for (const track of this.motions[this.chosen]?.tracks ?? []) {
       const node = this.nodeOf(track.coordinate);
-      const part = clip?.clone();
-      if (!part || !node) {
+      if (!node) {
         continue;
       }
-      part.name = `${part.name} ${track.coordinate}`;
-      part.tracks = part.tracks.filter(
-        ({ name }) => name.startsWith(`${node.uuid}.`) || name.startsWith(`${node.name}.`),
-      );
+      const part = new AnimationClip(`${clip.name} ${track.coordinate}`, clip.duration, [
+        ...tracksOf.of(node.uuid),
+        ...tracksOf.of(node.name),
+      ]);
       const action = this.mixer.clipAction(part);
       action.setLoop(LoopOnce, 1);
       action.clampWhenFinished = true;

@@ -1,6 +1,7 @@
 import { Color, MeshBasicMaterial, type Mesh } from "three";
 
 import type { ModelData } from "./data.js";
+import { Lists } from "./lists.js";
 import { hiddenLayer, overlayOf, type Model, type PartId } from "./model.js";
 
 /** The parts of the model: what is shown and what is lit up. */
@@ -46,12 +47,12 @@ export class Parts {
     return !this.hidden.has(part);
   }
 
-  meshesOf(part: PartId): Mesh[] {
-    return this.model.meshes.get(part) ?? [];
+  meshesOf(part: PartId): readonly Mesh[] {
+    return this.model.meshes.of(part);
   }
 
   shownMeshes(): Mesh[] {
-    return [...this.model.meshes].flatMap(([part, meshes]) => (this.isShown(part) ? meshes : []));
+    return [...this.model.meshes.entries()].flatMap(([part, meshes]) => (this.isShown(part) ? meshes : []));
   }
 
   /** The part itself and all that hangs on it. */
@@ -84,7 +85,8 @@ export class Parts {
   }
 
   showOnly(parts: readonly PartId[]): void {
-    this.show(this.order.map(({ id }) => id).filter((id) => !parts.includes(id)), false);
+    const kept = new Set(parts);
+    this.show(this.order.map(({ id }) => id).filter((id) => !kept.has(id)), false);
     this.show(parts, true);
   }
 
@@ -112,15 +114,19 @@ export class Parts {
   }
 
   private addTree(data: ModelData): void {
-    const children = new Map<number | null, number[]>();
-    this.parents.forEach((parent, coordinate) => {
-      children.set(parent, [...(children.get(parent) ?? []), coordinate]);
-    });
-    const open = (children.get(null) ?? []).map((id) => ({ id, depth: 0 })).reverse();
+    const children = new Lists<number | null, number>();
+    this.parents.forEach((parent, coordinate) => children.add(parent, coordinate));
+    const open: { id: number; depth: number }[] = [];
+    const openAll = (parent: number | null, depth: number) => {
+      for (const id of [...children.of(parent)].reverse()) {
+        open.push({ id, depth });
+      }
+    };
+    openAll(null, 0);
     for (let next = open.pop(); next; next = open.pop()) {
       const { id, depth } = next;
       this.order.push({ id, depth, polygons: data.coordinates[id]!.polygons });
-      open.push(...(children.get(id) ?? []).map((child) => ({ id: child, depth: depth + 1 })).reverse());
+      openAll(id, depth + 1);
     }
   }
 }
