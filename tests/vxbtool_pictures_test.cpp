@@ -10,6 +10,7 @@
 #include "support/test_folder.h"
 #include "vxb/vxb_reader.h"
 #include "vxbtool/pictures/placing.h"
+#include "vxbtool/pictures/texel_budget.h"
 #include "vxbtool/shared/in_memory.h"
 
 namespace vxbtool::pictures {
@@ -85,6 +86,23 @@ TEST(Pictures, EveryFormatIsRead) {
     const Picture photo = readPicture(dataFile("small.jpg"));
     EXPECT_EQ(photo.width, 8U);
     EXPECT_EQ(photo.height, 4U);
+}
+
+TEST(Pictures, FilesOfFewBytesHaveABudgetOfTexelsTogether) {
+    mqf2vxb::tests::MemoryFileSystem files({{"small.png", dataFile("small.png")}});
+    TexelBudget budget;
+    budget.add(std::uint64_t{1} << 30U, 1000);
+    EXPECT_THROW(readPictureFile("small.png", files, budget), PictureFault);
+    budget.add(0, std::uint64_t{1} << 22U);
+    EXPECT_EQ(readPictureFile("small.png", files, budget), smallPicture(true));
+    TexelBudget own;
+    for (int i = 0; i < 1000; ++i) {
+        readPictureFile("small.png", files, own);
+    }
+    own.add((std::uint64_t{1} << 27U) + 1000 * (256 * files.inputs["small.png"].size() - 32), 0);
+    EXPECT_NO_THROW(own.require());
+    own.add(1, 0);
+    EXPECT_THROW(own.require(), PictureFault);
 }
 
 /// A file that is cut off is refused, unless only what nobody needs is missing.

@@ -8,6 +8,7 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -20,6 +21,7 @@
 #include "vxbtool/pictures/memory_map.h"
 #include "vxbtool/pictures/options.h"
 #include "vxbtool/pictures/placing.h"
+#include "vxbtool/pictures/texel_budget.h"
 #include "vxbtool/shared/file_place.h"
 #include "vxbtool/shared/new_files.h"
 #include "vxbtool/shared/printable.h"
@@ -129,11 +131,18 @@ std::vector<std::string> outputsOf(const ImageArguments& arguments) {
 std::vector<pictures::WantedTexture> wantedTextures(const ImageArguments& arguments) {
     std::vector<pictures::WantedTexture> wanted;
     mqf2vxb::DiskInputFiles files;
+    pictures::TexelBudget budget;
+    const pictures::Edges edges =
+        arguments.repeat ? pictures::Edges::repeat : pictures::Edges::clamp;
     for (const std::string& name : arguments.pictures) {
         try {
-            wanted.push_back({pictures::readPictureFile(name, files),
+            pictures::Picture picture = pictures::readPictureFile(name, files, budget);
+            const auto [width, height] = std::pair(picture.width, picture.height);
+            wanted.push_back({pictures::shrunk(std::move(picture), edges),
                               {coloursOf(arguments.depth), !arguments.noDither, arguments.mark},
-                              arguments.repeat});
+                              arguments.repeat,
+                              width,
+                              height});
         } catch (const pictures::PictureFault& fault) {
             throw RefusedPicture(fmt::format("{}: {}", name, fault.what()));
         }

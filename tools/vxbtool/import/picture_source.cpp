@@ -93,32 +93,20 @@ std::string PictureSource::find(const std::string& name) {
 }
 
 Picture PictureSource::load(const std::string& found) {
-    // A picture of one colour has a thousand texels for a byte; real ones have some tens.
-    constexpr std::uint64_t manyTexels = std::uint64_t{1} << 27U;
-    constexpr std::uint64_t texelsPerByte = 256;
-    if (texels_ > manyTexels + bytes_ * texelsPerByte) {
-        throw PictureFault(
-            "the pictures before it have too many texels for the size of their files");
-    }
-    Picture picture;
     if (const aiTexture* texture = embedded(found)) {
-        picture = embeddedPicture(*texture);
-        bytes_ += texture->mHeight == 0
-                      ? texture->mWidth
-                      : sizeof(aiTexel) * std::uint64_t{texture->mWidth} * texture->mHeight;
-    } else {
-        mqf2vxb::DiskInputFiles files;
-        try {
-            picture = pictures::readPictureFile(found, files);
-        } catch (const mqf2vxb::Report& report) {
-            throw PictureFault(report.cause());
-        }
-        std::error_code error;
-        const std::uintmax_t size = fs::file_size(found, error);
-        bytes_ += error ? 0 : size;
+        budget_.require();
+        Picture picture = embeddedPicture(*texture);
+        budget_.add(picture.texels.size(), texture->mHeight == 0
+                                               ? texture->mWidth
+                                               : sizeof(aiTexel) * picture.texels.size());
+        return picture;
     }
-    texels_ += picture.texels.size();
-    return picture;
+    mqf2vxb::DiskInputFiles files;
+    try {
+        return pictures::readPictureFile(found, files, budget_);
+    } catch (const mqf2vxb::Report& report) {
+        throw PictureFault(report.cause());
+    }
 }
 
 /// A file of the path's folder whose name differs in its case only.

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdint>
 #include <filesystem>
 #include <map>
 #include <optional>
@@ -9,6 +8,7 @@
 #include <assimp/scene.h>
 
 #include "vxbtool/pictures/picture.h"
+#include "vxbtool/pictures/texel_budget.h"
 
 namespace vxbtool::importing {
 
@@ -35,8 +35,7 @@ private:
     std::filesystem::path folder_;  ///< the model's
     /// Of the folders that were looked through, the files by their names in lower case.
     std::map<std::filesystem::path, std::map<std::string, std::filesystem::path>> listings_;
-    std::uint64_t texels_ = 0;
-    std::uint64_t bytes_ = 0;
+    pictures::TexelBudget budget_;
 };
 
 }  // namespace vxbtool::importing

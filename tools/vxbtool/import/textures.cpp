@@ -41,20 +41,6 @@ Uses findUses(const Materials& materials, const Shape& shape) {
     return uses;
 }
 
-/// No larger than what textures are made from; many materials would fill the memory.
-Picture shrunk(Picture picture, pictures::Edges edges) {
-    constexpr std::uint32_t most = 2 * pictures::longestTexture;
-    const std::uint32_t longest = std::max(picture.width, picture.height);
-    if (longest <= most) {
-        return picture;
-    }
-    const auto side = [&](std::uint32_t texels) {
-        return std::max<std::uint32_t>(
-            1, static_cast<std::uint32_t>(std::uint64_t{texels} * most / longest));
-    };
-    return pictures::resized(picture, side(picture.width), side(picture.height), edges);
-}
-
 /// The pictures of materials whose texture polygons show.
 struct FoundPictures {
     std::vector<std::string> ofMaterial;  ///< as PictureSource has them; empty where there is none
@@ -150,9 +136,9 @@ Textures placeTextures(const aiScene& scene, const std::string& file, const Mate
         const auto [at, isNew] = loaded.try_emplace(id);
         if (isNew) {
             try {
-                at->second =
-                    shrunk(source.load(id), found.repeated.contains(id) ? pictures::Edges::repeat
-                                                                        : pictures::Edges::clamp);
+                at->second = pictures::shrunk(source.load(id), found.repeated.contains(id)
+                                                                   ? pictures::Edges::repeat
+                                                                   : pictures::Edges::clamp);
             } catch (const pictures::PictureFault& fault) {
                 result.missing.push_back({material.texture->name, fault.what()});
             }

@@ -15,6 +15,8 @@
 
 #include <fmt/core.h>
 
+#include "vxbtool/pictures/texel_budget.h"
+
 namespace vxbtool::pictures {
 namespace {
 
@@ -123,12 +125,15 @@ Picture readPicture(std::string_view bytes) {
     return picture;
 }
 
-Picture readPictureFile(const std::string& name, mqf2vxb::InputFiles& files) {
+Picture readPictureFile(const std::string& name, mqf2vxb::InputFiles& files, TexelBudget& budget) {
+    budget.require();
     const std::optional<mqf2vxb::FileContents> contents = files.read(name);
     if (!contents) {
         throw PictureFault(fmt::format("the file cannot be read: {}", std::strerror(errno)));
     }
-    return readPicture(contents->text());
+    Picture picture = readPicture(contents->text());
+    budget.add(picture.texels.size(), contents->text().size());
+    return picture;
 }
 
 Picture resized(const Picture& picture, std::uint32_t width, std::uint32_t height, Edges edges) {

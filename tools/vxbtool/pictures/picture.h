@@ -40,9 +40,11 @@ inline constexpr std::uint32_t longestSide = 16384;
 /// cut off, larger than the limits, or much larger than its bytes can hold throws PictureFault.
 Picture readPicture(std::string_view bytes);
 
-/// The same from a file. One that cannot be opened throws PictureFault, one that InputFiles refuses
-/// mqf2vxb::Report.
-Picture readPictureFile(const std::string& name, mqf2vxb::InputFiles& files);
+class TexelBudget;
+
+/// The same from a file, within the budget. One that cannot be opened throws PictureFault, one that
+/// InputFiles refuses mqf2vxb::Report.
+Picture readPictureFile(const std::string& name, mqf2vxb::InputFiles& files, TexelBudget& budget);
 
 /// What lies beyond the edges of a picture when it is resized: its last texels, or the picture again.
 enum class Edges : std::uint8_t { clamp, repeat };

@@ -56,16 +56,22 @@ std::uint32_t windowSide(std::uint32_t side, std::uint32_t largest) {
     return std::clamp(nearest, shortestSide, std::bit_floor(std::max(largest, shortestSide)));
 }
 
+std::uint32_t widthOf(const WantedTexture& wanted) {
+    return wanted.width > 0 ? wanted.width : wanted.picture.width;
+}
+std::uint32_t heightOf(const WantedTexture& wanted) {
+    return wanted.height > 0 ? wanted.height : wanted.picture.height;
+}
+
 Item itemOf(const WantedTexture& wanted, std::uint32_t largest) {
-    const Picture& picture = wanted.picture;
-    const double longest = std::max(picture.width, picture.height);
+    const double longest = std::max(widthOf(wanted), heightOf(wanted));
     const double factor = std::min(1.0, largest / longest);
     const auto side = [&](std::uint32_t texels) {
         const auto fitted = std::max(1U, static_cast<std::uint32_t>(std::lround(texels * factor)));
         return wanted.repeats ? windowSide(fitted, largest) : fitted;
     };
     return {&wanted,
-            sized(wanted, side(picture.width), side(picture.height), wanted.reduction.colours),
+            sized(wanted, side(widthOf(wanted)), side(heightOf(wanted)), wanted.reduction.colours),
             0,
             {},
             {}};
@@ -216,7 +222,7 @@ void demandInside(const Area& area, const char* what) {
 struct WantedOrder {
     bool operator()(const WantedTexture* a, const WantedTexture* b) const {
         const auto rest = [](const WantedTexture& wanted) {
-            return std::tuple(wanted.picture.width, wanted.picture.height, wanted.repeats,
+            return std::tuple(widthOf(wanted), heightOf(wanted), wanted.repeats,
                               wanted.reduction.colours, wanted.reduction.dither,
                               wanted.reduction.marked);
         };
@@ -230,8 +236,8 @@ PlacedTexture placedTexture(const Item& item) {
     PlacedTexture placed{textureOf(picture, item.place, item.table),
                          picture.width,
                          picture.height,
-                         item.wanted->picture.width,
-                         item.wanted->picture.height,
+                         widthOf(*item.wanted),
+                         heightOf(*item.wanted),
                          picture.depth,
                          picture.colours,
                          picture.psnr,
@@ -242,6 +248,19 @@ PlacedTexture placedTexture(const Item& item) {
 }
 
 }  // namespace
+
+Picture shrunk(Picture picture, Edges edges) {
+    constexpr std::uint32_t most = 2 * longestTexture;
+    const std::uint32_t longest = std::max(picture.width, picture.height);
+    if (longest <= most) {
+        return picture;
+    }
+    const auto side = [&](std::uint32_t texels) {
+        return std::max<std::uint32_t>(
+            1, static_cast<std::uint32_t>(std::uint64_t{texels} * most / longest));
+    };
+    return resized(picture, side(picture.width), side(picture.height), edges);
+}
 
 Placing place(std::span<const WantedTexture> wanted, const PlacingOptions& options) {
     demandInside(options.memory.textures, "textures");

@@ -31,12 +31,18 @@ struct ImageMemory {
 /// The longest side of a texture, in texels.
 inline constexpr std::uint32_t longestTexture = 256;
 
+/// The picture, no larger than textures are made from: many large ones would fill the memory.
+Picture shrunk(Picture picture, Edges edges);
+
 struct WantedTexture {
     Picture picture;
     Reduction reduction;
     /// It has to repeat through a window: its sides become powers of two, 8 texels or more, and its
     /// place a multiple of them, so that a window of its size lies at 0, 0 of it.
     bool repeats = false;
+    // Of the picture before it was shrunk; 0: it was not.
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
 };
 
 struct PlacingOptions {
