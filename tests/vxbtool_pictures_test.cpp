@@ -101,7 +101,8 @@ TEST(Pictures, FilesOfFewBytesHaveABudgetOfTexelsTogether) {
     }
     own.add((std::uint64_t{1} << 27U) + 1000 * (256 * files.inputs["small.png"].size() - 32), 0);
     EXPECT_NO_THROW(own.require());
-    own.add(1, 0);
+    EXPECT_TRUE(own.takesVariant(1));
+    EXPECT_FALSE(own.takesVariant(1));
     EXPECT_THROW(own.require(), PictureFault);
 }
 

@@ -25,6 +25,10 @@ public:
     /// Reads a picture that was found. Throws pictures::PictureFault when that cannot be done, also
     /// when all pictures together grow far beyond the bytes they are read from.
     pictures::Picture load(const std::string& found);
+    /// Whether another texture may be made of a picture that was loaded, within the same bounds.
+    bool takesVariant(const pictures::Picture& picture) {
+        return budget_.takesVariant(picture.texels.size());
+    }
 
 private:
     std::optional<std::filesystem::path> findFile(std::string name);

@@ -87,12 +87,17 @@ Picture withMirror(const Picture& picture, bool across, bool down) {
     return result;
 }
 
-/// Alpha as it will be: all or nothing. What is blended shows all that can be seen.
-void settleAlpha(Picture& picture, const SurfaceMaterial& material, bool blended) {
-    constexpr std::uint8_t opaque = 255;
+/// The least alpha of a texel that is drawn, 0 when all are. What is blended shows all that can be
+/// seen.
+std::uint8_t leastAlpha(const SurfaceMaterial& material, bool blended) {
     constexpr std::uint8_t half = 128;
     constexpr std::uint8_t hardlySeen = 24;
-    const std::uint8_t least = !material.cutsOut ? 0 : blended ? hardlySeen : half;
+    return !material.cutsOut ? 0 : blended ? hardlySeen : half;
+}
+
+/// Alpha as it will be: all or nothing.
+void settleAlpha(Picture& picture, std::uint8_t least) {
+    constexpr std::uint8_t opaque = 255;
     for (pictures::Rgba& texel : picture.texels) {
         texel[3] = texel[3] >= least ? opaque : 0;
     }
@@ -115,6 +120,109 @@ std::array<float, 3> meanColour(const Picture& picture) {
             static_cast<float>(sum[2] / whole)};
 }
 
+/// What a material makes of a picture.
+struct Variant {
+    bool mirrorAcross = false;
+    bool mirrorDown = false;
+    std::uint8_t leastAlpha = 0;
+    std::array<float, 3> colour{1, 1, 1};
+    bool repeats = false;
+
+    auto operator<=>(const Variant&) const = default;
+};
+
+/// Gathers the textures that the materials want; materials that want the same one share it.
+class WantedTextures {
+public:
+    WantedTextures(PictureSource& source, pictures::Colours colours,
+                   std::vector<MissingTexture>& missing)
+        : source_(source), colours_(colours), missing_(missing) {}
+
+    /// Adds the texture of a material whose picture was found. `repeated` tells whether any polygon
+    /// repeats the picture.
+    void add(std::size_t material, const SurfaceMaterial& surface, const std::string& found,
+             Variant variant, bool repeated, Textures::OfMaterial& own) {
+        const auto [at, isNew] = loaded_.try_emplace(found);
+        if (isNew) {
+            load(surface.texture->name, found, repeated, at->second);
+        }
+        Loaded& loaded = at->second;
+        if (!loaded.picture) {
+            return;
+        }
+        own.translucent = surface.mayBlend && loaded.translucent;
+        variant.mirrorAcross = surface.texture->across == Wrap::mirror;
+        variant.mirrorDown = surface.texture->down == Wrap::mirror;
+        variant.leastAlpha = leastAlpha(surface, own.translucent || surface.opacity < 1);
+        if (!loaded.indexOf.contains(variant) && isColoured(variant) &&
+            !source_.takesVariant(*loaded.picture)) {
+            if (!std::exchange(loaded.tooManyColours, true)) {
+                missing_.push_back(
+                    {surface.texture->name, "too many materials colour it: some show it as it is"});
+            }
+            own.tinted = false;
+            variant.colour = {1, 1, 1};
+        }
+        const auto [known, isWanted] = loaded.indexOf.try_emplace(variant, textures_.size());
+        if (isWanted) {
+            textures_.push_back(textureOf(*loaded.picture, variant));
+            means_.push_back(meanColour(textures_.back().picture));
+        }
+        own.mean = means_[known->second];
+        users_.push_back({material, known->second});
+    }
+
+    [[nodiscard]] const std::vector<pictures::WantedTexture>& textures() const { return textures_; }
+
+    struct User {
+        std::size_t material;
+        std::size_t texture;  ///< among textures()
+    };
+    [[nodiscard]] const std::vector<User>& users() const { return users_; }
+
+private:
+    struct Loaded {
+        std::optional<Picture> picture;
+        bool translucent = false;
+        bool tooManyColours = false;
+        std::map<Variant, std::size_t> indexOf;  // among the textures
+    };
+
+    static bool isColoured(const Variant& variant) {
+        return variant.colour != std::array{1.F, 1.F, 1.F};
+    }
+
+    void load(const std::string& name, const std::string& found, bool repeated, Loaded& loaded) {
+        try {
+            loaded.picture = pictures::shrunk(
+                source_.load(found), repeated ? pictures::Edges::repeat : pictures::Edges::clamp);
+            loaded.translucent = pictures::isTranslucent(*loaded.picture);
+        } catch (const pictures::PictureFault& fault) {
+            missing_.push_back({name, fault.what()});
+        }
+    }
+
+    pictures::WantedTexture textureOf(const Picture& picture, const Variant& variant) const {
+        pictures::WantedTexture texture;
+        texture.picture = withMirror(picture, variant.mirrorAcross, variant.mirrorDown);
+        settleAlpha(texture.picture, variant.leastAlpha);
+        if (isColoured(variant)) {
+            texture.picture = pictures::tinted(std::move(texture.picture), variant.colour);
+        }
+        texture.reduction.colours = colours_;
+        texture.repeats = variant.repeats;
+        return texture;
+    }
+
+    PictureSource& source_;
+    pictures::Colours colours_;
+    std::vector<MissingTexture>& missing_;
+    std::map<std::string, Loaded> loaded_;  // as PictureSource has them
+    std::vector<pictures::WantedTexture> textures_;
+    std::vector<std::array<float, 3>> means_;  // of the textures
+    std::vector<User> users_;
+};
+
 }  // namespace
 
 Textures placeTextures(const aiScene& scene, const std::string& file, const Materials& materials,
@@ -124,55 +232,33 @@ Textures placeTextures(const aiScene& scene, const std::string& file, const Mate
     const Uses uses = findUses(materials, shape);
     PictureSource source(scene, file);
     const FoundPictures found = findPictures(materials, uses, source, result.missing);
-    std::map<std::string, std::optional<Picture>> loaded;
-    std::vector<pictures::WantedTexture> wanted;
-    std::vector<std::size_t> materialOf;
+    WantedTextures wanted(source, options.colours, result.missing);
     for (std::size_t m = 0; m < materials.materials.size(); ++m) {
         const std::string& id = found.ofMaterial[m];
         if (id.empty()) {
             continue;
         }
         const SurfaceMaterial& material = materials.materials[m];
-        const auto [at, isNew] = loaded.try_emplace(id);
-        if (isNew) {
-            try {
-                at->second = pictures::shrunk(source.load(id), found.repeated.contains(id)
-                                                                   ? pictures::Edges::repeat
-                                                                   : pictures::Edges::clamp);
-            } catch (const pictures::PictureFault& fault) {
-                result.missing.push_back({material.texture->name, fault.what()});
-            }
-        }
-        if (!at->second) {
-            continue;
-        }
         Textures::OfMaterial& own = result.materials[m];
-        own.translucent = material.mayBlend && pictures::isTranslucent(*at->second);
-        pictures::WantedTexture texture;
-        texture.picture = withMirror(*at->second, material.texture->across == Wrap::mirror,
-                                     material.texture->down == Wrap::mirror);
-        settleAlpha(texture.picture, material, own.translucent || material.opacity < 1);
         own.tinted = !material.unlit && uses.coloured[m] == 0;
-        if (own.tinted && material.colour != std::array{1.F, 1.F, 1.F}) {
-            texture.picture = pictures::tinted(std::move(texture.picture), material.colour);
+        Variant variant;
+        variant.repeats = uses.repeating[m] != 0;
+        if (own.tinted) {
+            variant.colour = material.colour;
         }
-        own.mean = meanColour(texture.picture);
-        texture.reduction.colours = options.colours;
-        texture.repeats = uses.repeating[m] != 0;
-        wanted.push_back(std::move(texture));
-        materialOf.push_back(m);
+        wanted.add(m, material, id, variant, found.repeated.contains(id), own);
     }
     try {
-        result.placing = pictures::place(wanted, options.placing);
+        result.placing = pictures::place(wanted.textures(), options.placing);
     } catch (const pictures::PictureFault& fault) {
         throw ImportFault(fault.what());
     }
     result.names.resize(result.placing.textures.size());
-    for (std::size_t w = 0; w < wanted.size(); ++w) {
-        const std::size_t placed = result.placing.textureOf[w];
-        result.materials[materialOf[w]].placed = placed;
+    for (const auto& [material, texture] : wanted.users()) {
+        const std::size_t placed = result.placing.textureOf[texture];
+        result.materials[material].placed = placed;
         std::string& name = result.names[placed];
-        name = name.empty() ? materials.materials[materialOf[w]].texture->name : name;
+        name = name.empty() ? materials.materials[material].texture->name : name;
     }
     return result;
 }
