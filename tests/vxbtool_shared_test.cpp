@@ -114,5 +114,23 @@ TEST(StagedOutputs, TakesThePlaceOfAFileThatAppearsMeanwhileOnlyWhereItMay) {
     }
 }
 
+TEST(StagedOutputs, StayInTheirFolderWhateverItIsCalled) {
+    for (const bool committed : {true, false}) {
+        const mqf2vxb::tests::TestFolder folder;
+        folder.run("mkdir here other");
+        TemporaryFiles temporaryFiles;
+        {
+            StagedOutputs outputs(temporaryFiles);
+            outputs.write((folder.path() / "here/model").string(), "new");
+            folder.run("mv here there; ln -s other here");
+            if (committed) {
+                outputs.commit();
+            }
+        }
+        EXPECT_EQ(folder.run("ls -A there other").output,
+                  committed ? "other:\n\nthere:\nmodel\n" : "other:\n\nthere:\n");
+    }
+}
+
 }  // namespace
 }  // namespace vxbtool

@@ -3,7 +3,6 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
-#include <filesystem>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -18,17 +17,38 @@ constexpr int wakeUp = SIGUSR1;
 
 }  // namespace
 
+Folder::Folder(const std::string& path)
+    : descriptor_(::open(path.empty() ? "." : path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)) {}
+
+Folder::~Folder() {
+    if (descriptor_ >= 0) {
+        ::close(descriptor_);
+    }
+}
+
+/// A folder is opened once for all its files: there may be more of them than descriptors.
+std::shared_ptr<const Folder> TemporaryFiles::open(const std::string& folder) {
+    std::weak_ptr<const Folder>& known = folders_[folder];
+    std::shared_ptr<const Folder> opened = known.lock();
+    if (!opened) {
+        opened = std::make_shared<const Folder>(folder);
+        known = opened;
+    }
+    return opened;
+}
+
 TemporaryFiles::Created TemporaryFiles::create(const std::string& folder, mode_t permissions) {
     constexpr int mostTries = 1000;  // names that an earlier, killed run left behind
     const std::lock_guard lock(mutex_);
-    for (int i = 0; i < mostTries; ++i) {
+    TemporaryFile file{open(folder), {}};
+    for (int i = 0; i < mostTries && file.folder->descriptor() >= 0; ++i) {
         // Not made from the output's name, which may be as long as names can be.
-        const std::string leaf = fmt::format(".vxbtool-{}-{}.tmp", ::getpid(), ++counter_);
-        std::string name = std::filesystem::path(folder) / leaf;
-        const int file = ::open(name.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, permissions);
-        if (file >= 0) {
-            names_.insert(name);
-            return {name, file};
+        file.name = fmt::format(".vxbtool-{}-{}.tmp", ::getpid(), ++counter_);
+        const int descriptor = ::openat(file.folder->descriptor(), file.name.c_str(),
+                                        O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, permissions);
+        if (descriptor >= 0) {
+            files_.insert(file);
+            return {file, descriptor};
         }
         if (errno != EEXIST) {
             break;
@@ -37,34 +57,35 @@ TemporaryFiles::Created TemporaryFiles::create(const std::string& folder, mode_t
     return {{}, -1};
 }
 
-bool TemporaryFiles::rename(const std::string& file, const std::string& target,
+bool TemporaryFiles::rename(const TemporaryFile& file, const std::string& name,
                             ExistingFiles existing) {
     const std::lock_guard lock(mutex_);
+    const int folder = file.folder->descriptor();
     const unsigned flags = existing == ExistingFiles::kept ? RENAME_NOREPLACE : 0;
-    int result = ::renameat2(AT_FDCWD, file.c_str(), AT_FDCWD, target.c_str(), flags);
+    int result = ::renameat2(folder, file.name.c_str(), folder, name.c_str(), flags);
     if (result != 0 && errno == EINVAL) {  // the file system does not know the flag
-        result = std::rename(file.c_str(), target.c_str());
+        result = ::renameat(folder, file.name.c_str(), folder, name.c_str());
     }
     if (result != 0) {
         return false;
     }
-    names_.erase(file);
+    files_.erase(file);
     return true;
 }
 
-void TemporaryFiles::remove(const std::string& file) {
+void TemporaryFiles::remove(const TemporaryFile& file) {
     const std::lock_guard lock(mutex_);
-    if (names_.erase(file) != 0) {
-        ::unlink(file.c_str());
+    if (files_.erase(file) != 0) {
+        ::unlinkat(file.folder->descriptor(), file.name.c_str(), 0);
     }
 }
 
 std::unique_lock<std::mutex> TemporaryFiles::removeAll() {
     std::unique_lock lock(mutex_);
-    for (const std::string& name : names_) {
-        ::unlink(name.c_str());
+    for (const TemporaryFile& file : files_) {
+        ::unlinkat(file.folder->descriptor(), file.name.c_str(), 0);
     }
-    names_.clear();
+    files_.clear();
     return lock;
 }
 

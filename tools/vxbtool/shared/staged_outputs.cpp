@@ -102,7 +102,7 @@ std::unique_ptr<mqf2vxb::OutputFile> StagedOutputs::create(const std::string& na
         return nullptr;
     }
     auto file = std::make_unique<OpenFile>(temporary.descriptor, true);
-    staged_.push_back({temporary.name, target, name});
+    staged_.push_back({temporary.file, target.filename().string(), name});
     if (fs::exists(status)) {
         // Without the bits that would run the new file as another user.
         const auto kept = static_cast<mode_t>(status.permissions() & fs::perms::all);

@@ -35,8 +35,8 @@ public:
 
 private:
     struct Staged {
-        std::string temporary;
-        std::string target;
+        TemporaryFile temporary;
+        std::string target;  ///< its name in its folder
         std::string name;
     };
 
