@@ -188,6 +188,37 @@ TEST(Scene, VariantsOfTheSampleHaveTheSameTriangles) {
     EXPECT_EQ(plain, triangles("crawler_groups"));
 }
 
+/// Coordinates that share the steps of one turn after the other.
+Scene sharedTurns(int coordinates, int steps) {
+    ModelFiles model;
+    model.geo = "3 0 1;0;1;0 1;0 0 1 2";
+    model.srf = "1;0 1 F C 1 2 3";
+    model.frm = fmt::format("G=NULL;{};", coordinates);
+    std::string clp = fmt::format("COORDINATE;{};", coordinates);
+    for (int i = 0; i < coordinates; ++i) {
+        model.frm += "1 0 0 0 1 0 0 0 1 0 0 0 0 0 0 0;";
+        clp += fmt::format("{} 0 s;", i);
+    }
+    model.frm += "0 3 0-2";
+    clp += "s;";
+    for (int i = 0; i < steps; ++i) {
+        clp += fmt::format("SEQ 9 ps0r1t0 {};", i % 2);
+    }
+    model.clp = {clp + "END 0x0;TYPE ps0r1t0;32767 32767 32767;-32768 -32768 -32768"};
+    return scene::makeScene(mqf2vxb::readVxb(convertFiles(model).outputs.at("m.vxb")));
+}
+
+TEST(Gltf, MotionsThatShareStepsDoNotOutgrowTheFile) {
+    const Scene few = sharedTurns(20, 20);
+    EXPECT_TRUE(few.warnings.empty());
+    EXPECT_EQ(few.motions.at(0).tracks.size(), 20U);
+    for (const int coordinates : {100, 2000}) {
+        const Scene many = sharedTurns(coordinates, 300);
+        EXPECT_EQ(many.warnings.size(), 1U);
+        EXPECT_LT(gltf::glb(many, {}).size(), std::size_t{1} << 24U);
+    }
+}
+
 TEST(Gltf, HasNoErrorAndNoWarning) {
     const TestFolder folder;
     const std::string validator = MQF2VXB_MANUALS "/../../tests/gltf_validator";

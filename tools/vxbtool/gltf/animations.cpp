@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <numbers>
 #include <optional>
 #include <span>
 #include <string>
@@ -11,6 +10,7 @@
 
 #include "vxbtool/gltf/materials.h"
 #include "vxbtool/gltf/rotations.h"
+#include "vxbtool/scene/turn_pieces.h"
 
 namespace vxbtool::gltf {
 namespace {
@@ -19,10 +19,6 @@ using scene::Key;
 using scene::Pose;
 using scene::Track;
 using scene::Vector3;
-
-/// Rotations of all tracks together that are put between those of steps; only tracks that a file
-/// repeats beyond reason need more, and they turn in coarser pieces.
-constexpr std::size_t mostBetween = std::size_t{1} << 22U;
 
 /// What one part of a pose is at the times of a track, as a sampler has it.
 struct Samples {
@@ -147,9 +143,7 @@ private:
         }
         // Before its first angles a coordinate has its rotation at rest, for which no angles stand.
         const bool fromStart = track.keys.front().pose.angles.has_value();
-        const Samples samples =
-            samplesOf(track, &Pose::angles, noAngles,
-                      [this](const Vector3& from, const Vector3& to) { return pieces(from, to); });
+        const Samples samples = samplesOf(track, &Pose::angles, noAngles, scene::turnPieces);
         const Quaternion rest =
             quaternion(scene::scaledRotation(scene_.coordinates[track.coordinate].matrix).rotation);
         std::vector<float> values;
@@ -166,23 +160,6 @@ private:
             last = next;
         }
         addChannel(animation, track, "rotation", samples, TINYGLTF_TYPE_VEC4, values);
-    }
-
-    /// glTF turns from one rotation to the next by the short way, about one axis. Angles that go
-    /// evenly do so as well when only one of them goes, and otherwise nearly when it is not far.
-    std::size_t pieces(const Vector3& from, const Vector3& to) {
-        constexpr double far = std::numbers::pi / 2;
-        constexpr double near = std::numbers::pi / 16;
-        double most = 0;
-        int going = 0;
-        for (std::size_t i = 0; i < from.size(); ++i) {
-            most = std::max(most, std::abs(double{to[i]} - from[i]));
-            going += to[i] != from[i] ? 1 : 0;
-        }
-        const double piece = going > 1 && between_ < mostBetween ? near : far;
-        const auto number = static_cast<std::size_t>(std::ceil(most / piece));
-        between_ += number;
-        return std::max<std::size_t>(number, 1);
     }
 
     void addChannel(tinygltf::Animation& animation, const Track& track, const char* path,
@@ -205,7 +182,6 @@ private:
     const scene::Scene& scene_;
     const GltfOptions& options_;
     Buffer& buffer_;
-    std::size_t between_ = 0;
 };
 
 }  // namespace

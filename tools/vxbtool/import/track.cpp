@@ -35,15 +35,15 @@ float fixed(double scale) {
 }
 
 /// What a player shows of key values.
-struct Shown {
+struct ShownPose {
     Vector translation;
     Angles angles{};
     Vector scale;
 };
 
-Shown shownOf(const Sample& sample, PrimitiveTypeCode type) {
+ShownPose shownOf(const Sample& sample, PrimitiveTypeCode type) {
     const KeyValues values = keyValues(sample, type);
-    Shown shown;
+    ShownPose shown;
     std::size_t i = 0;
     if (translationDigit(type) != 0) {
         shown.translation = {values[i], values[i + 1], values[i + 2]};
@@ -95,8 +95,8 @@ private:
     [[nodiscard]] TrackError differenceAt(std::uint32_t first, std::uint32_t next,
                                           std::uint32_t frame) const {
         const double part = static_cast<double>(frame - first) / static_cast<double>(next - first);
-        const Shown& a = shown_[first];
-        const Shown& b = shown_[next];
+        const ShownPose& a = shown_[first];
+        const ShownPose& b = shown_[next];
         const Sample& sample = track_.samples[frame];
         TrackError error;
         if (translationDigit(type_) != 0) {
@@ -175,7 +175,7 @@ private:
     const Track& track_;
     PrimitiveTypeCode type_;
     Tolerance tolerance_;
-    std::vector<Shown> shown_;
+    std::vector<ShownPose> shown_;
 };
 
 }  // namespace

@@ -6,21 +6,30 @@
 #include <fmt/core.h>
 
 #include "vxb/key_frame_decoder.h"
+#include "vxbtool/scene/turn_pieces.h"
 
 namespace vxbtool::scene {
 namespace {
 
 using namespace mqf2vxb;
 
-/// Keys of all tracks together. Tracks may walk the same steps, so that a small file can name very
-/// many.
-constexpr std::size_t mostKeys = std::size_t{1} << 20U;
+/// What all tracks together may go through, in keys and pieces of turns: tracks may walk the same
+/// steps, so that a small file can name very many.
+std::size_t mostOfTracks(const Animation& animation) {
+    constexpr std::size_t least = std::size_t{1} << 18U;
+    constexpr std::size_t perStep = 32;
+    return least + perStep * animation.controlNum;
+}
+
 constexpr float one = 4096;
 
 class TrackReader {
 public:
     explicit TrackReader(const VxbFile& file)
-        : file_(file), animation_(file.animation), visits_(file.animation.controlNum) {}
+        : file_(file),
+          animation_(file.animation),
+          visits_(file.animation.controlNum),
+          most_(mostOfTracks(file.animation)) {}
 
     /// The steps from `start` on.
     [[nodiscard]] Track read(std::uint32_t coordinate, std::uint32_t start) {
@@ -31,13 +40,17 @@ public:
         std::vector<PrimitiveTypeCode> types;  // of the track's keys
         const auto add = [&](const Pose& pose, PrimitiveTypeCode type) {
             if (!types.empty()) {
-                track.keys.back().even = type == types.back();
+                Key& before = track.keys.back();
+                before.even = type == types.back();
+                if (before.even && before.pose.angles && pose.angles) {
+                    spent_ += turnPieces(*before.pose.angles, *pose.angles);
+                }
             }
             track.keys.push_back({track.frames, pose, false});
             types.push_back(type);
-            ++keys_;
+            ++spent_;
         };
-        while (step < visits_.size() && keys_ < mostKeys) {
+        while (step < visits_.size() && !full()) {
             Visit& visit = visits_[step];
             if (visit.track == number_) {
                 // The round ends with what it began with.
@@ -65,7 +78,7 @@ public:
         return track;
     }
 
-    [[nodiscard]] bool full() const { return keys_ >= mostKeys; }
+    [[nodiscard]] bool full() const { return spent_ >= most_; }
     /// Steps whose key frame is not in the file.
     [[nodiscard]] std::size_t lost() const { return lost_; }
 
@@ -148,7 +161,8 @@ private:
     const Animation& animation_;
     std::vector<Visit> visits_;  // by step
     std::uint32_t number_ = 0;
-    std::size_t keys_ = 0;
+    std::size_t most_;
+    std::size_t spent_ = 0;
     std::size_t lost_ = 0;
 };
 
@@ -188,8 +202,10 @@ std::vector<Motion> readMotions(const VxbFile& file, std::vector<std::string>& w
                                        reader.lost() == 1 ? "s" : ""));
     }
     if (reader.full()) {
-        warnings.push_back(fmt::format(
-            "motions are cut off: their coordinates have more than {} steps", mostKeys));
+        warnings.push_back(
+            fmt::format("motions are cut off: for the {} steps of the file, their coordinates go "
+                        "through too many steps and turns",
+                        file.animation.controlNum));
     }
     return motions;
 }
