@@ -17,9 +17,13 @@ using mqf2vxb::PacketPolygon;
 constexpr std::uint32_t flagBits = 3U << 5U;
 constexpr std::uint32_t pageMask = mqf2vxb::pageFieldBits & ~flagBits;
 constexpr std::uint32_t directDepth = 16;  // whose texels are colours themselves
-/// Texels of all pictures together. A sound file's image memory has 4 million at most; one that is
-/// made to need more shows checkers.
-constexpr std::size_t mostTexels = std::size_t{1} << 25U;
+/// Texels of all pictures together. Image memory has 4 million at most, but each colour table makes
+/// other pictures of them; a small file that is made to need very many shows checkers.
+std::size_t mostTexels(std::size_t words) {
+    constexpr std::size_t least = std::size_t{1} << 23U;
+    constexpr std::size_t perWord = 32;
+    return least + perWord * words;
+}
 
 /// Looks texels up in image memory.
 class Texels {
@@ -220,7 +224,8 @@ Picture Pictures::picture(const Source& source, const Rectangle& part) const {
     return picture;
 }
 
-std::vector<Picture> Pictures::make(std::vector<std::string>& warnings) {
+std::vector<Picture> Pictures::make(std::size_t words, std::vector<std::string>& warnings) {
+    const std::size_t most = mostTexels(words);
     std::vector<Picture> pictures;
     std::size_t texels = 0;
     std::size_t refused = 0;
@@ -228,12 +233,12 @@ std::vector<Picture> Pictures::make(std::vector<std::string>& warnings) {
         source.firstPicture = static_cast<std::uint32_t>(pictures.size());
         for (Rectangle part : split(source)) {
             const std::size_t more = std::size_t{part.right - part.left} * (part.bottom - part.top);
-            if (texels + more > mostTexels) {
+            if (texels + more > most) {
                 ++refused;
                 part.right = part.left + 1;
                 part.bottom = part.top + 1;
             }
-            texels += std::min(more, mostTexels - texels);
+            texels += std::min(more, most - texels);
             pictures.push_back(picture(source, part));
         }
         source.uses = {};
@@ -246,7 +251,7 @@ std::vector<Picture> Pictures::make(std::vector<std::string>& warnings) {
     if (refused > 0) {
         warnings.push_back(fmt::format(
             "{} textures are left out, because all textures together have more than {} texels",
-            refused, mostTexels));
+            refused, most));
     }
     return pictures;
 }

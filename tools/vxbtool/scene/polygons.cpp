@@ -44,7 +44,7 @@ public:
         for (const PacketGroup& group : file_.packetGroups) {
             countDrawn(group);
         }
-        scene_.pictures = pictures_.make(scene_.warnings);
+        scene_.pictures = pictures_.make(file_.words.size(), scene_.warnings);
         scene_.polygons.reserve(drawn_);
         scene_.corners.reserve(drawnCorners_);
         for (auto& [body, groups] : groupsOfBodies()) {
