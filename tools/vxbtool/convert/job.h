@@ -6,7 +6,7 @@
 #include "model/options.h"
 #include "vxbtool/shared/file_place.h"
 #include "vxbtool/shared/finding_report.h"
-#include "vxbtool/shared/signals.h"
+#include "vxbtool/shared/temporary_files.h"
 
 namespace vxbtool {
 

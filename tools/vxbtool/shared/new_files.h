@@ -3,7 +3,7 @@
 #include <span>
 #include <string>
 
-#include "vxbtool/shared/signals.h"
+#include "vxbtool/shared/temporary_files.h"
 
 namespace vxbtool {
 

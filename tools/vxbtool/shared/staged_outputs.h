@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "files/disk_files.h"
-#include "vxbtool/shared/signals.h"
+#include "vxbtool/shared/temporary_files.h"
 
 namespace vxbtool {
 
