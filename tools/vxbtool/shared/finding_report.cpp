@@ -148,16 +148,21 @@ void addReportOptions(CLI::App& command, ReportOptions& options,
     addColourOption(command, options.colour);
     std::vector<std::string> codes;
     for (const mqf2vxb::FindingKind& kind : kinds) {
-        codes.emplace_back(kind.code);
+        if (kind.severity != Severity::error) {
+            codes.emplace_back(kind.code);
+        }
     }
     const auto checkCode = [kinds](const std::string& code) {
-        const bool known = std::any_of(kinds.begin(), kinds.end(),
-                                       [&](const auto& kind) { return kind.code == code; });
-        return known ? ""
-                     : fmt::format("{} is none of the codes {} to {}", code, kinds.front().code,
-                                   kinds.back().code);
+        const auto known = std::ranges::find(kinds, code, &mqf2vxb::FindingKind::code);
+        if (known == kinds.end()) {
+            return fmt::format("{} is none of the codes {} to {}", code, kinds.front().code,
+                               kinds.back().code);
+        }
+        return known->severity == Severity::error
+                   ? fmt::format("{} is an error, which is always reported", code)
+                   : "";
     };
-    command.add_option("-W", options.off, "Do not report findings of this code; may be repeated")
+    command.add_option("-W", options.off, "Do not report warnings of this code; may be repeated")
         ->option_text("CODE")
         ->expected(1)
         ->allow_extra_args(false)

@@ -47,7 +47,7 @@ struct ReportOptions {
     bool werror = false;
     bool all = false;              ///< findings are not folded
     std::string colour = "auto";   ///< when reports for people have colours
-    std::vector<std::string> off;  ///< codes that are not reported
+    std::vector<std::string> off;  ///< codes of warnings that are not reported
 };
 
 /// Adds the options. "-W" takes the codes of these kinds, which are there as long as the program is.
