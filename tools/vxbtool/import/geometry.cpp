@@ -207,20 +207,37 @@ Part partOf(const aiScene& scene, unsigned mesh, std::uint32_t coordinate,
     return part;
 }
 
+/// What a part has to go through of its mesh.
+std::uint64_t sizeOf(const aiMesh& mesh) {
+    std::uint64_t size = std::uint64_t{mesh.mNumFaces} + mesh.mNumVertices + mesh.mNumBones;
+    for (const aiFace& face : std::span(mesh.mFaces, mesh.mNumFaces)) {
+        size += face.mNumIndices;
+    }
+    for (const aiBone* bone : std::span(mesh.mBones, mesh.mNumBones)) {
+        size += bone->mNumWeights;
+    }
+    return size;
+}
+
 /// Few bytes let a mesh be drawn many times.
-void refuseManyInstances(const aiScene& scene, const Shape& shape) {
-    constexpr std::uint64_t many = std::uint64_t{1} << 18U;
+void refuseManyInstances(const aiScene& scene, const CoordinateMap& map) {
+    constexpr std::uint64_t many = std::uint64_t{1} << 20U;
+    std::vector<std::uint64_t> sizes;
     std::uint64_t own = 0;
     for (const aiMesh* mesh : std::span(scene.mMeshes, scene.mNumMeshes)) {
-        own += mesh->mNumFaces;
+        own += sizes.emplace_back(sizeOf(*mesh));
     }
     std::uint64_t drawn = 0;
-    for (const Part& part : shape.parts) {
-        drawn += part.mesh->mNumFaces;
+    for (const SourceCoordinate& coordinate : map.coordinates) {
+        const aiNode& node = *coordinate.node;
+        for (const unsigned mesh : std::span(node.mMeshes, node.mNumMeshes)) {
+            drawn += sizes[mesh];
+        }
     }
     if (drawn > many + 4 * own) {
         throw ImportFault(fmt::format(
-            "its nodes draw meshes of {} polygons so often that they make {}, which is too many",
+            "its nodes draw meshes of {} polygons, corners, vertices and weights so often that "
+            "they make {}, which is too many",
             own, drawn));
     }
 }
@@ -257,6 +274,7 @@ Shape makeShape(const aiScene& scene, const CoordinateMap& map, const PlacedCoor
                 const Materials& materials, const ShapeOptions& options, Dropped& dropped) {
     dropped.cameras = scene.mNumCameras;
     dropped.lights = scene.mNumLights;
+    refuseManyInstances(scene, map);
     Shape shape;
     for (std::uint32_t c = 0; c < map.coordinates.size(); ++c) {
         const aiNode& node = *map.coordinates[c].node;
@@ -264,7 +282,6 @@ Shape makeShape(const aiScene& scene, const CoordinateMap& map, const PlacedCoor
             shape.parts.push_back(partOf(scene, mesh, c, materials, dropped));
         }
     }
-    refuseManyInstances(scene, shape);
     const std::vector<std::vector<Face>> faces = partFaces(shape, materials, options, dropped);
     std::size_t polygons = 0;
     for (std::size_t p = 0; p < faces.size(); ++p) {

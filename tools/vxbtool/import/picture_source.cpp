@@ -111,7 +111,13 @@ Picture PictureSource::load(const std::string& found) {
 
 /// A file of the path's folder whose name differs in its case only.
 std::optional<fs::path> PictureSource::inAnyCase(const fs::path& path) {
-    const fs::path folder = path.parent_path().empty() ? fs::path(".") : path.parent_path();
+    std::error_code notThere;
+    // One folder has many spellings.
+    const fs::path folder =
+        fs::canonical(path.parent_path().empty() ? fs::path(".") : path.parent_path(), notThere);
+    if (notThere) {
+        return std::nullopt;
+    }
     const auto [listing, isNew] = listings_.try_emplace(folder);
     if (isNew) {
         std::error_code error;
@@ -133,24 +139,25 @@ std::optional<fs::path> PictureSource::findFile(std::string name) {
         name.erase(0, scheme.size());
     }
     std::ranges::replace(name, '\\', '/');
-    std::vector<fs::path> candidates;
+    std::vector<fs::path> near;  // by the model
+    std::vector<fs::path> far;
     for (const fs::path& path : {fs::path(name), fs::path(unescaped(name))}) {
         if (path.is_relative()) {
-            candidates.push_back(folder_ / path);
+            near.push_back(folder_ / path);
+        } else {
+            far.push_back(path);
         }
-        candidates.push_back(folder_ / path.filename());
-        candidates.push_back(folder_ / "textures" / path.filename());
-        candidates.push_back(folder_.parent_path() / "textures" / path.filename());
-        if (path.is_absolute()) {
-            candidates.push_back(path);
+        near.push_back(folder_ / path.filename());
+        near.push_back(folder_ / "textures" / path.filename());
+        near.push_back(folder_.parent_path() / "textures" / path.filename());
+    }
+    for (const auto& candidates : {near, far}) {
+        if (const auto found = std::ranges::find_if(candidates, isFile);
+            found != candidates.end()) {
+            return *found;
         }
     }
-    for (const fs::path& path : candidates) {
-        if (isFile(path)) {
-            return path;
-        }
-    }
-    for (const fs::path& path : candidates) {
+    for (const fs::path& path : near) {
         if (auto found = inAnyCase(path)) {
             return found;
         }

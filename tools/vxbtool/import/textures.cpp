@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <map>
 #include <set>
+#include <tuple>
 #include <utility>
 
 #include <fmt/core.h>
@@ -128,7 +129,12 @@ struct Variant {
     std::array<float, 3> colour{1, 1, 1};
     bool repeats = false;
 
-    auto operator<=>(const Variant&) const = default;
+    bool operator<(const Variant& other) const {
+        const auto all = [](const Variant& v) {
+            return std::tie(v.mirrorAcross, v.mirrorDown, v.leastAlpha, v.colour, v.repeats);
+        };
+        return all(*this) < all(other);
+    }
 };
 
 /// Gathers the textures that the materials want; materials that want the same one share it.

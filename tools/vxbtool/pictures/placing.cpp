@@ -6,6 +6,7 @@
 #include <compare>
 #include <map>
 #include <numeric>
+#include <queue>
 #include <tuple>
 #include <utility>
 
@@ -167,26 +168,31 @@ std::size_t excess(const std::vector<Item>& items, const ImageMemory& memory) {
     return needed > room ? needed - room : 0;
 }
 
-/// Halves the largest textures until about `wanted` columns are saved.
+/// Halves the largest textures, of equal ones the first, until about `wanted` columns are saved.
 void save(std::vector<Item>& items, std::size_t wanted) {
-    std::vector<bool> smallest(items.size());
+    using Candidate = std::tuple<std::uint32_t, std::size_t>;  // its cost, and how far from the end
+    std::priority_queue<Candidate> candidates;
+    const auto add = [&](std::size_t i) {
+        candidates.emplace(items[i].texelCost(), items.size() - i);
+    };
+    for (std::size_t i = 0; i < items.size(); ++i) {
+        add(i);
+    }
     for (std::size_t saved = 0; saved < wanted;) {
-        Item* largest = nullptr;
-        for (std::size_t i = 0; i < items.size(); ++i) {
-            if (!smallest[i] &&
-                (largest == nullptr || items[i].texelCost() > largest->texelCost())) {
-                largest = &items[i];
-            }
-        }
-        if (largest == nullptr) {
+        if (candidates.empty()) {
             if (saved == 0) {
                 throw PictureFault("image memory is full, however small the textures are made");
             }
             return;
         }
-        const auto cost = [&] { return largest->texelCost() + largest->tableColumns(); };
+        const std::size_t i = items.size() - std::get<1>(candidates.top());
+        candidates.pop();
+        Item& largest = items[i];
+        const auto cost = [&] { return largest.texelCost() + largest.tableColumns(); };
         const std::size_t before = cost();
-        smallest[static_cast<std::size_t>(largest - items.data())] = !shrink(*largest);
+        if (shrink(largest)) {
+            add(i);
+        }
         saved += before - std::min<std::size_t>(before, cost());
     }
 }

@@ -76,11 +76,11 @@ StagedOutputs::~StagedOutputs() {
 std::unique_ptr<mqf2vxb::OutputFile> StagedOutputs::create(const std::string& name) {
     std::error_code error;
     const fs::file_status status = fs::status(name, error);
+    if (existing_ == ExistingFiles::kept && fs::exists(fs::symlink_status(name, error))) {
+        errno = EEXIST;
+        return nullptr;
+    }
     if (fs::exists(status)) {
-        if (existing_ == ExistingFiles::kept) {
-            errno = EEXIST;
-            return nullptr;
-        }
         // Opened anew, a file that standard output was redirected to would lose what it holds.
         if (const int descriptor = descriptorOf(name); descriptor >= 0) {
             return std::make_unique<OpenFile>(descriptor, false);
@@ -92,7 +92,9 @@ std::unique_ptr<mqf2vxb::OutputFile> StagedOutputs::create(const std::string& na
             return nullptr;
         }
     }
-    const fs::path target = mqf2vxb::finalTarget(name);
+    // A link that appears only now is not followed either: then it is what is there.
+    const fs::path target = existing_ == ExistingFiles::kept ? fs::absolute(name, error)
+                                                             : fs::path(mqf2vxb::finalTarget(name));
     // A file that only its owner may read must not be readable by others while its successor is made.
     constexpr mode_t ownerOnly = 0600;
     constexpr mode_t everybody = 0666;

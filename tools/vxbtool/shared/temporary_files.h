@@ -5,6 +5,7 @@
 #include <mutex>
 #include <set>
 #include <string>
+#include <tuple>
 
 #include <sys/types.h>
 
@@ -33,7 +34,9 @@ struct TemporaryFile {
     std::shared_ptr<const Folder> folder;
     std::string name;  ///< in the folder
 
-    auto operator<=>(const TemporaryFile&) const = default;
+    bool operator<(const TemporaryFile& other) const {
+        return std::tie(folder, name) < std::tie(other.folder, other.name);
+    }
 };
 
 /// The unfinished files of a run, known in one place so that a signal can clear them away. Any
@@ -43,7 +46,7 @@ public:
     /// A new file, open for writing.
     struct Created {
         TemporaryFile file;
-        int descriptor;  ///< negative, with errno set, when the file could not be created
+        int descriptor = -1;  ///< negative, with errno set, when the file could not be created
     };
     /// Creates an empty file with a new name in `folder` and with these permissions, less the umask.
     [[nodiscard]] Created create(const std::string& folder, mode_t permissions);
