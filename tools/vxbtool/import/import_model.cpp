@@ -89,6 +89,7 @@ ImportedModel importModel(const Source& source, const std::string& file,
     const Materials materials = readMaterials(scene, options.unlit);
     const CoordinateMap map = mapCoordinates(scene, options.motions, options.up);
     PlacedShape surface = fittingShape(scene, map, materials, options);
+    cutAtClampedEdges(materials, surface.placed, surface.shape, surface.dropped);
     settleTextureCoordinates(materials, surface.shape);
     step("textures");
     report.textures = placeTextures(scene, file, materials, surface.shape, options.textures);

@@ -28,6 +28,7 @@ std::vector<Loss> lossesOf(const ImportReport& report) {
         {"triangles", "taken away by --triangles", dropped.simplified},
         {"polygons cut", "more than four corners, or bent", dropped.cutPolygons},
         {"polygons cut", "along the edges of a texture that repeats", dropped.seamPolygons},
+        {"polygons cut", "along the edges of a texture that ends there", dropped.clampedPolygons},
         {"polygons without texture", "it repeats too often: its mean colour instead",
          dropped.tooFine},
         {"morph targets", "the files have none", dropped.morphTargets},

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <ranges>
+#include <span>
 #include <tuple>
 #include <utility>
 
@@ -25,10 +27,7 @@ public:
     /// The polygon's pieces, each of which lies between 0 and `reach` of both texture coordinates.
     void cut(const ShapePolygon& polygon, const std::array<float, 2>& reach,
              std::vector<ShapePolygon>& pieces) {
-        Ring ring(polygon.used().begin(), polygon.used().end());
-        if (ring.size() == 4) {
-            std::swap(ring[2], ring[3]);
-        }
+        const Ring ring = ringOf(polygon);
         for (const Ring& strip : slices(ring, 0, reach[0])) {
             for (const Ring& piece : slices(strip, 1, reach[1])) {
                 add(polygon, piece, pieces);
@@ -36,7 +35,51 @@ public:
         }
     }
 
+    /// The polygon's pieces inside and outside of its picture, in the directions in which that is
+    /// clamped.
+    void cutAtEdges(const ShapePolygon& polygon, const std::array<bool, 2>& clamped,
+                    std::vector<ShapePolygon>& pieces) {
+        std::vector<Ring> rings{ringOf(polygon)};
+        for (std::size_t axis = 0; axis < clamped.size(); ++axis) {
+            for (const float edge : {0.0F, 1.0F}) {
+                std::vector<Ring> cut;
+                for (Ring& ring : rings) {
+                    if (clamped.at(axis) && liesOnBothSides(ring, axis, edge)) {
+                        cut.push_back(half(ring, axis, edge, true));
+                        cut.push_back(half(ring, axis, edge, false));
+                    } else {
+                        cut.push_back(std::move(ring));
+                    }
+                }
+                rings = std::move(cut);
+            }
+        }
+        for (const Ring& ring : rings) {
+            add(polygon, ring, pieces);
+        }
+    }
+
+    static bool liesOnBothSides(std::span<const ShapeCorner> corners, std::size_t axis,
+                                float edge) {
+        // So much less or more cannot be seen.
+        constexpr float noticeable = 1.0F / 64;
+        const auto values = corners | std::views::transform([axis](const ShapeCorner& corner) {
+                                return corner.texture.at(axis);
+                            });
+        const auto [least, most] = std::ranges::minmax(values);
+        return least < edge - noticeable && most > edge + noticeable;
+    }
+
 private:
+    /// The corners around the edge.
+    static Ring ringOf(const ShapePolygon& polygon) {
+        Ring ring(polygon.used().begin(), polygon.used().end());
+        if (ring.size() == 4) {
+            std::swap(ring[2], ring[3]);
+        }
+        return ring;
+    }
+
     std::vector<Ring> slices(const Ring& ring, std::size_t axis, float reach) {
         float most = 0;
         for (const ShapeCorner& corner : ring) {
@@ -157,6 +200,29 @@ std::array<float, 2> reachOf(const pictures::PlacedTexture& texture) {
 }
 
 }  // namespace
+
+void cutAtClampedEdges(const Materials& materials, const PlacedCoordinates& placed, Shape& shape,
+                       Dropped& dropped) {
+    SeamCutter cutter(placed, shape);
+    std::vector<ShapePolygon> polygons;
+    polygons.reserve(shape.polygons.size());
+    for (const ShapePolygon& polygon : shape.polygons) {
+        const Part& part = shape.parts[polygon.part];
+        std::array<bool, 2> clamped{};
+        if (part.textured) {
+            const TextureUse& use = *materials.materials[part.material].texture;
+            clamped = {use.across == Wrap::clamp, use.down == Wrap::clamp};
+        }
+        const std::size_t before = polygons.size();
+        if (clamped[0] || clamped[1]) {
+            cutter.cutAtEdges(polygon, clamped, polygons);
+        } else {
+            polygons.push_back(polygon);
+        }
+        dropped.clampedPolygons += polygons.size() > before + 1 ? 1 : 0;
+    }
+    shape.polygons = std::move(polygons);
+}
 
 void cutAtSeams(const Textures& textures, const PlacedCoordinates& placed, Shape& shape,
                 Dropped& dropped) {

@@ -55,13 +55,14 @@ struct Shape {
 
 /// What was left out or changed on the way, for the report.
 struct Dropped {
-    std::size_t lines = 0;         ///< lines and points
-    std::size_t areaLess = 0;      ///< polygons without an area
-    std::size_t notFinite = 0;     ///< polygons with a corner that is no number
-    std::size_t cutPolygons = 0;   ///< of more than four corners, or bent, that became triangles
-    std::size_t simplified = 0;    ///< triangles that --triangles took away
-    std::size_t seamPolygons = 0;  ///< polygons that were cut where their texture repeats
-    std::size_t tooFine = 0;       ///< polygons that show their texture's mean colour instead
+    std::size_t lines = 0;            ///< lines and points
+    std::size_t areaLess = 0;         ///< polygons without an area
+    std::size_t notFinite = 0;        ///< polygons with a corner that is no number
+    std::size_t cutPolygons = 0;      ///< of more than four corners, or bent, that became triangles
+    std::size_t simplified = 0;       ///< triangles that --triangles took away
+    std::size_t seamPolygons = 0;     ///< polygons that were cut where their texture repeats
+    std::size_t clampedPolygons = 0;  ///< cut where a clamped texture ends
+    std::size_t tooFine = 0;          ///< polygons that show their texture's mean colour instead
     std::size_t morphTargets = 0;
     std::size_t cameras = 0;
     std::size_t lights = 0;

@@ -8,15 +8,16 @@ namespace vxbtool::importing {
 namespace {
 
 void settle(ShapePolygon& polygon, std::size_t axis, Wrap wrap) {
+    if (wrap == Wrap::clamp) {
+        for (ShapeCorner& corner : polygon.used()) {
+            corner.texture.at(axis) = std::clamp(corner.texture.at(axis), 0.0F, 1.0F);
+        }
+        return;
+    }
     float least = std::numeric_limits<float>::max();
     for (ShapeCorner& corner : polygon.used()) {
-        float& value = corner.texture.at(axis);
-        if (wrap == Wrap::clamp) {
-            value = std::clamp(value, 0.0F, 1.0F);
-        } else if (wrap == Wrap::mirror) {
-            value /= 2;
-        }
-        least = std::min(least, value);
+        corner.texture.at(axis) /= wrap == Wrap::mirror ? 2 : 1;
+        least = std::min(least, corner.texture.at(axis));
     }
     const float whole = std::floor(least + textureSlack);
     for (ShapeCorner& corner : polygon.used()) {
