@@ -134,6 +134,33 @@ TEST(Pictures, NoCutOrDamagedFileIsTakenForWhole) {
     }
 }
 
+TEST(Pictures, JpegFilesHaveAScanOfEachColourAndNotTooMany) {
+    const std::string whole = dataFile("small.jpg");
+    const std::size_t scan = whole.find("\xFF\xDA");
+    const std::size_t end = whole.rfind("\xFF\xD9");
+    const std::string before = whole.substr(0, scan);
+    const std::string after = whole.substr(end);
+    const std::string one = whole.substr(scan, end - scan);
+    const auto refusal = [](const std::string& bytes) {
+        try {
+            readPicture(bytes);
+        } catch (const PictureFault& fault) {
+            return std::string(fault.what());
+        }
+        return std::string();
+    };
+    EXPECT_EQ(refusal(before + after), "the picture lacks a scan of a colour");
+    // Its second component has another number than the frame's.
+    std::string other = one;
+    other[7] = '\x09';
+    EXPECT_EQ(refusal(before + other + after), "the picture lacks a scan of a colour");
+    std::string many = before;
+    for (int i = 0; i < 65; ++i) {
+        many += one;
+    }
+    EXPECT_EQ(refusal(many + after), "the picture has more than 64 scans");
+}
+
 TEST(Pictures, ResizedInTheLightAndWithoutTheColourOfHoles) {
     Picture picture{2, 1, {{255, 255, 255, 255}, {0, 0, 0, 255}}};
     const Rgba grey = resized(picture, 1, 1, Edges::repeat).texels[0];

@@ -59,6 +59,7 @@ if(MQF2VXB_BUILD_IMPORT)
         vxbtool/import/texture_coordinates.cpp
         vxbtool/import/textures.cpp
         vxbtool/import/track.cpp
+        vxbtool/pictures/jpeg_scans.cpp
         vxbtool/pictures/memory_map.cpp
         vxbtool/pictures/options.cpp
         vxbtool/pictures/palette.cpp

@@ -56,11 +56,10 @@ std::string defaultOutput(const std::string& model, const std::string& folder) {
     return folder.empty() ? output : fs::path(folder) / output.filename();
 }
 
-/// Adds a job's output to the run; one that another job or option has already is bad usage.
+/// Adds an output to the run; one that another job or option has already is bad usage, but for the
+/// device that keeps nothing.
 void claimOutput(const std::string& name, ConvertRun& run) {
-    std::error_code error;
-    const bool isDevice = fs::exists(name, error) && !fs::is_regular_file(name, error);
-    if (!run.outputs.insert(placeOf(name)).second && !isDevice) {
+    if (!run.outputs.insert(placeOf(name)).second && name != "/dev/null") {
         throw CLI::ValidationError(name, "several outputs would be this file");
     }
 }
@@ -88,6 +87,9 @@ std::vector<ConvertJob> makeJobs(const ConvertArguments& arguments, ConvertRun& 
         if (!name.empty()) {
             claimOutput(name, run);
         }
+    }
+    if (arguments.report.json) {
+        claimOutput(outputPath("-"), run);  // where the report goes
     }
     return jobs;
 }

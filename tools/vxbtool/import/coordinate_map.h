@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <unordered_map>
@@ -10,6 +11,8 @@
 #include <assimp/matrix3x3.h>
 #include <assimp/matrix4x4.h>
 #include <assimp/scene.h>
+
+#include "base/seeded_hash.h"
 
 namespace vxbtool::importing {
 
@@ -45,7 +48,8 @@ struct SourceCoordinate {
 struct CoordinateMap {
     std::vector<SourceCoordinate> coordinates;
     std::unordered_map<const aiNode*, std::uint32_t> byNode;
-    std::unordered_map<std::string, const aiNode*> nodes;  ///< of a name the first, from the root
+    /// Of a name the first, from the root.
+    std::unordered_map<std::string, const aiNode*, mqf2vxb::SeededHash, std::equal_to<>> nodes;
 
     /// The coordinate that an animation's channel or a bone of this name moves.
     [[nodiscard]] std::optional<std::uint32_t> find(const std::string& name) const;

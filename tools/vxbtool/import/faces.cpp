@@ -1,5 +1,6 @@
 #include "vxbtool/import/faces.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <utility>
@@ -7,8 +8,10 @@
 namespace vxbtool::importing {
 namespace {
 
-/// From here on a polygon is cut like a fan: looking for ears takes the square of its corners.
-constexpr std::size_t mostEars = 2048;
+/// From here on a polygon is cut like a fan: what is noted of its corners takes their square.
+constexpr std::size_t mostEars = 16384;
+/// How often, for each corner, it may be looked whether a corner lies in a triangle.
+constexpr std::size_t looksPerCorner = 768;
 
 /// How far the two halves of a flat quadrangle may turn against each other, as a cosine.
 constexpr double flat = 0.9999;
@@ -41,28 +44,61 @@ public:
             }
             left_.push_back(left_.size());
         }
+        for (std::size_t i = 0; i < points_.size(); ++i) {
+            note(i);
+        }
     }
 
     /// The next triangle, as indices into the ring.
     std::array<std::size_t, 3> next() {
         std::size_t best = 0;
-        const std::size_t most = 2 * points_.size() * points_.size();
-        for (std::size_t tried = 0; tried < left_.size() && looks_ < most; ++tried) {
-            const std::size_t at = (start_ + tried) % left_.size();
-            if (isEar(at)) {
-                best = at;
-                break;
-            }
+        const std::size_t most = looksPerCorner * points_.size();
+        bool found = false;
+        // The corners beside the last ear first, of which one is an ear in long and thin outlines.
+        for (std::size_t tried = 0; !found && tried < left_.size() && looks_ < most; ++tried) {
+            const std::size_t before = tried == 0 ? 0 : tried == 1 ? left_.size() - 1 : tried - 1;
+            best = (start_ + before) % left_.size();
+            found = isEar(best);
+        }
+        if (!found) {
+            best = 0;
+            exact_ = exact_ && inward_.empty();
         }
         const std::array result{corner(best + left_.size() - 1), corner(best), corner(best + 1)};
         left_.erase(left_.begin() + static_cast<std::ptrdiff_t>(best));
+        std::erase(inward_, result[1]);
         start_ = left_.empty() ? 0 : best % left_.size();
+        if (left_.size() > 2) {
+            note(best + left_.size() - 1);
+            note(best);
+        }
         return result;
     }
+
+    /// Whether all triangles so far were ears.
+    [[nodiscard]] bool isExact() const { return exact_; }
 
 private:
     [[nodiscard]] std::size_t corner(std::size_t at) const { return left_[at % left_.size()]; }
 
+    [[nodiscard]] double turnAt(std::size_t at) const {
+        return turn(points_[corner(at + left_.size() - 1)], points_[corner(at)],
+                    points_[corner(at + 1)]);
+    }
+
+    /// Notes whether the outline turns inward there, or not at all.
+    void note(std::size_t at) {
+        const std::size_t point = corner(at);
+        const auto known = std::ranges::find(inward_, point);
+        const bool inward = turnAt(at) <= 0;
+        if (inward && known == inward_.end()) {
+            inward_.push_back(point);
+        } else if (!inward && known != inward_.end()) {
+            inward_.erase(known);
+        }
+    }
+
+    /// Where a corner lies in the triangle, one does at which the outline turns inward.
     [[nodiscard]] bool isEar(std::size_t at) {
         const Flat& a = points_[corner(at + left_.size() - 1)];
         const Flat& b = points_[corner(at)];
@@ -70,20 +106,19 @@ private:
         if (turn(a, b, c) <= 0) {
             return false;
         }
-        for (std::size_t other = at + 2; other + 1 < at + left_.size(); ++other) {
+        return std::ranges::none_of(inward_, [&](std::size_t other) {
             ++looks_;
-            const Flat& p = points_[corner(other)];
-            if (turn(a, b, p) > 0 && turn(b, c, p) > 0 && turn(c, a, p) > 0) {
-                return false;
-            }
-        }
-        return true;
+            const Flat& p = points_[other];
+            return turn(a, b, p) > 0 && turn(b, c, p) > 0 && turn(c, a, p) > 0;
+        });
     }
 
     std::vector<Flat> points_;
     std::vector<std::size_t> left_;
+    std::vector<std::size_t> inward_;  // those of them at which the outline does not turn outward
     std::size_t start_ = 0;
     std::size_t looks_ = 0;  ///< at a corner, whether it lies in a triangle
+    bool exact_ = true;
 };
 
 /// Adds a triangle unless it has no area.
@@ -106,7 +141,7 @@ Vector frontOf(std::span<const Vector> ring) {
     return front;
 }
 
-void cutPolygon(const aiMesh& mesh, std::span<const unsigned> corners, std::vector<Face>& faces) {
+bool cutPolygon(const aiMesh& mesh, std::span<const unsigned> corners, std::vector<Face>& faces) {
     std::vector<Vector> ring;
     ring.reserve(corners.size());
     for (const unsigned corner : corners) {
@@ -114,7 +149,7 @@ void cutPolygon(const aiMesh& mesh, std::span<const unsigned> corners, std::vect
     }
     if (corners.size() == 3) {
         addTriangle({ring[0], ring[1], ring[2]}, {corners[0], corners[1], corners[2]}, faces);
-        return;
+        return true;
     }
     const Vector front = frontOf(ring);
     if (corners.size() == 4) {
@@ -127,7 +162,7 @@ void cutPolygon(const aiMesh& mesh, std::span<const unsigned> corners, std::vect
             if (a * b > flat * a.Length() * b.Length() && a * b > 0) {
                 faces.push_back(
                     {4, {corners[at(0)], corners[at(1)], corners[at(2)], corners[at(3)]}});
-                return;
+                return true;
             }
         }
     }
@@ -136,13 +171,14 @@ void cutPolygon(const aiMesh& mesh, std::span<const unsigned> corners, std::vect
             addTriangle({ring[0], ring[i], ring[i + 1]}, {corners[0], corners[i], corners[i + 1]},
                         faces);
         }
-        return;
+        return false;
     }
     EarCutter cutter(ring, front);
     for (std::size_t i = 2; i < ring.size(); ++i) {
         const auto [a, b, c] = cutter.next();
         addTriangle({ring[a], ring[b], ring[c]}, {corners[a], corners[b], corners[c]}, faces);
     }
+    return cutter.isExact();
 }
 
 }  // namespace vxbtool::importing

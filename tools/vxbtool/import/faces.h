@@ -19,8 +19,9 @@ struct Face {
 
 /// Cuts a polygon's corners, all of which are finite, into triangles; a flat quadrangle stays, its
 /// first and third corner where a diagonal between the second and fourth lies inside. What has no
-/// area gives none.
-void cutPolygon(const aiMesh& mesh, std::span<const unsigned> corners, std::vector<Face>& faces);
+/// area gives none. False when the outline is so intricate, or crosses itself so, that the triangles
+/// are those of a fan in part.
+bool cutPolygon(const aiMesh& mesh, std::span<const unsigned> corners, std::vector<Face>& faces);
 
 /// The direction of a polygon's front, as long as twice its area, when its corners run
 /// anticlockwise.

@@ -31,7 +31,7 @@ std::vector<Face> facesOf(const aiMesh& mesh, Dropped& dropped) {
             ++dropped.notFinite;
         } else {
             const std::size_t before = faces.size();
-            cutPolygon(mesh, corners, faces);
+            dropped.fans += cutPolygon(mesh, corners, faces) ? 0 : 1;
             dropped.areaLess += faces.size() == before ? 1 : 0;
             dropped.cutPolygons += faces.size() > before + 1 ? 1 : 0;
         }

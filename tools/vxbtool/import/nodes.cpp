@@ -65,13 +65,15 @@ NodeUses findUses(const aiScene& scene, const CoordinateMap& map, bool withMotio
     return uses;
 }
 
-/// Whether the node has polygons, not only lines and points.
-bool draws(const aiScene& scene, const aiNode& node) {
-    const std::span<const unsigned> meshes(node.mMeshes, node.mNumMeshes);
-    return std::ranges::any_of(meshes, [&](unsigned m) {
-        const std::span<const aiFace> faces(scene.mMeshes[m]->mFaces, scene.mMeshes[m]->mNumFaces);
-        return std::ranges::any_of(faces, [](const aiFace& face) { return face.mNumIndices > 2; });
-    });
+/// Whether each mesh has polygons, not only lines and points.
+std::vector<bool> meshesWithPolygons(const aiScene& scene) {
+    std::vector<bool> result;
+    for (const aiMesh* mesh : std::span(scene.mMeshes, scene.mNumMeshes)) {
+        const std::span<const aiFace> faces(mesh->mFaces, mesh->mNumFaces);
+        result.push_back(
+            std::ranges::any_of(faces, [](const aiFace& face) { return face.mNumIndices > 2; }));
+    }
+    return result;
 }
 
 Matrix3 scaled(const Matrix3& matrix, double factor) {
@@ -179,12 +181,15 @@ CoordinateMap mapCoordinates(const aiScene& scene, bool withMotions, UpAxis up) 
     const NodeUses uses = findUses(scene, map, withMotions);
 
     const std::size_t count = list.nodes.size();
+    const std::vector<bool> withPolygons = meshesWithPolygons(scene);
     std::vector<char> drawing(count);
     std::vector<char> kept(count);
     std::vector<std::size_t> carried(count);  // children that are or carry something
     for (std::size_t n = count; n-- > 0;) {
         const aiNode* node = list.nodes[n];
-        drawing[n] = static_cast<char>(draws(scene, *node));
+        drawing[n] = static_cast<char>(
+            std::ranges::any_of(std::span(node->mMeshes, node->mNumMeshes),
+                                [&](unsigned mesh) -> bool { return withPolygons[mesh]; }));
         const bool needed =
             drawing[n] != 0 || uses.joints.contains(node) || uses.moving.contains(node);
         kept[n] = static_cast<char>(needed || carried[n] > 1);

@@ -25,6 +25,8 @@ std::vector<Loss> lossesOf(const ImportReport& report) {
         {"lines and points", "only polygons are drawn", dropped.lines},
         {"polygons", "without an area in whole units", dropped.areaLess},
         {"polygons", "a corner is no finite number", dropped.notFinite},
+        {"polygons cut like fans", "their outlines are too intricate, or cross themselves",
+         dropped.fans},
         {"triangles", "taken away by --triangles", dropped.simplified},
         {"polygons cut", "more than four corners, or bent", dropped.cutPolygons},
         {"polygons cut", "along the edges of a texture that repeats", dropped.seamPolygons},

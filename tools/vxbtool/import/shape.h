@@ -59,6 +59,7 @@ struct Dropped {
     std::size_t areaLess = 0;         ///< polygons without an area
     std::size_t notFinite = 0;        ///< polygons with a corner that is no number
     std::size_t cutPolygons = 0;      ///< of more than four corners, or bent, that became triangles
+    std::size_t fans = 0;             ///< whose outline is too intricate for the cut to be exact
     std::size_t simplified = 0;       ///< triangles that --triangles took away
     std::size_t seamPolygons = 0;     ///< polygons that were cut where their texture repeats
     std::size_t clampedPolygons = 0;  ///< cut where a clamped texture ends

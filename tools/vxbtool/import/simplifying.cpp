@@ -1,7 +1,11 @@
 #include "vxbtool/import/simplifying.h"
 
+#include <algorithm>
 #include <array>
+#include <cstdint>
 #include <span>
+#include <utility>
+#include <vector>
 
 #include <meshoptimizer.h>
 
@@ -44,6 +48,42 @@ std::vector<unsigned> weldedTriangles(const aiMesh& mesh, const std::vector<Face
     return indices;
 }
 
+/// Leaves out triangles that are there already, with the same corners in the same order.
+void dropRepeated(std::vector<unsigned>& indices) {
+    using Triangle = std::array<unsigned, 3>;
+    std::vector<std::pair<Triangle, std::size_t>> order;
+    for (std::size_t i = 0; i + 2 < indices.size(); i += 3) {
+        Triangle triangle{indices[i], indices[i + 1], indices[i + 2]};
+        std::ranges::rotate(triangle, std::ranges::min_element(triangle));
+        order.emplace_back(triangle, i);
+    }
+    std::ranges::sort(order);
+    std::vector<std::size_t> kept;
+    for (std::size_t k = 0; k < order.size(); ++k) {
+        if (k == 0 || order[k].first != order[k - 1].first) {
+            kept.push_back(order[k].second);
+        }
+    }
+    std::ranges::sort(kept);
+    std::vector<unsigned> result;
+    for (const std::size_t i : kept) {
+        result.insert(result.end(), {indices[i], indices[i + 1], indices[i + 2]});
+    }
+    indices = std::move(result);
+}
+
+/// Whether so many triangles meet at vertices that to look at their edges, each beside the others,
+/// would take the square of them.
+bool isCrowded(std::span<const unsigned> indices, std::size_t vertexNum) {
+    constexpr std::uint64_t bearable = 1024;  // for each corner
+    std::vector<std::uint64_t> triangles(vertexNum);
+    std::uint64_t effort = 0;
+    for (const unsigned index : indices) {
+        effort += 2 * triangles[index]++ + 1;  // the squares' sum, as they grow
+    }
+    return effort > bearable * indices.size();
+}
+
 }  // namespace
 
 std::size_t triangleCount(const std::vector<Face>& faces) {
@@ -59,11 +99,14 @@ std::vector<Face> simplified(const aiMesh& mesh, const std::vector<Face>& faces,
         return faces;
     }
     std::vector<unsigned> indices = weldedTriangles(mesh, faces);
-    std::vector<unsigned> fewer(indices.size());
+    dropRepeated(indices);
+    std::vector<unsigned> fewer = indices;
     constexpr float anyError = 1e9F;
-    fewer.resize(meshopt_simplify(fewer.data(), indices.data(), indices.size(),
-                                  &mesh.mVertices[0].x, mesh.mNumVertices, sizeof(aiVector3D),
-                                  most * 3, anyError, 0, nullptr));
+    if (indices.size() > most * 3 && !isCrowded(indices, mesh.mNumVertices)) {
+        fewer.resize(meshopt_simplify(fewer.data(), indices.data(), indices.size(),
+                                      &mesh.mVertices[0].x, mesh.mNumVertices, sizeof(aiVector3D),
+                                      most * 3, anyError, 0, nullptr));
+    }
     if (fewer.size() > most * 3) {
         // It keeps every edge between attributes that differ; this one does not.
         std::vector<unsigned> few(fewer.size());

@@ -28,18 +28,14 @@ public:
     }
 
     std::uint32_t take(const Triangle& vertices) {
-        auto at = static_cast<std::size_t>(
+        const auto first = static_cast<std::size_t>(
             std::ranges::lower_bound(order_, std::pair(sorted(vertices), 0U)) - order_.begin());
-        while (taken_[at] != 0) {
-            ++at;
-        }
-        taken_[at] = 1;
-        return order_[at].second;
+        return order_[first + taken_[first]++].second;
     }
 
 private:
     std::vector<std::pair<Triangle, std::uint32_t>> order_;
-    std::vector<char> taken_;
+    std::vector<std::uint32_t> taken_;  // where the first of equal ones stands, how many of them
 };
 
 /// Takes apart what is one row of vertices with marks between strips. Where the row turns by a triangle

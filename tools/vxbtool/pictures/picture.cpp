@@ -4,18 +4,40 @@
 #include <cctype>
 #include <cerrno>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <new>
 #include <optional>
 #include <utility>
 
-#include <stb/stb_image.h>
-#include <stb/stb_image_resize.h>
-
 #include <fmt/core.h>
 
+#include "vxbtool/pictures/jpeg_scans.h"
 #include "vxbtool/pictures/texel_budget.h"
+
+namespace {
+
+// What a damaged file leaves out of its picture is the same in each run: zeros.
+void* zeroedMemory(std::size_t size) { return std::calloc(1, size); }
+void* grownMemory(void* memory, std::size_t before, std::size_t size) {
+    auto* const grown = static_cast<char*>(std::realloc(memory, size));
+    if (grown != nullptr && size > before) {
+        std::memset(grown + before, 0, size - before);
+    }
+    return grown;
+}
+
+}  // namespace
+
+#define STB_IMAGE_IMPLEMENTATION
+#define STB_IMAGE_STATIC
+#define STBI_NO_STDIO
+#define STBI_MALLOC zeroedMemory
+#define STBI_REALLOC_SIZED grownMemory
+#define STBI_FREE std::free
+#include <stb/stb_image.h>
+#include <stb/stb_image_resize.h>
 
 namespace vxbtool::pictures {
 namespace {
@@ -105,6 +127,7 @@ Size announcedSize(std::string_view bytes) {
 
 Picture readPicture(std::string_view bytes) {
     const Size announced = announcedSize(bytes);
+    requireSoundScans(bytes);
     Source source{bytes};
     Size size;
     int channelsInFile = 0;

@@ -20,6 +20,7 @@
 #include "vxb/word_meaning.h"
 #include "vxbtool/check/check.h"
 #include "vxbtool/model_text/model_files_writer.h"
+#include "vxbtool/shared/file_place.h"
 #include "vxbtool/shared/in_memory.h"
 #include "vxbtool/shared/new_files.h"
 #include "vxbtool/shared/signals.h"
@@ -103,6 +104,10 @@ ExitStatus unpackFile(const UnpackArguments& arguments, const VxbFile& file,
     std::vector<std::string> paths = model_text::fileNames(model.text, name);
     for (std::string& path : paths) {
         path = (fs::path(folder) / path).string();
+    }
+    if (const auto replaced = replacedInput({&arguments.file, 1}, paths)) {
+        printError(fmt::format("{}: it would be replaced by the output", arguments.file));
+        return ExitStatus::badInput;
     }
     if (const std::string why = prepareNewFiles(paths, arguments.force); !why.empty()) {
         printError(why);
