@@ -14,6 +14,9 @@
 namespace vxbtool::importing {
 namespace {
 
+/// Few bytes may stand for very many nodes; the vertices of a file are 65536.
+constexpr std::size_t mostNodes = std::size_t{1} << 18U;
+
 /// The nodes of a scene from above, parents first, children in the scene's order.
 struct NodeList {
     std::vector<const aiNode*> nodes;
@@ -29,6 +32,9 @@ NodeList listNodes(const aiScene& scene) {
         const std::size_t index = list.nodes.size();
         list.nodes.push_back(node);
         list.parents.push_back(parent);
+        if (list.nodes.size() > mostNodes) {
+            throw ImportFault(fmt::format("it has more than {} nodes", mostNodes));
+        }
         for (unsigned c = node->mNumChildren; c > 0; --c) {
             if (const aiNode* child = node->mChildren[c - 1]; child != nullptr) {
                 open.emplace_back(child, index);

@@ -64,16 +64,80 @@ std::uint32_t heightOf(const WantedTexture& wanted) {
     return wanted.height > 0 ? wanted.height : wanted.picture.height;
 }
 
-Item itemOf(const WantedTexture& wanted, std::uint32_t largest) {
+/// The size of a texture, in texels.
+struct TextureSize {
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+    std::uint32_t halvings = 0;
+};
+
+/// The size of a texture that has room enough.
+TextureSize wholeSize(const WantedTexture& wanted, std::uint32_t largest) {
     const double longest = std::max(widthOf(wanted), heightOf(wanted));
     const double factor = std::min(1.0, largest / longest);
     const auto side = [&](std::uint32_t texels) {
         const auto fitted = std::max(1U, static_cast<std::uint32_t>(std::lround(texels * factor)));
         return wanted.repeats ? windowSide(fitted, largest) : fitted;
     };
+    return {side(widthOf(wanted)), side(heightOf(wanted)), 0};
+}
+
+/// The next smaller size; nothing for the smallest.
+std::optional<TextureSize> halved(const TextureSize& size) {
+    const auto half = [](std::uint32_t side) {
+        return side > shortestSide ? std::max(shortestSide, (side + 1) / 2) : side;
+    };
+    const TextureSize result{half(size.width), half(size.height), size.halvings + 1};
+    return result.width == size.width && result.height == size.height ? std::nullopt
+                                                                      : std::optional(result);
+}
+
+[[noreturn]] void failFull() {
+    throw PictureFault("image memory is full, however small the textures are made");
+}
+
+/// The sizes of the textures, the largest halved until all might fit in as few bits as they can have:
+/// to find colours for more than memory can hold would be in vain.
+std::vector<TextureSize> sizesOf(std::span<const WantedTexture* const> wanted,
+                                 std::uint32_t largest, const ImageMemory& memory) {
+    const auto columnsOfSize = [&](std::size_t i, const TextureSize& size) {
+        const Colours colours = wanted[i]->reduction.colours;
+        const std::uint32_t depth = colours == Colours::direct ? 16
+                                    : colours == Colours::many ? 8
+                                                               : 4;
+        return std::size_t{columnsOf(size.width, depth)} * size.height;
+    };
+    std::vector<TextureSize> sizes;
+    std::priority_queue<std::tuple<std::size_t, std::size_t>> candidates;
+    std::size_t needed = 0;
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+        sizes.push_back(wholeSize(*wanted[i], largest));
+        const std::size_t columns = columnsOfSize(i, sizes[i]);
+        needed += columns;
+        candidates.emplace(columns, wanted.size() - i);
+    }
+    const std::size_t room = std::size_t{memory.textures.width} * memory.textures.height;
+    while (needed > room) {
+        if (candidates.empty()) {
+            failFull();
+        }
+        const auto [columns, fromEnd] = candidates.top();
+        candidates.pop();
+        const std::size_t i = wanted.size() - fromEnd;
+        if (const std::optional<TextureSize> size = halved(sizes[i])) {
+            sizes[i] = *size;
+            const std::size_t fewer = columnsOfSize(i, *size);
+            needed -= columns - fewer;
+            candidates.emplace(fewer, fromEnd);
+        }
+    }
+    return sizes;
+}
+
+Item itemOf(const WantedTexture& wanted, const TextureSize& size) {
     return {&wanted,
-            sized(wanted, side(widthOf(wanted)), side(heightOf(wanted)), wanted.reduction.colours),
-            0,
+            sized(wanted, size.width, size.height, wanted.reduction.colours),
+            size.halvings,
             {},
             {}};
 }
@@ -91,16 +155,12 @@ bool shrink(Item& item) {
             return true;
         }
     }
-    const auto half = [](std::uint32_t side) {
-        return side > shortestSide ? std::max(shortestSide, (side + 1) / 2) : side;
-    };
-    const std::uint32_t width = half(picture.width);
-    const std::uint32_t height = half(picture.height);
-    if (width == picture.width && height == picture.height) {
+    const std::optional<TextureSize> size = halved({picture.width, picture.height, item.halvings});
+    if (!size) {
         return false;
     }
-    item.picture = sized(*item.wanted, width, height, coloursOf(picture));
-    ++item.halvings;
+    item.picture = sized(*item.wanted, size->width, size->height, coloursOf(picture));
+    item.halvings = size->halvings;
     return true;
 }
 
@@ -181,7 +241,7 @@ void save(std::vector<Item>& items, std::size_t wanted) {
     for (std::size_t saved = 0; saved < wanted;) {
         if (candidates.empty()) {
             if (saved == 0) {
-                throw PictureFault("image memory is full, however small the textures are made");
+                failFull();
             }
             return;
         }
@@ -276,13 +336,18 @@ Placing place(std::span<const WantedTexture> wanted, const PlacingOptions& optio
     const std::uint32_t largest = std::clamp(options.largest, 1U, longestTexture);
     Placing placing;
     std::map<const WantedTexture*, std::size_t, WantedOrder> known;
-    std::vector<Item> items;
+    std::vector<const WantedTexture*> different;
     for (const WantedTexture& texture : wanted) {
-        const auto [entry, isNew] = known.try_emplace(&texture, items.size());
+        const auto [entry, isNew] = known.try_emplace(&texture, different.size());
         if (isNew) {
-            items.push_back(itemOf(texture, largest));
+            different.push_back(&texture);
         }
         placing.textureOf.push_back(entry->second);
+    }
+    const std::vector<TextureSize> sizes = sizesOf(different, largest, options.memory);
+    std::vector<Item> items;
+    for (std::size_t i = 0; i < different.size(); ++i) {
+        items.push_back(itemOf(*different[i], sizes[i]));
     }
     placeItems(items, options.memory);
     std::ranges::transform(items, std::back_inserter(placing.textures), placedTexture);
