@@ -102,9 +102,11 @@ TEST(StagedOutputs, TakesThePlaceOfAFileThatAppearsMeanwhileOnlyWhereItMay) {
         TemporaryFiles temporaryFiles;
         StagedOutputs outputs(temporaryFiles, existing);
         outputs.write((folder.path() / "model").string(), "new");
+        outputs.write((folder.path() / "other").string(), "new");
         folder.write("model", "old");
         if (existing == ExistingFiles::kept) {
             EXPECT_THROW(outputs.commit(), mqf2vxb::Report);
+            EXPECT_EQ(folder.read("other"), "");
             EXPECT_THROW(outputs.write((folder.path() / "model").string(), "new"), mqf2vxb::Report);
             EXPECT_EQ(folder.read("model"), "old");
             folder.run("ln -s elsewhere link");

@@ -17,6 +17,7 @@
 #include "base/diagnostics.h"
 #include "base/out_of_memory.h"
 #include "files/disk_files.h"
+#include "files/inputs.h"
 #include "vxbtool/model_text/component_files.h"
 #include "vxbtool/pictures/memory_map.h"
 #include "vxbtool/pictures/options.h"
@@ -103,9 +104,14 @@ bool endsName(char c) { return static_cast<unsigned char>(c) <= ' ' || c == 0x7F
 /// The path of a picture's PXL file; its name is a single word.
 std::string outputOf(const std::string& picture, const std::string& folder) {
     const fs::path path(picture);
-    std::string name = path.stem().string();
+    std::string name = printable(path.stem().string());
     std::ranges::replace_if(name, endsName, '_');
     return ((folder.empty() ? path.parent_path() : fs::path(folder)) / (name + ".pxl")).string();
+}
+
+/// The line of an MQF file that names a texture.
+std::string textureLine(std::size_t number, const std::string& output) {
+    return fmt::format("TEX[{}]={}\n", number, output);
 }
 
 std::vector<std::string> outputsOf(const ImageArguments& arguments) {
@@ -113,10 +119,16 @@ std::vector<std::string> outputsOf(const ImageArguments& arguments) {
     std::map<FilePlace, std::string> pictureOf;
     for (const std::string& picture : arguments.pictures) {
         outputs.push_back(outputOf(picture, arguments.folder));
-        if (std::ranges::any_of(outputs.back(), endsName)) {
+        const std::string& output = outputs.back();
+        if (std::ranges::any_of(output, endsName) || printable(output) != output) {
             throw CLI::ValidationError(
-                "--out-dir", fmt::format("no MQF file can name {}: choose a folder without blanks",
-                                         outputs.back()));
+                "--out-dir",
+                fmt::format("no MQF file can name {}: choose a folder without blanks", output));
+        }
+        if (textureLine(outputs.size() - 1, output).size() > mqf2vxb::longestLine) {
+            throw CLI::ValidationError(
+                "--out-dir",
+                fmt::format("no line of an MQF file can hold {}: choose a shorter folder", output));
         }
         const auto [entry, isNew] = pictureOf.try_emplace(placeOf(outputs.back()), picture);
         if (!isNew) {
@@ -154,9 +166,8 @@ std::vector<pictures::WantedTexture> wantedTextures(const ImageArguments& argume
 std::string modelLines(const pictures::Placing& placing, const std::vector<std::string>& outputs) {
     std::string text = fmt::format("NTEX={}\n", outputs.size());
     for (std::size_t i = 0; i < outputs.size(); ++i) {
-        text += fmt::format("# {}\nTEX[{}]={}\n",
-                            placing.textures[placing.textureOf[i]].texture.comment, i,
-                            printable(outputs[i]));
+        text += fmt::format("# {}\n", placing.textures[placing.textureOf[i]].texture.comment);
+        text += textureLine(i, outputs[i]);
     }
     return text;
 }

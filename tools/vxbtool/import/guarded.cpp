@@ -37,11 +37,16 @@ constexpr std::uint64_t memoryPerByte = 64;
 constexpr std::uint64_t leastSeconds = 60;
 constexpr std::uint64_t bytesPerSecond = 100'000;
 
-void limit(int resource, std::uint64_t value) {
+rlim_t limitOf(__rlimit_resource_t resource) {
     rlimit limits{};
-    if (getrlimit(static_cast<__rlimit_resource_t>(resource), &limits) == 0) {
-        limits.rlim_cur = std::min<rlim_t>(value, limits.rlim_max);
-        setrlimit(static_cast<__rlimit_resource_t>(resource), &limits);
+    return getrlimit(resource, &limits) == 0 ? limits.rlim_cur : RLIM_INFINITY;
+}
+
+void setLimit(__rlimit_resource_t resource, rlim_t value) {
+    rlimit limits{};
+    if (getrlimit(resource, &limits) == 0) {
+        limits.rlim_cur = std::min(value, limits.rlim_max);
+        setrlimit(resource, &limits);
     }
 }
 
@@ -91,7 +96,8 @@ int runGuarded(const std::function<int()>& work,
     return died(causeOf(signal));
 }
 
-ReadingLimits::ReadingLimits() {
+ReadingLimits::ReadingLimits()
+    : memoryBefore_(limitOf(RLIMIT_AS)), timeBefore_(limitOf(RLIMIT_CPU)) {
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
     secondsBefore_ = static_cast<std::uint64_t>(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec);
@@ -99,8 +105,8 @@ ReadingLimits::ReadingLimits() {
 }
 
 ReadingLimits::~ReadingLimits() {
-    limit(RLIMIT_AS, RLIM_INFINITY);
-    limit(RLIMIT_CPU, RLIM_INFINITY);
+    setLimit(RLIMIT_AS, memoryBefore_);
+    setLimit(RLIMIT_CPU, timeBefore_);
 }
 
 void ReadingLimits::add(std::uint64_t bytes) {
@@ -110,9 +116,10 @@ void ReadingLimits::add(std::uint64_t bytes) {
 
 void ReadingLimits::set() const {
     if (limitsMemory) {
-        limit(RLIMIT_AS, leastMemory + bytes_ * memoryPerByte);
+        setLimit(RLIMIT_AS, std::min(memoryBefore_, leastMemory + bytes_ * memoryPerByte));
     }
-    limit(RLIMIT_CPU, secondsBefore_ + leastSeconds + bytes_ / bytesPerSecond);
+    setLimit(RLIMIT_CPU,
+             std::min(timeBefore_, secondsBefore_ + leastSeconds + bytes_ / bytesPerSecond));
 }
 
 }  // namespace vxbtool::importing

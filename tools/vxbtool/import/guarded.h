@@ -4,6 +4,8 @@
 #include <functional>
 #include <string>
 
+#include <sys/resource.h>
+
 namespace vxbtool::importing {
 
 /// Runs work in a process of its own, and returns what it returns as its exit status. When the process
@@ -27,8 +29,10 @@ public:
 private:
     void set() const;
 
+    rlim_t memoryBefore_;  ///< the limits of the user, which are not raised
+    rlim_t timeBefore_;
     std::uint64_t bytes_ = 0;
-    std::uint64_t secondsBefore_;  ///< of processor time that the process took already
+    std::uint64_t secondsBefore_ = 0;  ///< of processor time that the process took already
 };
 
 }  // namespace vxbtool::importing

@@ -95,6 +95,7 @@ importing::ImportOptions optionsOf(const ImportArguments& arguments) {
 
 /// The paths of what is written, the MQF file first.
 std::vector<std::string> importOutputs(const ImportArguments& arguments, const ImportedModel& model,
+                                       const std::vector<std::string>& inputs,
                                        const std::string& folder, const std::string& name) {
     std::vector<std::string> paths = model_text::fileNames(model.text, name);
     if (arguments.convert) {
@@ -103,8 +104,10 @@ std::vector<std::string> importOutputs(const ImportArguments& arguments, const I
     for (std::string& path : paths) {
         path = (fs::path(folder) / path).string();
     }
-    if (const auto replaced = replacedInput({&arguments.file, 1}, paths)) {
-        throw ImportFault(fmt::format("it would be replaced by the output {}", replaced->output));
+    if (const auto replaced = replacedInput(inputs, paths)) {
+        throw ImportFault(fmt::format("{} would be replaced by the output {}",
+                                      replaced->input == arguments.file ? "it" : replaced->input,
+                                      replaced->output));
     }
     return paths;
 }
@@ -115,14 +118,18 @@ std::string converted(const ImportedModel& model, const std::string& name) {
     return convertInMemory(model_text::fileNames(model.text, name).front(), {}, files);
 }
 
-ImportedModel importFile(const ImportArguments& arguments,
-                         const importing::ImportOptions& options) {
+/// Adds the files that are read to `inputs`.
+ImportedModel importFile(const ImportArguments& arguments, const importing::ImportOptions& options,
+                         std::vector<std::string>& inputs) {
     importing::ProgressLine progress(arguments.file);
     progress.step("reading");
     const Source source = [&] {
         importing::ReadingLimits limits;
         importing::SourceOptions reading;
-        reading.opening = [&](std::uint64_t bytes) { limits.add(bytes); };
+        reading.opening = [&](const std::string& file, std::uint64_t bytes) {
+            inputs.push_back(file);
+            limits.add(bytes);
+        };
         reading.goOn = [&] {
             progress.tick();
             return true;
@@ -137,13 +144,14 @@ void importAndWrite(const ImportArguments& arguments, const importing::ImportOpt
                     const std::string& name) {
     TemporaryFiles temporaryFiles;
     const SignalWatch signalWatch(temporaryFiles);
-    const ImportedModel model = importFile(arguments, options);
+    std::vector<std::string> inputs{arguments.file};
+    const ImportedModel model = importFile(arguments, options, inputs);
     const std::string folder = arguments.folder.empty()
                                    ? (fs::path(arguments.file).parent_path() / name).string()
                                    : arguments.folder;
     importing::WrittenFiles written;
     written.source = arguments.file;
-    written.files = importOutputs(arguments, model, folder, name);
+    written.files = importOutputs(arguments, model, inputs, folder, name);
     written.model = written.files.front();
     const std::string vxb = arguments.convert ? converted(model, name) : "";
     if (const std::string why = prepareNewFiles(written.files, arguments.force); !why.empty()) {

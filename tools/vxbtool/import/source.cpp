@@ -50,7 +50,7 @@ public:
             return nullptr;
         }
         if (options_.opening) {
-            options_.opening(size);
+            options_.opening(file, size);
         }
         return DefaultIOSystem::Open(file, mode);
     }

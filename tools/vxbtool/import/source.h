@@ -25,8 +25,8 @@ inline constexpr std::uint64_t largestSource = std::uint64_t{1} << 30U;
 struct SourceOptions {
     /// Called now and then while the model is read; false ends it.
     std::function<bool()> goOn;
-    /// Called with the size of each file of the model before it is read.
-    std::function<void(std::uint64_t bytes)> opening;
+    /// Called with each file of the model and its size before it is read.
+    std::function<void(const std::string& file, std::uint64_t bytes)> opening;
 };
 
 /// The scene that Assimp made of a file, unchanged: no step of Assimp's runs behind its reader. Its

@@ -6,6 +6,7 @@
 #include <system_error>
 #include <utility>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -116,11 +117,19 @@ std::unique_ptr<mqf2vxb::OutputFile> StagedOutputs::create(const std::string& na
 }
 
 void StagedOutputs::commit() {
+    std::vector<Staged> placed;
     while (!staged_.empty()) {
         const Staged& file = staged_.back();
         if (!temporaryFiles_.rename(file.temporary, file.target, existing_)) {
-            mqf2vxb::cannotWrite(file.name, errno);
+            const int error = errno;
+            if (existing_ == ExistingFiles::kept) {  // what was placed has replaced nothing
+                for (const Staged& other : placed) {
+                    ::unlinkat(other.temporary.folder->descriptor(), other.target.c_str(), 0);
+                }
+            }
+            mqf2vxb::cannotWrite(file.name, error);
         }
+        placed.push_back(file);
         staged_.pop_back();
     }
 }

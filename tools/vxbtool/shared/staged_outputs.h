@@ -30,7 +30,7 @@ public:
     /// Creates an output that holds these bytes. A Report tells when that fails.
     void write(const std::string& name, std::string_view bytes);
     /// Puts the outputs in their places, the one created last first; one that cannot be put there
-    /// is reported.
+    /// is reported. With `ExistingFiles::kept` none is left in its place then.
     void commit();
 
 private:

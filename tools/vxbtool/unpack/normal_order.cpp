@@ -301,21 +301,40 @@ private:
         }
     }
 
-    /// Lets a shared polygon name the normal in any coordinate, before what settles it does.
+    /// Lets a shared polygon name the normal in any coordinate, before what settles it does: where that
+    /// leaves the later ones to other normals.
     void markAnywhere(std::uint32_t normal) {
-        if (settledAt_[normal] >= noneBehind_) {
-            return;
+        if (!lastSlotsKnown_) {
+            lastSlotsKnown_ = true;
+            for (const auto& [coordinate, slots] : slots_[1]) {
+                addLastSlot(coordinate, slots);
+            }
         }
-        std::erase_if(slots_[1], [](const auto& slots) { return slots.second.empty(); });
-        for (auto& [coordinate, slots] : slots_[1]) {
-            if (placedAt_[slots.back().polygon] > settledAt_[normal]) {
+        while (true) {
+            const auto found = lastSlots_.upper_bound(settledAt_[normal]);
+            if (found == lastSlots_.end()) {
+                return;
+            }
+            const auto [place, coordinate] = *found;
+            lastSlots_.erase(found);
+            std::deque<Slot>& slots = slots_[1].at(coordinate);
+            const bool isStill = !slots.empty() && placedAt_[slots.back().polygon] == place;
+            if (isStill) {
                 const Slot slot = slots.back();
                 slots.pop_back();
                 useSlot(slot, normal, true);
+            }
+            addLastSlot(coordinate, slots);
+            if (isStill) {
                 return;
             }
         }
-        noneBehind_ = settledAt_[normal];
+    }
+
+    void addLastSlot(std::uint32_t coordinate, const std::deque<Slot>& slots) {
+        if (!slots.empty()) {
+            lastSlots_.emplace(placedAt_[slots.back().polygon], coordinate);
+        }
     }
 
     bool sharedLast_;
@@ -336,8 +355,10 @@ private:
     std::vector<std::vector<std::uint32_t>> waiting_;  // polygons by the normal that blocks them
     std::vector<std::uint32_t> blocked_;
     BlockedNormals helpable_;
-    std::size_t noneBehind_ = std::numeric_limits<std::size_t>::max();  // no free corner was left
-    std::vector<std::uint32_t> polygonsLeft_;                           // by group
+    // Coordinates by the place of their last slot of a shared polygon, which may have gone since.
+    std::multimap<std::size_t, std::uint32_t> lastSlots_;
+    bool lastSlotsKnown_ = false;
+    std::vector<std::uint32_t> polygonsLeft_;         // by group
     std::vector<std::vector<std::uint32_t>> behind_;  // groups that begin behind each group
     std::vector<std::vector<std::uint32_t>> before_;
     std::array<std::map<std::uint32_t, std::deque<Slot>>, 2> slots_;  // of independent, of shared
