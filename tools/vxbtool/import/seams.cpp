@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <ranges>
 #include <span>
 #include <tuple>
 #include <utility>
@@ -63,10 +62,12 @@ public:
                                 float edge) {
         // So much less or more cannot be seen.
         constexpr float noticeable = 1.0F / 64;
-        const auto values = corners | std::views::transform([axis](const ShapeCorner& corner) {
-                                return corner.texture.at(axis);
-                            });
-        const auto [least, most] = std::ranges::minmax(values);
+        float least = edge;
+        float most = edge;
+        for (const ShapeCorner& corner : corners) {
+            least = std::min(least, corner.texture.at(axis));
+            most = std::max(most, corner.texture.at(axis));
+        }
         return least < edge - noticeable && most > edge + noticeable;
     }
 

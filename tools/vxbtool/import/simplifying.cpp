@@ -54,7 +54,8 @@ void dropRepeated(std::vector<unsigned>& indices) {
     std::vector<std::pair<Triangle, std::size_t>> order;
     for (std::size_t i = 0; i + 2 < indices.size(); i += 3) {
         Triangle triangle{indices[i], indices[i + 1], indices[i + 2]};
-        std::ranges::rotate(triangle, std::ranges::min_element(triangle));
+        std::rotate(triangle.begin(), std::min_element(triangle.begin(), triangle.end()),
+                    triangle.end());
         order.emplace_back(triangle, i);
     }
     std::ranges::sort(order);
