@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <memory>
+#include <numeric>
 #include <set>
 #include <vector>
 
@@ -126,6 +127,54 @@ TEST(ImportShapes, BentQuadranglesAndLargePolygonsBecomeTriangles) {
     EXPECT_NEAR(area, 3141590, 300);
 }
 
+/// A long and thin outline has ears at its two ends only, a star one at each tip.
+TEST(ImportShapes, IntricateOutlinesAreCutExactly) {
+    constexpr int corners = 1200;
+    const auto at = [](float radius, float angle) {
+        return aiVector3D(radius * std::cos(angle), radius * std::sin(angle), 0);
+    };
+    std::vector<aiVector3D> spiral, star;
+    for (int i = 0; i < corners / 2; ++i) {
+        const auto turn = static_cast<float>(i) * 0.1F;
+        spiral.push_back(at(50 + 2 * turn, turn));
+    }
+    for (int i = corners / 2; i-- > 0;) {
+        const auto turn = static_cast<float>(i) * 0.1F;
+        spiral.push_back(at(49 + 2 * turn, turn));
+    }
+    for (int i = 0; i < corners; ++i) {
+        const float radius = i % 2 == 0 ? 1000.0F : static_cast<float>(100 + i * 37 % 300);
+        star.push_back(at(radius, static_cast<float>(i) * 6.2831853F / corners));
+    }
+    for (const auto& outline : {spiral, star}) {
+        const auto mesh = meshOf(outline);
+        std::vector<unsigned> all(mesh->mNumVertices);
+        std::iota(all.begin(), all.end(), 0U);
+        std::vector<Vector> ring;
+        for (const aiVector3D& point : outline) {
+            ring.push_back(vectorOf(point));
+        }
+        std::vector<Face> faces;
+        EXPECT_TRUE(cutPolygon(*mesh, all, faces));
+        double area = 0;
+        for (const Face& face : faces) {
+            area += std::abs(frontOfFace(*mesh, face).z);
+        }
+        EXPECT_NEAR(area / std::abs(frontOf(ring).z), 1, 1e-4);
+    }
+    // One that crosses itself everywhere has no such pieces, and says so.
+    std::vector<aiVector3D> tangle;
+    for (int i = 0; i < corners; ++i) {
+        tangle.emplace_back(static_cast<float>(i * 7919 % 1009), static_cast<float>(i * i % 997),
+                            0.0F);
+    }
+    const auto mesh = meshOf(tangle);
+    std::vector<unsigned> all(mesh->mNumVertices);
+    std::iota(all.begin(), all.end(), 0U);
+    std::vector<Face> faces;
+    EXPECT_FALSE(cutPolygon(*mesh, all, faces));
+}
+
 /// A roof of two sides, one of them ten times as long, whose ridge bends by an angle, and a wall below
 /// one of them.
 TEST(ImportShapes, NormalsAreThoseOfTheFacesThatBelongTogether) {
@@ -215,6 +264,37 @@ TEST(ImportShapes, SimplifiedMeshesHaveNoMoreTrianglesThanAskedFor) {
     const std::vector<Face> few = simplified(*torn, separate, 100);
     EXPECT_LE(triangleCount(few), 100U);
     EXPECT_GT(triangleCount(few), 10U);
+}
+
+/// What lies there several times counts once, and triangles that all meet in one vertex are thinned out
+/// too.
+TEST(ImportShapes, RepeatedAndCrowdedTrianglesAreSimplified) {
+    const auto plate = meshOf({{0, 0, 0}, {9, 0, 0}, {9, 9, 0}, {0, 9, 0}});
+    std::vector<Face> repeated;
+    for (unsigned i = 0; i < 50; ++i) {
+        repeated.push_back({3, {i % 3, (i + 1) % 3, (i + 2) % 3, 0}});
+        repeated.push_back({3, {0, 2, 3, 0}});
+    }
+    const std::vector<Face> once = simplified(*plate, repeated, 3);
+    double area = 0;
+    for (const Face& face : once) {
+        area += frontOfFace(*plate, face).z / 2;
+    }
+    EXPECT_EQ(once.size(), 2U);
+    EXPECT_NEAR(area, 81, 1e-4);
+
+    constexpr unsigned rim = 6000;
+    std::vector<aiVector3D> cone{{0, 0, 50}};
+    std::vector<Face> faces;
+    for (unsigned i = 0; i < rim; ++i) {
+        const auto angle = static_cast<float>(i) * 6.2831853F / rim;
+        cone.emplace_back(100 * std::cos(angle), 100 * std::sin(angle), 0.0F);
+        faces.push_back({3, {0, i + 1, (i + 1) % rim + 1, 0}});
+    }
+    const auto mesh = meshOf(cone);
+    const std::vector<Face> fewer = simplified(*mesh, faces, 200);
+    EXPECT_LE(triangleCount(fewer), 200U);
+    EXPECT_GT(triangleCount(fewer), 10U);
 }
 
 }  // namespace

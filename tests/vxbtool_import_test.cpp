@@ -357,6 +357,7 @@ TEST(Import, StripsHoldEachTriangleOnceAndGoOnFromTheLastTwoCorners) {
             triangles.push_back({at + 1, at + side + 2, at + side + 1});
         }
     }
+    triangles.insert(triangles.end(), 5, triangles.front());  // lies there six times
     const std::vector<Strip> strips = findStrips(triangles);
     EXPECT_LT(strips.size(), triangles.size() / 8);
     std::vector<int> uses(triangles.size());
