@@ -22,8 +22,9 @@ FileContents Inputs::open(const std::string& name) {
 FileStart Inputs::openStart(const std::string& name, std::size_t most) {
     if (observer_ != nullptr) {
         const auto known = shared_.find(name);
-        FileContents contents =
-            known != shared_.end() ? known->second : shared_.emplace(name, open(name)).first->second;
+        FileContents contents = known != shared_.end()
+                                    ? known->second
+                                    : shared_.emplace(name, open(name)).first->second;
         const std::size_t size = contents.text().size();
         return {std::move(contents), size};
     }

@@ -1,6 +1,5 @@
 #include "vxbtool/export/export.h"
 
-#include <cmath>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -50,9 +49,13 @@ struct ExportArguments {
     AnyModelOptions models;
 };
 
-void checkPositive(const char* option, double value) {
-    if (!(value > 0) || !std::isfinite(value)) {
-        throw CLI::ValidationError(option, "has to be greater than 0");
+/// What keeps every place and time of a file within what glTF's numbers hold.
+constexpr double largestFactor = 1e9;
+
+void checkFactor(const char* option, double value) {
+    if (!(value >= 1 / largestFactor && value <= largestFactor)) {
+        throw CLI::ValidationError(
+            option, fmt::format("has to be from {} to {}", 1 / largestFactor, largestFactor));
     }
 }
 
@@ -132,8 +135,8 @@ void exportModel(const ExportArguments& arguments, const AnyModel& model) {
 }
 
 ExitStatus runExport(ExportArguments arguments) {
-    checkPositive("--unit", arguments.gltf.unit);
-    checkPositive("--fps", arguments.gltf.fps);
+    checkFactor("--unit", arguments.gltf.unit);
+    checkFactor("--fps", arguments.gltf.fps);
     if (arguments.file == "-" && arguments.output.empty()) {
         throw CLI::ValidationError("-o", "is needed for a file from standard input");
     }

@@ -46,22 +46,20 @@ struct Samples {
 
 class AnimationWriter {
 public:
-    AnimationWriter(const scene::Scene& scene, const GltfOptions& options, Buffer& buffer)
-        : scene_(scene), options_(options), buffer_(buffer) {}
+    AnimationWriter(const scene::Scene& scene, const GltfOptions& options,
+                    const std::vector<int>& holders, Buffer& buffer)
+        : scene_(scene), options_(options), holders_(holders), buffer_(buffer) {}
 
     tinygltf::Animation write(const scene::Motion& motion) {
         tinygltf::Animation animation;
         for (const Track& track : motion.tracks) {
-            const scene::Coordinate& rest = scene_.coordinates[track.coordinate];
             const auto unit = static_cast<float>(options_.unit);
-            addPart(animation, track, &Pose::translation, "translation", rest.translation,
-                    [&](const Vector3& v) {
-                        return std::vector{v[0] * unit, v[1] * unit, v[2] * unit};
-                    });
-            addRotation(animation, track);
-            addPart(animation, track, &Pose::scale, "scale",
-                    scene::scaledRotation(rest.matrix).scale,
-                    [](const Vector3& v) { return std::vector(v.begin(), v.end()); });
+            if (sets(track, &Pose::translation)) {
+                const Vector3& rest = scene_.coordinates[track.coordinate].translation;
+                addVectors(animation, track, "translation",
+                           samplesOf(track, &Pose::translation, {rest, rest}, inOnePiece), unit);
+            }
+            addMatrix(animation, track);
         }
         return animation;
     }
@@ -80,9 +78,24 @@ private:
                keys[key + 1].pose.*part && keys[key].frame < keys[key + 1].frame;
     }
 
+    /// What a part is while its track does not set it.
+    struct Unset {
+        Vector3 atRest;
+        Vector3 replaced;  ///< once angles or a scale have replaced the matrix
+    };
+
+    /// The key from which on a track replaces the matrix of its coordinate.
+    static std::size_t firstReplacing(const Track& track) {
+        const auto key = std::ranges::find_if(
+            track.keys, [](const Key& k) { return k.pose.angles || k.pose.scale; });
+        return static_cast<std::size_t>(key - track.keys.begin());
+    }
+
+    static std::size_t inOnePiece(const Vector3& /*from*/, const Vector3& /*to*/) { return 1; }
+
     /// The samples of a part; `between(from, to)` tells in how many pieces a way has to be cut.
     template <class Between>
-    [[nodiscard]] Samples samplesOf(const Track& track, Part part, const Vector3& rest,
+    [[nodiscard]] Samples samplesOf(const Track& track, Part part, const Unset& unset,
                                     Between between) const {
         Samples samples;
         const std::vector<Key>& keys = track.keys;
@@ -90,9 +103,12 @@ private:
             samples.moves = samples.moves || (goes(track, i, part) &&
                                               *(keys[i].pose.*part) != *(keys[i + 1].pose.*part));
         }
-        Vector3 held = rest;
+        const std::size_t replacing = firstReplacing(track);
+        std::optional<Vector3> set;
+        Vector3 held{};
         for (std::size_t i = 0; i < keys.size(); ++i) {
-            const Vector3 value = (keys[i].pose.*part).value_or(held);
+            set = keys[i].pose.*part ? keys[i].pose.*part : set;
+            const Vector3 value = set.value_or(i < replacing ? unset.atRest : unset.replaced);
             samples.leap(timeOf(keys[i].frame), held, value);
             held = value;
             if (!samples.moves || !goes(track, i, part)) {
@@ -121,36 +137,70 @@ private:
                            [&](const Key& key) { return (key.pose.*part).has_value(); });
     }
 
-    template <class Numbers>
-    void addPart(tinygltf::Animation& animation, const Track& track, Part part, const char* path,
-                 const Vector3& rest, Numbers numbers) {
-        if (!sets(track, part)) {
+    /// The channels of a node's rotation and scale, and of the rotation that completes a shear: that
+    /// one stays until the matrix is replaced, by what needs both of the others and nothing more.
+    void addMatrix(tinygltf::Animation& animation, const Track& track) {
+        const scene::Matrix& matrix = scene_.coordinates[track.coordinate].matrix;
+        const scene::ScaledRotation parts = scene::scaledRotation(matrix);
+        const auto node = static_cast<int>(track.coordinate);
+        const int holder = holders_[track.coordinate];
+        const bool shears = holder != node;
+        const bool turns = sets(track, &Pose::angles);
+        const bool scales = sets(track, &Pose::scale);
+        if (!turns && !scales) {
             return;
         }
-        const Samples samples = samplesOf(
-            track, part, rest, [](const Vector3&, const Vector3&) { return std::size_t{1}; });
-        std::vector<float> values;
-        for (const Vector3& value : samples.values) {
-            const auto three = numbers(value);
-            values.insert(values.end(), three.begin(), three.end());
+        const TurnedScale sheared = turnedScale(matrix);
+        const Quaternion replaced = quaternion(parts.rotation);
+        if (turns || shears) {
+            addRotations(
+                animation, node,
+                samplesOf(track, &Pose::angles, {matrixAngles, partAngles}, scene::turnPieces),
+                {shears ? quaternion(sheared.last) : replaced, replaced});
         }
-        addChannel(animation, track, path, samples, TINYGLTF_TYPE_VEC3, values);
+        if (scales || shears) {
+            addVectors(animation, track, "scale",
+                       samplesOf(track, &Pose::scale,
+                                 {shears ? sheared.scale : parts.scale, parts.scale}, inOnePiece),
+                       1);
+        }
+        if (shears) {
+            Samples completing;
+            const std::size_t replacing = firstReplacing(track);
+            completing.put(timeOf(track.keys.front().frame),
+                           replacing == 0 ? partAngles : matrixAngles);
+            completing.put(timeOf(track.keys[replacing].frame), partAngles);
+            addRotations(animation, holder, completing,
+                         {quaternion(sheared.first), Quaternion{0, 0, 0, 1}});
+        }
     }
 
-    void addRotation(tinygltf::Animation& animation, const Track& track) {
-        if (!sets(track, &Pose::angles)) {
-            return;
+    void addVectors(tinygltf::Animation& animation, const Track& track, const char* path,
+                    const Samples& samples, float unit) {
+        std::vector<float> values;
+        for (const Vector3& value : samples.values) {
+            for (const float component : value) {
+                values.push_back(component * unit);
+            }
         }
-        // Before its first angles a coordinate has its rotation at rest, for which no angles stand.
-        const bool fromStart = track.keys.front().pose.angles.has_value();
-        const Samples samples = samplesOf(track, &Pose::angles, noAngles, scene::turnPieces);
-        const Quaternion rest =
-            quaternion(scene::scaledRotation(scene_.coordinates[track.coordinate].matrix).rotation);
+        addChannel(animation, static_cast<int>(track.coordinate), path, samples, TINYGLTF_TYPE_VEC3,
+                   values);
+    }
+
+    /// What matrixAngles and partAngles stand for.
+    struct UnsetRotation {
+        Quaternion atRest;
+        Quaternion replaced;
+    };
+
+    void addRotations(tinygltf::Animation& animation, int node, const Samples& samples,
+                      const UnsetRotation& unset) {
         std::vector<float> values;
         Quaternion last{0, 0, 0, 1};
         for (const Vector3& angles : samples.values) {
-            Quaternion next =
-                !fromStart && angles == noAngles ? rest : quaternion(scene::rotation(angles));
+            Quaternion next = angles == matrixAngles ? unset.atRest
+                              : angles == partAngles ? unset.replaced
+                                                     : quaternion(scene::rotation(angles));
             const float agreement =
                 last[0] * next[0] + last[1] * next[1] + last[2] * next[2] + last[3] * next[3];
             for (float& component : next) {
@@ -159,10 +209,10 @@ private:
             values.insert(values.end(), next.begin(), next.end());
             last = next;
         }
-        addChannel(animation, track, "rotation", samples, TINYGLTF_TYPE_VEC4, values);
+        addChannel(animation, node, "rotation", samples, TINYGLTF_TYPE_VEC4, values);
     }
 
-    void addChannel(tinygltf::Animation& animation, const Track& track, const char* path,
+    void addChannel(tinygltf::Animation& animation, int node, const char* path,
                     const Samples& samples, int type, std::span<const float> values) {
         tinygltf::AnimationSampler sampler;
         sampler.input = buffer_.add<float>(View::keys, TINYGLTF_TYPE_SCALAR, samples.times, true);
@@ -170,25 +220,28 @@ private:
         sampler.interpolation = samples.moves ? "LINEAR" : "STEP";
         tinygltf::AnimationChannel channel;
         channel.sampler = static_cast<int>(animation.samplers.size());
-        channel.target_node = static_cast<int>(track.coordinate);
+        channel.target_node = node;
         channel.target_path = path;
         animation.samplers.push_back(std::move(sampler));
         animation.channels.push_back(std::move(channel));
     }
 
-    /// No key frame has such angles.
-    static constexpr Vector3 noAngles{1e9F, 1e9F, 1e9F};
+    /// Angles that no key frame has: those of the matrix at rest, for which no angles stand, and those
+    /// of the rotation that is left of it when only its scale is replaced.
+    static constexpr Vector3 matrixAngles{1e9F, 1e9F, 1e9F};
+    static constexpr Vector3 partAngles{2e9F, 2e9F, 2e9F};
 
     const scene::Scene& scene_;
     const GltfOptions& options_;
+    const std::vector<int>& holders_;
     Buffer& buffer_;
 };
 
 }  // namespace
 
-void addAnimations(const scene::Scene& scene, const GltfOptions& options, tinygltf::Model& model,
-                   Buffer& buffer) {
-    AnimationWriter writer(scene, options, buffer);
+void addAnimations(const scene::Scene& scene, const GltfOptions& options,
+                   const std::vector<int>& holders, tinygltf::Model& model, Buffer& buffer) {
+    AnimationWriter writer(scene, options, holders, buffer);
     for (std::uint32_t i = 0; i < scene.motions.size(); ++i) {
         tinygltf::Animation animation = writer.write(scene.motions[i]);
         if (animation.channels.empty()) {

@@ -26,9 +26,18 @@ BindPose::BindPose(const scene::Scene& scene, double unit)
     : atRest_(scene::placements(scene)), unit_(static_cast<float>(unit)) {}
 
 bool BindPose::hasInverse(std::uint32_t coordinate) const {
+    // Beyond these the inverse has no numbers that are exact enough, or none at all.
     constexpr float least = 1e-6F;
-    const float volume = std::abs(determinant(scene::matrixOf(atRest_[coordinate])));
-    return volume > least && volume < 1 / least;
+    constexpr float farthest = 1e10F;
+    const scene::Placement& placement = atRest_[coordinate];
+    const scene::Matrix matrix = scene::matrixOf(placement);
+    const float volume = std::abs(determinant(matrix));
+    const auto isBelow = [](float most) {
+        return [most](float value) { return std::abs(value) < most; };
+    };
+    return volume > least && volume < 1 / least &&
+           std::ranges::all_of(matrix, isBelow(1 / least)) &&
+           std::ranges::all_of(placement, isBelow(farthest));
 }
 
 scene::Vector3 BindPose::place(const scene::Corner& corner) const {

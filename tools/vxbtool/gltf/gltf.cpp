@@ -16,9 +16,10 @@ std::string glb(const scene::Scene& scene, const GltfOptions& options) {
     model.asset.version = "2.0";
     model.asset.generator = "vxbtool";
     addMaterials(scene, model, buffer);
-    addNodes(scene, options, addMeshes(scene, options.unit, model, buffer), model);
+    const std::vector<int> holders =
+        addNodes(scene, options.unit, addMeshes(scene, options.unit, model, buffer), model);
     if (options.motions) {
-        addAnimations(scene, options, model, buffer);
+        addAnimations(scene, options, holders, model, buffer);
     }
     buffer.finish();
     std::ostringstream stream;

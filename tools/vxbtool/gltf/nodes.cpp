@@ -20,21 +20,6 @@ std::vector<double> doubles(const Numbers& numbers) {
     return {numbers.begin(), numbers.end()};
 }
 
-/// Whether motions turn or scale each coordinate: then they replace its matrix.
-std::vector<bool> replacedMatrices(const Scene& scene, const GltfOptions& options) {
-    std::vector<bool> replaced(scene.coordinates.size());
-    for (const scene::Motion& motion : scene.motions) {
-        for (const scene::Track& track : motion.tracks) {
-            for (const scene::Key& key : track.keys) {
-                if (options.motions && (key.pose.angles || key.pose.scale)) {
-                    replaced[track.coordinate] = true;
-                }
-            }
-        }
-    }
-    return replaced;
-}
-
 float length(const scene::Vector3& v) { return std::hypot(v[0], v[1], v[2]); }
 
 /// By coordinate, how far from its origin the farthest corner lies that moves with it alone.
@@ -94,14 +79,10 @@ std::vector<float> reaches(const Scene& scene) {
 
 class NodeWriter {
 public:
-    NodeWriter(const Scene& scene, const GltfOptions& options, tinygltf::Model& model)
-        : scene_(scene),
-          unit_(options.unit),
-          replaced_(replacedMatrices(scene, options)),
-          reaches_(reaches(scene)),
-          model_(model) {}
+    NodeWriter(const Scene& scene, double unit, tinygltf::Model& model)
+        : scene_(scene), unit_(unit), reaches_(reaches(scene)), model_(model) {}
 
-    void write(const std::vector<BodyMesh>& meshes) {
+    std::vector<int> write(const std::vector<BodyMesh>& meshes) {
         for (std::uint32_t i = 0; i < scene_.coordinates.size(); ++i) {
             addCoordinate(i);
         }
@@ -129,6 +110,7 @@ public:
         shown.nodes = std::move(tops);
         model_.scenes.push_back(std::move(shown));
         model_.defaultScene = 0;
+        return std::move(holders_);
     }
 
 private:
@@ -153,7 +135,7 @@ private:
     /// that can be seen.
     [[nodiscard]] bool isWhole(std::uint32_t index, const scene::ScaledRotation& parts) const {
         constexpr float unseen = 0.125F;  // in units
-        return replaced_[index] || !(parts.lean * reaches_[index] > unseen);
+        return !(parts.lean * reaches_[index] > unseen);
     }
 
     void addCoordinate(std::uint32_t index) {
@@ -236,7 +218,6 @@ private:
 
     const Scene& scene_;
     double unit_;
-    std::vector<bool> replaced_;
     std::vector<float> reaches_;
     tinygltf::Model& model_;
     std::vector<int> holders_;  // by coordinate
@@ -244,9 +225,9 @@ private:
 
 }  // namespace
 
-void addNodes(const Scene& scene, const GltfOptions& options, const std::vector<BodyMesh>& meshes,
-              tinygltf::Model& model) {
-    NodeWriter(scene, options, model).write(meshes);
+std::vector<int> addNodes(const Scene& scene, double unit, const std::vector<BodyMesh>& meshes,
+                          tinygltf::Model& model) {
+    return NodeWriter(scene, unit, model).write(meshes);
 }
 
 }  // namespace vxbtool::gltf

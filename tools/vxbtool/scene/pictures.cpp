@@ -17,13 +17,16 @@ using mqf2vxb::PacketPolygon;
 constexpr std::uint32_t flagBits = 3U << 5U;
 constexpr std::uint32_t pageMask = mqf2vxb::pageFieldBits & ~flagBits;
 constexpr std::uint32_t directDepth = 16;  // whose texels are colours themselves
-/// Texels of all pictures together. Image memory has 4 million at most, but each colour table makes
-/// other pictures of them; a small file that is made to need very many shows checkers.
-std::size_t mostTexels(std::size_t words) {
-    constexpr std::size_t least = std::size_t{1} << 23U;
-    constexpr std::size_t perWord = 32;
-    return least + perWord * words;
-}
+/// What all pictures together may be. Image memory has 4 million texels at most, but each colour table
+/// and each window makes other pictures of them; a small file that is made to need very many shows one
+/// colour instead.
+struct Most {
+    explicit Most(std::size_t words)
+        : pictures(4096 + words / 64), texels((std::size_t{1} << 23U) + 32 * words) {}
+
+    std::size_t pictures;
+    std::size_t texels;
+};
 
 /// Looks texels up in image memory.
 class Texels {
@@ -225,23 +228,39 @@ Picture Pictures::picture(const Source& source, const Rectangle& part) const {
 }
 
 std::vector<Picture> Pictures::make(std::size_t words, std::vector<std::string>& warnings) {
-    const std::size_t most = mostTexels(words);
+    const Most most(words);
     std::vector<Picture> pictures;
     std::size_t texels = 0;
     std::size_t refused = 0;
+    std::vector<Source*> without;
     for (Source& source : sources_) {
-        source.firstPicture = static_cast<std::uint32_t>(pictures.size());
-        for (Rectangle part : split(source)) {
-            const std::size_t more = std::size_t{part.right - part.left} * (part.bottom - part.top);
-            if (texels + more > most) {
-                ++refused;
-                part.right = part.left + 1;
-                part.bottom = part.top + 1;
-            }
-            texels += std::min(more, most - texels);
-            pictures.push_back(picture(source, part));
+        const std::vector<Rectangle> parts = split(source);
+        std::size_t more = 0;
+        for (const Rectangle& part : parts) {
+            more += std::size_t{part.right - part.left} * (part.bottom - part.top);
         }
         source.uses = {};
+        if (pictures.size() + parts.size() > most.pictures || texels + more > most.texels) {
+            refused += parts.size();
+            source.partOf = {};
+            without.push_back(&source);
+            continue;
+        }
+        texels += more;
+        source.firstPicture = static_cast<std::uint32_t>(pictures.size());
+        for (const Rectangle& part : parts) {
+            pictures.push_back(picture(source, part));
+        }
+    }
+    if (!without.empty()) {
+        for (Source* source : without) {
+            source->firstPicture = static_cast<std::uint32_t>(pictures.size());
+        }
+        Picture missing;
+        missing.width = missing.height = 1;
+        missing.texels = {checker(0, 0)};
+        missing.missing = true;
+        pictures.push_back(std::move(missing));
     }
     if (uncovered_ > 0) {
         warnings.push_back(fmt::format(
@@ -250,8 +269,8 @@ std::vector<Picture> Pictures::make(std::size_t words, std::vector<std::string>&
     }
     if (refused > 0) {
         warnings.push_back(fmt::format(
-            "{} textures are left out, because all textures together have more than {} texels",
-            refused, most));
+            "{} textures are left out, because all together are more than {} or have more than {} texels",
+            refused, most.pictures, most.texels));
     }
     return pictures;
 }

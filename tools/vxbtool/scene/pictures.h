@@ -22,7 +22,7 @@ public:
     /// Names what a polygon with a texture uses: the texels between its first corners.
     void use(const mqf2vxb::PacketPolygon& polygon, std::size_t corners);
     /// Makes the pictures of all uses in a file of so many words. A checker stands where no image lies,
-    /// and warnings tell.
+    /// one picture of one texel for all that are beyond the limits, and warnings tell.
     [[nodiscard]] std::vector<Picture> make(std::size_t words, std::vector<std::string>& warnings);
     /// The picture of a polygon that was named.
     [[nodiscard]] std::uint32_t find(const mqf2vxb::PacketPolygon& polygon) const;
