@@ -184,6 +184,18 @@ def tall_image_among_small_ones(n):
     return images(["m"] * n + [f"s{i}" for i in range(n)], m_pxl=image(1, 65535), **small)
 
 
+def windows(n):
+    """As many windows of one image as there are polygons."""
+    sides = (8, 16, 32, 64)
+    all_windows = ((w, h, x, y) for x in range(0, 192, 8) for y in range(0, 192, 8)
+                   for w in sides for h in sides)
+    rows = [f"{i} 1 F W 0 {w} {h} {x} {y} 0 0 1 0 1 1 0 1"
+            for i, (w, h, x, y) in zip(range(n), all_windows)]
+    return model(geometry(3, [triangle(0, 1, 2)] * n), materials(rows),
+                 hierarchy(1, ["0 3 0-2"]), ["NTEX=1", "TEX[0]=m.pxl"],
+                 m_pxl=image(256, 256))
+
+
 def normals_of_no_length(n):
     return model(geometry(3, [triangle(0, 1, 2)], ["0 0 0"] * n), materials(["0 0 F C 1 2 3"]),
                  hierarchy(1, ["0 3 0-2"]))
@@ -263,6 +275,7 @@ CONVERT = ("convert", ["{converter}", "m.mqf"])
 LINT = ("lint", ["{vxbtool}", "lint", "m.mqf"])
 LINT_ALL = ("lint --all --json", ["{vxbtool}", "lint", "--all", "--json", "m.mqf"])
 UNPACK = ("unpack", ["sh", "-c", "{converter} m.mqf && {vxbtool} unpack --out-dir . --name u m.vxb"])
+EXPORT = ("export", ["sh", "-c", "{converter} m.mqf && {vxbtool} export -o m.glb m.vxb"])
 # A file is no folder: what is measured is how the model is found, and not how files are made.
 UNPACK_CHANGED = ["{vxbtool}", "unpack", "--out-dir", "m.mqf", "s.vxb"]
 DIFF = ("diff", ["{vxbtool}", "diff", "m.vxb", "s.vxb"], other_colours)
@@ -281,6 +294,7 @@ GROWING = [
     (one_image_many_times, 150, CONVERT),
     (one_image_many_times, 150, LINT),
     (tall_image_among_small_ones, 1500, LINT),
+    (windows, 1500, EXPORT),
     (normals_of_no_length, 50000, LINT),
     (normals_of_no_length, 50000, LINT_ALL),
     (long_words, 1000, LINT),
