@@ -73,7 +73,7 @@ std::uint32_t vertexNumOf(const scene::Polygon& polygon) { return polygon.corner
 
 /// One polygon at its place.
 struct PlacedPolygon {
-    std::array<Vertex, 4> corners{};
+    std::array<Vertex, 4> corners{};  // those of triangles clockwise, as seen from the front
     std::uint32_t number = 0;
     bool focused = true;
 
@@ -140,7 +140,12 @@ private:
                 corner.texel};
             result.focused = result.focused && (!known || focused_[at]);
         }
-        // The triangle of a coordinate that is flat, say, has its own direction only; it runs clockwise.
+        // What runs clockwise in the space of its coordinate does so here, unless that mirrors.
+        if (!shared && coordinate < placements_.size() &&
+            scene::mirrors(scene::matrixOf(placements_[coordinate]))) {
+            std::swap(result.corners[1], result.corners[2]);
+        }
+        // The triangle of a coordinate that is flat, say, has its own direction only.
         const Vector3& a = result.corners[0].place;
         const Vector3 flat = scene::cross(scene::minus(result.corners[2].place, a),
                                           scene::minus(result.corners[1].place, a));

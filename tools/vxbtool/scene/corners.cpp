@@ -98,6 +98,11 @@ void CornerReader::finish(const PacketPolygon& packet, std::span<Corner> corners
         std::swap(corners[1], corners[2]);  // every other triangle of a strip runs the other way
         find();
     }
+    if (const Placement* first = placementOf(corners[0].coordinate, shared);
+        first != nullptr && mirrors(matrixOf(*first))) {
+        std::swap(corners[1], corners[2]);
+        find();
+    }
     if (!packet.form->lit()) {
         return;
     }

@@ -26,8 +26,8 @@ public:
     /// or one that has no direction.
     [[nodiscard]] Corner corner(const mqf2vxb::PacketPolygon& packet, std::size_t number,
                                 bool shared) const;
-    /// Makes the corners of a triangle run clockwise and those of a quadrangle like a strip, and
-    /// gives lit ones without a normal that of their face.
+    /// Makes the corners of a triangle run clockwise and those of a quadrangle like a strip, of shared
+    /// polygons where they stand at rest, and gives lit ones without a normal that of their face.
     void finish(const mqf2vxb::PacketPolygon& packet, std::span<Corner> corners, bool shared) const;
 
 private:

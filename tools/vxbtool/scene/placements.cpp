@@ -126,16 +126,21 @@ Vector3 cross(const Vector3& a, const Vector3& b) {
     return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
 }
 
+bool mirrors(const Matrix& m) {
+    const Vector3 across = cross(column(m, 1), column(m, 2));
+    return dot(column(m, 0), across) < 0;
+}
+
 Vector3 transformedNormal(const Matrix& m, const Vector3& normal) {
     const Vector3 x{m[0], m[3], m[6]};
     const Vector3 y{m[1], m[4], m[7]};
     const Vector3 z{m[2], m[5], m[8]};
     const std::array<Vector3, 3> across{cross(y, z), cross(z, x), cross(x, y)};
-    const bool mirrors = x[0] * across[0][0] + x[1] * across[0][1] + x[2] * across[0][2] < 0;
+    const bool mirrored = mirrors(m);
     Vector3 result{};
     for (std::size_t i = 0; i < 3; ++i) {
         for (std::size_t k = 0; k < 3; ++k) {
-            result[k] += (mirrors ? -normal[i] : normal[i]) * across[i][k];
+            result[k] += (mirrored ? -normal[i] : normal[i]) * across[i][k];
         }
     }
     return result;

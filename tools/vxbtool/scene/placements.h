@@ -26,6 +26,8 @@ Vector3 transformed(const Matrix& matrix, const Vector3& vector);
 Vector3 transformed(const Placement& placement, const Vector3& place);
 /// The matrix of a placement, without its translation.
 Matrix matrixOf(const Placement& placement);
+/// Whether a matrix mirrors, so that what runs clockwise runs anticlockwise where the matrix puts it.
+bool mirrors(const Matrix& matrix);
 Vector3 minus(const Vector3& a, const Vector3& b);
 Vector3 cross(const Vector3& a, const Vector3& b);
 /// What becomes of the normal of a face when a matrix moves the face, and the way back, both but for
