@@ -8,7 +8,7 @@ test_packages=(chromium libgtest-dev libgmock-dev make)
 tools_packages=(
     libcli11-dev libfmt-dev nlohmann-json3-dev
     libassimp-dev libstb-dev libimagequant-dev libmeshoptimizer-dev libtinygltf-dev
-    libpng-dev libegl-dev libgles-dev libegl1 libgl1-mesa-dri
+    libjpeg62-turbo-dev libpng-dev libegl-dev libgles-dev libegl1 libgl1-mesa-dri
 )
 check_packages=(
     git ccache clang-format clang-tidy dpkg-dev file libbenchmark-dev lintian python3

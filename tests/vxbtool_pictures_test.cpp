@@ -136,11 +136,8 @@ TEST(Pictures, NoCutOrDamagedFileIsTakenForWhole) {
 
 TEST(Pictures, JpegFilesHaveAScanOfEachColourAndNotTooMany) {
     const std::string whole = dataFile("small.jpg");
-    const std::size_t scan = whole.find("\xFF\xDA");
-    const std::size_t end = whole.rfind("\xFF\xD9");
-    const std::string before = whole.substr(0, scan);
-    const std::string after = whole.substr(end);
-    const std::string one = whole.substr(scan, end - scan);
+    const std::string before = whole.substr(0, whole.find("\xFF\xDA"));
+    const std::string after = "\xFF\xD9";
     const auto refusal = [](const std::string& bytes) {
         try {
             readPicture(bytes);
@@ -149,16 +146,24 @@ TEST(Pictures, JpegFilesHaveAScanOfEachColourAndNotTooMany) {
         }
         return std::string();
     };
-    EXPECT_EQ(refusal(before + after), "the picture lacks a scan of a colour");
-    // Its second component has another number than the frame's.
-    std::string other = one;
-    other[7] = '\x09';
-    EXPECT_EQ(refusal(before + other + after), "the picture lacks a scan of a colour");
+    // Scans of one component, whose only block has the value 0 throughout.
+    const auto scan = [](char component, char tables, char block) {
+        return std::string("\xFF\xDA\0\x08\x01", 5) + component + tables +
+               std::string("\0\x3F\0", 3) + block;
+    };
+    const std::string light = scan(1, 0, '\x2B');
+    const std::string colours = scan(2, '\x11', '\x0F') + scan(3, '\x11', '\x0F');
+    EXPECT_EQ(readPicture(before + light + colours + after), plain(8, 4, {128, 128, 128, 255}));
+    EXPECT_EQ(refusal(before + light + after), "the picture lacks a scan of a colour");
     std::string many = before;
-    for (int i = 0; i < 65; ++i) {
-        many += one;
+    for (int i = 0; i < 64; ++i) {
+        many += light;
     }
-    EXPECT_EQ(refusal(many + after), "the picture has more than 64 scans");
+    EXPECT_EQ(refusal(many + colours + after), "the picture has more than 64 scans");
+    // More codes than a table has room for.
+    std::string full = whole;
+    full.replace(full.find("\xFF\xC4") + 5, 16, 16, '\xFF');
+    EXPECT_THAT(refusal(full), HasSubstr("bogus Huffman table definition"));
 }
 
 TEST(Pictures, ResizedInTheLightAndWithoutTheColourOfHoles) {

@@ -4,6 +4,8 @@ find_path(MQF2VXB_ASSIMP_INCLUDE assimp/Importer.hpp)
 find_library(MQF2VXB_ASSIMP_LIBRARY assimp)
 find_path(MQF2VXB_STB_INCLUDE stb/stb_image.h)
 find_library(MQF2VXB_STB_LIBRARY stb)
+find_path(MQF2VXB_JPEG_INCLUDE jpeglib.h)
+find_library(MQF2VXB_JPEG_LIBRARY jpeg)
 find_path(MQF2VXB_IMAGEQUANT_INCLUDE libimagequant.h)
 find_library(MQF2VXB_IMAGEQUANT_LIBRARY imagequant)
 find_path(MQF2VXB_MESHOPTIMIZER_INCLUDE meshoptimizer.h)
@@ -11,7 +13,7 @@ find_library(MQF2VXB_MESHOPTIMIZER_LIBRARY meshoptimizer)
 
 add_library(mqf2vxb_import_libraries INTERFACE)
 set(import_found ON)
-foreach(package IN ITEMS ASSIMP STB IMAGEQUANT MESHOPTIMIZER)
+foreach(package IN ITEMS ASSIMP STB JPEG IMAGEQUANT MESHOPTIMIZER)
     mark_as_advanced(MQF2VXB_${package}_INCLUDE MQF2VXB_${package}_LIBRARY)
     if(MQF2VXB_${package}_INCLUDE AND MQF2VXB_${package}_LIBRARY)
         target_include_directories(mqf2vxb_import_libraries
@@ -59,13 +61,18 @@ if(MQF2VXB_BUILD_IMPORT)
         vxbtool/import/texture_coordinates.cpp
         vxbtool/import/textures.cpp
         vxbtool/import/track.cpp
-        vxbtool/pictures/jpeg_scans.cpp
+        vxbtool/pictures/jpeg.cpp
         vxbtool/pictures/memory_map.cpp
         vxbtool/pictures/options.cpp
         vxbtool/pictures/palette.cpp
         vxbtool/pictures/picture.cpp
+        vxbtool/pictures/picture_size.cpp
         vxbtool/pictures/placing.cpp
         vxbtool/pictures/texture_block.cpp)
+    # stb copies no bytes from or to nowhere when a picture has an empty part, which no machine minds.
+    set_source_files_properties(vxbtool/pictures/picture.cpp PROPERTIES
+        COMPILE_OPTIONS -fno-sanitize=nonnull-attribute
+        SKIP_UNITY_BUILD_INCLUSION ON)
 else()
     set(import_sources vxbtool/import_missing.cpp)
 endif()

@@ -13,7 +13,8 @@
 
 #include <fmt/core.h>
 
-#include "vxbtool/pictures/jpeg_scans.h"
+#include "vxbtool/pictures/jpeg.h"
+#include "vxbtool/pictures/picture_size.h"
 #include "vxbtool/pictures/texel_budget.h"
 
 namespace {
@@ -35,6 +36,7 @@ void* grownMemory(void* memory, std::size_t before, std::size_t size) {
 #define STB_IMAGE_IMPLEMENTATION
 #define STB_IMAGE_STATIC
 #define STBI_NO_STDIO
+#define STBI_NO_JPEG
 #define STBI_MALLOC zeroedMemory
 #define STBI_REALLOC_SIZED grownMemory
 #define STBI_FREE std::free
@@ -97,8 +99,7 @@ struct Size {
     throw PictureFault(fmt::format("no picture can be read from it: {}", reason));
 }
 
-/// What the file says of its size, once that is believable: no format packs texels closer than a
-/// PNG file of one bit a texel, whose compression makes at most 1032 bytes of one.
+/// What the file says of its size, once that is believable.
 Size announcedSize(std::string_view bytes) {
     Source source{bytes};
     Size size;
@@ -107,29 +108,18 @@ Size announcedSize(std::string_view bytes) {
                                  &channelsInFile) == 0) {
         failOf(source);
     }
-    if (size.width < 1 || size.height < 1) {
-        throw PictureFault("the picture has no texels");
-    }
-    constexpr std::size_t closest = std::size_t{8} * 1032;
-    const auto texels =
-        static_cast<std::size_t>(size.width) * static_cast<std::size_t>(size.height);
-    const auto longest = static_cast<std::uint32_t>(std::max(size.width, size.height));
-    if (longest > longestSide || texels > largestPicture) {
-        throw PictureFault(fmt::format("{} x {} texels are more than {} in all or {} on a side",
-                                       size.width, size.height, largestPicture, longestSide));
-    }
-    if (texels / closest > bytes.size()) {
-        throw PictureFault(fmt::format("{} bytes cannot hold {} x {} texels", bytes.size(),
-                                       size.width, size.height));
-    }
+    requireSoundSize(static_cast<std::uint32_t>(std::max(size.width, 0)),
+                     static_cast<std::uint32_t>(std::max(size.height, 0)), bytes.size());
     return size;
 }
 
 }  // namespace
 
 Picture readPicture(std::string_view bytes) {
+    if (isJpeg(bytes)) {
+        return readJpeg(bytes);
+    }
     const Size announced = announcedSize(bytes);
-    requireSoundScans(bytes);
     Source source{bytes};
     Size size;
     int channelsInFile = 0;
