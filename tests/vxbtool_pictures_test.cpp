@@ -88,6 +88,18 @@ TEST(Pictures, EveryFormatIsRead) {
     EXPECT_EQ(photo.height, 4U);
 }
 
+/// Of 1, 8 and 16 bits; values beyond the greatest are the greatest.
+TEST(Pictures, GreyAndWidePnmFilesAreReadByTheirGreatestValue) {
+    const auto one = [](const std::string& bytes) { return readPicture(bytes).texels.at(0); };
+    EXPECT_EQ(one("P5 #1\n1 1\n1\n\x01"), (Rgba{255, 255, 255, 255}));
+    EXPECT_EQ(one(std::string("P6\n1 1 100\n\0\x32\xC8", 14)), (Rgba{0, 128, 255, 255}));
+    EXPECT_EQ(one("P6 1 1 1000\n\x01\xF4\x03\xE8\x03\xFF"), (Rgba{128, 255, 255, 255}));
+    for (const char* bad :
+         {"P5", "P5 1 1 0\n1", "P5 1 1 65536\n11", "P5 1 x 1\n1", "P5 1 1 256\n1"}) {
+        EXPECT_THROW(readPicture(bad), PictureFault) << bad;
+    }
+}
+
 TEST(Pictures, FilesOfFewBytesHaveABudgetOfTexelsTogether) {
     mqf2vxb::tests::MemoryFileSystem files({{"small.png", dataFile("small.png")}});
     TexelBudget budget;

@@ -68,6 +68,7 @@ if(MQF2VXB_BUILD_IMPORT)
         vxbtool/pictures/picture.cpp
         vxbtool/pictures/picture_size.cpp
         vxbtool/pictures/placing.cpp
+        vxbtool/pictures/pnm.cpp
         vxbtool/pictures/texture_block.cpp)
     # stb copies no bytes from or to nowhere when a picture has an empty part, which no machine minds.
     set_source_files_properties(vxbtool/pictures/picture.cpp PROPERTIES

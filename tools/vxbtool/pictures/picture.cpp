@@ -15,6 +15,7 @@
 
 #include "vxbtool/pictures/jpeg.h"
 #include "vxbtool/pictures/picture_size.h"
+#include "vxbtool/pictures/pnm.h"
 #include "vxbtool/pictures/texel_budget.h"
 
 namespace {
@@ -36,7 +37,12 @@ void* grownMemory(void* memory, std::size_t before, std::size_t size) {
 #define STB_IMAGE_IMPLEMENTATION
 #define STB_IMAGE_STATIC
 #define STBI_NO_STDIO
+// What has readers of its own here, and what none of its users has.
 #define STBI_NO_JPEG
+#define STBI_NO_PNM
+#define STBI_NO_HDR
+#define STBI_NO_LINEAR
+#define STBI_NO_PIC
 #define STBI_MALLOC zeroedMemory
 #define STBI_REALLOC_SIZED grownMemory
 #define STBI_FREE std::free
@@ -118,6 +124,9 @@ Size announcedSize(std::string_view bytes) {
 Picture readPicture(std::string_view bytes) {
     if (isJpeg(bytes)) {
         return readJpeg(bytes);
+    }
+    if (isPnm(bytes)) {
+        return readPnm(bytes);
     }
     const Size announced = announcedSize(bytes);
     Source source{bytes};
