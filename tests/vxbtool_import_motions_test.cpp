@@ -318,6 +318,10 @@ TEST(ImportMotions, TakeTheSmallestTypeAndTheSourcesKeys) {
           },
           {0, 1}},
          "910 30 1"},
+        {"mirrored at rest, and grows",
+         {[=](double s) { return size(-1 - seconds(s), -1 - seconds(s), -1 - seconds(s)); },
+          {0, 1}},
+         "910 30 1"},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);

@@ -113,6 +113,7 @@ private:
         ShapePolygon polygon;
         polygon.part = part_;
         polygon.cornerNum = face.cornerNum;
+        polygon.mirrored = mirrors;
         for (std::size_t k = 0; k < count; ++k) {
             const std::uint32_t vertex = face.vertices[order[k]];
             Vector normal = front;
@@ -141,7 +142,7 @@ private:
         if (placeOf_[vertex] == none) {
             placeOf_[vertex] = static_cast<std::uint32_t>(shape_.places.size());
             shape_.places.push_back(
-                {way.coordinate, way.points * vectorOf(mesh_.mVertices[vertex])});
+                {way.coordinate, way.points * vectorOf(mesh_.mVertices[vertex]), way.mirrors});
         }
         ShapeCorner corner;
         corner.place = placeOf_[vertex];

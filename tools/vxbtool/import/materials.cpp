@@ -39,7 +39,17 @@ std::array<float, 6> transformOf(const aiUVTransform& t) {
     return {a, -b, b + t.mTranslation.x, -d, e, 1 - e - t.mTranslation.y};
 }
 
-std::optional<TextureUse> textureOf(const aiMaterial& material) {
+/// glTF scales, turns about the upper left corner, and moves. Assimp turns the other way about the
+/// middle and makes up for that in the translation, which is taken back here.
+std::array<float, 6> transformOfGltf(const aiUVTransform& t) {
+    const float c = std::cos(t.mRotation);
+    const float s = -std::sin(t.mRotation);
+    const float across = t.mTranslation.x - t.mScaling.x * (1 - c + s) / 2;
+    const float down = 1 - t.mScaling.y * (3 - c - s) / 2 - t.mTranslation.y;
+    return {c * t.mScaling.x, s * t.mScaling.y, across, -s * t.mScaling.x, c * t.mScaling.y, down};
+}
+
+std::optional<TextureUse> textureOf(const aiMaterial& material, bool gltf) {
     for (const aiTextureType type : {aiTextureType_BASE_COLOR, aiTextureType_DIFFUSE}) {
         aiString path;
         aiTextureMapping mapping = aiTextureMapping_UV;
@@ -58,7 +68,7 @@ std::optional<TextureUse> textureOf(const aiMaterial& material) {
         use.down = wrapOf(modes[1]);
         aiUVTransform transform;
         if (material.Get(AI_MATKEY_UVTRANSFORM(type, 0), transform) == aiReturn_SUCCESS) {
-            use.transform = transformOf(transform);
+            use.transform = gltf ? transformOfGltf(transform) : transformOf(transform);
         }
         return use;
     }
@@ -112,7 +122,7 @@ SurfaceMaterial readMaterial(const aiMaterial& source, bool gltf, bool unlit) {
     aiString name;
     source.Get(AI_MATKEY_NAME, name);
     material.name = name.C_Str();
-    material.texture = textureOf(source);
+    material.texture = textureOf(source, gltf);
     readColour(source, gltf, material);
     readTransparency(source, gltf, material);
     int shading = 0;

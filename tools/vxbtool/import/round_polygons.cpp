@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <span>
+#include <utility>
 
 namespace vxbtool::importing {
 namespace {
@@ -49,6 +50,17 @@ void addHalves(const RoundPolygon& whole, std::vector<RoundPolygon>& polygons) {
     polygons.push_back(half);
 }
 
+/// Turns a piece of a polygon whose first corner another space has than the whole polygon's.
+void turnToFront(const Shape& shape, RoundPolygon& rounded) {
+    ShapePolygon& polygon = rounded.polygon;
+    const bool mirrored = shape.places[polygon.corners[0].place].mirrors;
+    if (polygon.mirrored != mirrored) {
+        polygon.mirrored = mirrored;
+        std::swap(rounded.points[1], rounded.points[2]);
+        std::swap(polygon.corners[1], polygon.corners[2]);
+    }
+}
+
 }  // namespace
 
 bool RoundPolygon::settle() {
@@ -87,6 +99,9 @@ std::vector<RoundPolygon> roundPolygons(const Shape& shape, bool triangles, Drop
         } else {
             result.push_back(rounded);
         }
+    }
+    for (RoundPolygon& rounded : result) {
+        turnToFront(shape, rounded);
     }
     return result;
 }

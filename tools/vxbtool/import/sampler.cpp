@@ -117,8 +117,9 @@ SampledTrack Sampler::sample(const MovedCoordinate& moved,
     if (departure.radians > tolerance_.radians) {
         // A player need not take a matrix apart: only a matrix of a rotation or of a scale alone keeps
         // that when the other is given.
-        sampled.parts.rotation =
-            differs.rotation || angleBetween(rest.turned.rotation, {}) > slight;
+        // One that mirrors can be taken apart in several ways.
+        sampled.parts.rotation = differs.rotation || rest.turned.scale.x < 0 ||
+                                 angleBetween(rest.turned.rotation, {}) > slight;
         sampled.parts.scale =
             differs.scale || farthest(rest.turned.scale - Vector(1, 1, 1)) > slight;
     } else {

@@ -156,6 +156,7 @@ private:
                 normal = Matrix3(way) * normal;
             }
             place.coordinate = from.coordinate;
+            place.mirrors = from.mirrors;
         }
         place.point = from.point + (place.point - from.point) * static_cast<double>(t);
         corner.place = static_cast<std::uint32_t>(shape_.places.size());

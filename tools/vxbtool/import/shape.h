@@ -15,6 +15,7 @@ using Vector3f = std::array<float, 3>;
 struct Place {
     std::uint32_t coordinate = 0;
     Vector point;
+    bool mirrors = false;  ///< the way from the source's mesh into the coordinate's space does
 };
 
 struct ShapeCorner {
@@ -24,11 +25,13 @@ struct ShapeCorner {
     std::array<float, 4> colour{1, 1, 1, 1};
 };
 
-/// A triangle, or a flat quadrangle whose corners run like a strip; clockwise as seen from its front.
+/// A triangle, or a flat quadrangle whose corners run like a strip; clockwise as seen from its front, in
+/// the space of its first corner's coordinate.
 struct ShapePolygon {
     std::uint32_t part = 0;  ///< index into Shape::parts
     std::uint8_t cornerNum = 3;
-    bool plain = false;  ///< it shows the mean colour of its picture in its place
+    bool mirrored = false;  ///< the first corner's space mirrors the source's mesh
+    bool plain = false;     ///< it shows the mean colour of its picture in its place
     std::array<ShapeCorner, 4> corners{};
 
     [[nodiscard]] std::span<ShapeCorner> used() { return std::span(corners).first(cornerNum); }
