@@ -13,7 +13,7 @@ namespace {
 
 using namespace mqf2vxb;
 
-/// What all tracks together may go through, in keys and pieces of turns: tracks may walk the same
+/// What all tracks together may go through, in keys, jumps and pieces of turns: tracks may walk the same
 /// steps, so that a small file can name very many.
 std::size_t mostOfTracks(const Animation& animation) {
     constexpr std::size_t least = std::size_t{1} << 18U;
@@ -65,6 +65,7 @@ public:
             const ControlWord control = controlWord(file_.words[animation_.controlOffset + step]);
             if (control.kind == ControlKind::jump) {
                 step = control.target;
+                ++spent_;
                 continue;
             }
             if (control.kind != ControlKind::keyFrame) {
