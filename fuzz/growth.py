@@ -230,6 +230,19 @@ def many_motions(n):
                  hierarchy(1, ["0 3 0-2"]), [f"NCLP={n}", *slots], a_clp=one, b_clp=other)
 
 
+def motions_through_jumps(n):
+    """Motions that end at once, and one with a chain of jumps, at whose first step the others begin as
+    soon as `begin_with_the_first` has changed the file."""
+    start = ["@CLP970401", "COORDINATE", "1", "0 0 s", "s"]
+    frames = ["TYPE ps0r0t1", "1 2 3"]
+    jumps = [line for i in range(8 * n) for line in (f"GOTO l{i} 0x0 0x0", f"l{i}")]
+    slots = [f"CLP[{i}]={'b' if i else 'a'}.clp" for i in range(n)]
+    return model(geometry(3, [triangle(0, 1, 2)]), materials(["0 1 F C 1 2 3"]),
+                 hierarchy(1, ["0 3 0-2"]), [f"NCLP={n}", *slots],
+                 a_clp=lines(*start, *jumps, "SEQ 1 ps0r0t1 0", "END 0x0", *frames),
+                 b_clp=lines(*start, "END 0x0", *frames))
+
+
 def strips_between_two(n):
     """Strips of two polygons whose corners lie in two coordinates and have a normal each."""
     points = 4 * n
@@ -255,6 +268,14 @@ def other_colours(words):
 def show_no_key_frame(words):
     """The second motion shows a key frame one word behind a true one: no reading is right."""
     words[(words[37] & 0x7FFFFFFF) + 2] += 1
+
+
+def begin_with_the_first(words):
+    """Every motion's only coordinate begins with step 0."""
+    for i in range(len(words) - 5):
+        if words[i] & ~0x800000 == 0x03000000 and words[i + 1] >> 16 == 0x8001 \
+                and words[i + 2] == 0x04000001:
+            words[i + 5] = 0
 
 
 def swap_normals(words):
@@ -295,6 +316,8 @@ GROWING = [
     (one_image_many_times, 150, LINT),
     (tall_image_among_small_ones, 1500, LINT),
     (windows, 1500, EXPORT),
+    (motions_through_jumps, 2000, ("export", ["{vxbtool}", "export", "-o", "m.glb", "s.vxb"],
+                                   begin_with_the_first)),
     (normals_of_no_length, 50000, LINT),
     (normals_of_no_length, 50000, LINT_ALL),
     (long_words, 1000, LINT),
