@@ -288,6 +288,9 @@ TEST(Export, PrintsAndWritesWhatTheSessionHolds) {
     ASSERT_EQ(player.document()["images"].size(), scene.pictures.size());
     for (std::size_t i = 0; i < scene.pictures.size(); ++i) {
         const scene::Picture& picture = scene.pictures[i];
+        EXPECT_EQ(
+            player.document()["images"][i].value("/extras/images"_json_pointer, json::array()),
+            json(picture.images));
         const auto* first = reinterpret_cast<const std::uint8_t*>(picture.texels.data());
         EXPECT_EQ(player.bytes(player.document()["images"][i]["bufferView"]),
                   pngOf(picture.width, picture.height, {first, 4 * picture.texels.size()}));

@@ -62,6 +62,14 @@ private:
             place->second = buffer_.addPng(
                 pngOf(picture.width, picture.height, {first, 4 * picture.texels.size()}));
             model_.images.back().name = "picture " + std::to_string(number);
+            tinygltf::Value::Array images;
+            for (const std::uint32_t image : picture.images) {
+                images.push_back(extra(image));
+            }
+            if (!images.empty()) {
+                model_.images.back().extras = tinygltf::Value(
+                    tinygltf::Value::Object{{"images", tinygltf::Value(std::move(images))}});
+            }
         }
         return place->second;
     }

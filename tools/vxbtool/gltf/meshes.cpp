@@ -258,10 +258,6 @@ private:
                                        {"polygons", extra(from.polygons)}};
         if (look.picture) {
             const Picture& picture = scene_.pictures[*look.picture];
-            tinygltf::Value::Array images;
-            for (const std::uint32_t image : picture.images) {
-                images.push_back(extra(image));
-            }
             tinygltf::Value::Object texture{{"picture", extra(*look.picture)},
                                             {"page", extra(picture.page)},
                                             {"depth", extra(picture.depth)},
@@ -270,8 +266,7 @@ private:
                                             {"width", extra(picture.width)},
                                             {"height", extra(picture.height)},
                                             {"window", tinygltf::Value(look.repeats)},
-                                            {"missing", tinygltf::Value(picture.missing)},
-                                            {"images", tinygltf::Value(std::move(images))}};
+                                            {"missing", tinygltf::Value(picture.missing)}};
             if (picture.clut) {
                 texture["clut"] = extra(*picture.clut);
             }
