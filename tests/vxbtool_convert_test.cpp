@@ -77,7 +77,7 @@ TEST_F(Convert, TellsBadUsageFromBadInput) {
          {"", "--bogus m.mqf", "-o a --out-dir b m.mqf", "-j 0 m.mqf", "--scale 1x m.mqf",
           "--scale nan m.mqf", "-o a m.mqf d.mqf", "--depfile a m.mqf d.mqf",
           "--out-dir m.mqf m.mqf", "-o '' m.mqf", "m.mqf m.mqf", "m.mqf x/../m.mqf",
-          "--hex m.vxb m.mqf", "--hex ./a --depfile a m.mqf"}) {
+          "--hex= m.mqf d.mqf", "--hex m.vxb m.mqf", "--hex ./a --depfile a m.mqf"}) {
         EXPECT_EQ(convert(arguments).status, 2) << arguments;
     }
     EXPECT_EQ(folder.read("m.vxb"), "");

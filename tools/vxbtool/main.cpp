@@ -7,8 +7,10 @@
 
 #include <cstdio>
 #include <exception>
+#include <span>
 #include <sstream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <CLI/CLI.hpp>
@@ -84,6 +86,18 @@ std::string usageFault(const CLI::App* app, const CLI::Error& error) {
                        printableLines(fault), guess(used));
 }
 
+/// Refuses "--name=" without a value, for which the parser would take the next argument.
+void requireValues(std::span<const char* const> arguments) {
+    for (const std::string_view argument : arguments) {
+        if (argument == "--") {
+            return;
+        }
+        if (argument.starts_with("--") && argument.find('=') == argument.size() - 1) {
+            throw CLI::ArgumentMismatch(std::string(argument) + " has no value");
+        }
+    }
+}
+
 int runCommandLine(int argumentCount, const char* const* arguments) {
     Session session;
     CLI::App app("Converts 3-D models to VXB files and looks after such files.", "vxbtool");
@@ -110,6 +124,7 @@ int runCommandLine(int argumentCount, const char* const* arguments) {
     addPacketFormTables(app, session);
 
     try {
+        requireValues({arguments, static_cast<std::size_t>(argumentCount)});
         app.parse(argumentCount, arguments);
     } catch (const CLI::ParseError& error) {
         // "--help" and "--version" come as errors too, with the exit code 0.

@@ -126,7 +126,8 @@ Value valueOf(const CLI::Option& option) {
 /// The extensions of the files that a command reads.
 std::vector<std::string> extensionsOf(const CLI::App& command) {
     std::vector<std::string> extensions;
-    if (command.get_option_no_throw("--base") != nullptr) {  // where a model's files are
+    const bool takesModels = command.get_option_no_throw("--base") != nullptr;  // its files' folder
+    if (takesModels) {
         extensions.emplace_back("mqf");
     }
     for (const CLI::Option* option : command.get_options()) {
@@ -134,7 +135,7 @@ std::vector<std::string> extensionsOf(const CLI::App& command) {
         if (name == "FILE" || name == "OLD") {
             extensions.emplace_back("vxb");
         }
-        if (name == "MODEL") {
+        if (name == "MODEL" && !takesModels) {
             extensions.insert(extensions.end(),
                               {"glb", "gltf", "fbx", "obj", "dae", "blend", "3ds", "ply", "stl"});
         }

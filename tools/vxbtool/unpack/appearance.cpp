@@ -82,10 +82,11 @@ void takeFurther(const PacketPolygon& polygon, const PointNumbers& points, bool 
         isFurtherCoded(polygon) && (drawingOf(polygon) & drawing_code::colourPerCorner) != 0;
     const bool doubleImage = polygon.form->family == PacketFamily::doubleImage;
     if (polygon.form->lit()) {
-        if (surface.colours == 1) {
-            surface.shading = perCorner ? 'G' : 'F';
-        } else if (!named(Field::N0) || !named(Field::N1) || !named(Field::N2)) {
+        const bool all = named(Field::N0) && named(Field::N1) && named(Field::N2);
+        if (!all) {
             surface.shading = 'F';
+        } else if (surface.colours == 1) {
+            surface.shading = perCorner ? 'G' : 'F';
         }
         surface.unlit = surface.shading == 'F' && !named(Field::N0);
     } else if (surface.colours == 1 && perCorner && doubleImage) {
