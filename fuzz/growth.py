@@ -235,7 +235,7 @@ def motions_through_jumps(n):
     soon as `begin_with_the_first` has changed the file."""
     start = ["@CLP970401", "COORDINATE", "1", "0 0 s", "s"]
     frames = ["TYPE ps0r0t1", "1 2 3"]
-    jumps = [line for i in range(8 * n) for line in (f"GOTO l{i} 0x0 0x0", f"l{i}")]
+    jumps = [line for i in range(4 * n) for line in (f"GOTO l{i} 0x0 0x0", f"l{i}")]
     slots = [f"CLP[{i}]={'b' if i else 'a'}.clp" for i in range(n)]
     return model(geometry(3, [triangle(0, 1, 2)]), materials(["0 1 F C 1 2 3"]),
                  hierarchy(1, ["0 3 0-2"]), [f"NCLP={n}", *slots],

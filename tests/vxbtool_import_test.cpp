@@ -304,7 +304,7 @@ TEST(Import, PiecesOverAMirrorLookTheSameWayAndATurnedTextureIsTurned) {
     const std::string file = (folder.path() / "m.gltf").string();
     const Source source = Source::load(file, {});
 
-    const auto& m = readMaterials(source.scene(), false).materials.at(0).texture->transform;
+    const auto m = readMaterials(source.scene(), false).materials.at(0).texture->transform;
     const double s = std::sin(turn);
     const double c = std::cos(turn);
     EXPECT_THAT(m, testing::Pointwise(testing::FloatNear(1e-5F),

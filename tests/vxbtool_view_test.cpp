@@ -4,6 +4,7 @@
 #include <string>
 
 #include "support/test_folder.h"
+#include "vxbtool/shared/base64.h"
 #include "vxbtool/view/page.h"
 #include "vxbtool/view/page_template.h"
 
@@ -25,9 +26,9 @@ TEST(ViewPage, HoldsTheModelSoThatNothingEndsItsElement) {
     const Json data{{"name", "</script>\xff<!--"}};
     EXPECT_EQ(view::filledPage("<a>@MODEL_DATA@</a><b>@MODEL_GLB@</b>", data, "glb!"),
               "<a>{\"name\":\"\\u003c/script>\xef\xbf\xbd\\u003c!--\"}</a><b>Z2xiIQ==</b>");
-    EXPECT_EQ(view::base64(""), "");
-    EXPECT_EQ(view::base64(std::string("\0\xff\x10", 3)), "AP8Q");
-    EXPECT_EQ(view::base64("\xfb\xef"), "++8=");
+    EXPECT_EQ(base64(""), "");
+    EXPECT_EQ(base64(std::string("\0\xff\x10", 3)), "AP8Q");
+    EXPECT_EQ(base64("\xfb\xef"), "++8=");
     EXPECT_THROW(view::filledPage("@MODEL_GLB@", data, ""), std::logic_error);
 }
 

@@ -41,12 +41,14 @@ if(MQF2VXB_BUILD_IMPORT)
         vxbtool/import/guarded.cpp
         vxbtool/import/import.cpp
         vxbtool/import/import_model.cpp
+        vxbtool/import/linear_keys.cpp
         vxbtool/import/looks.cpp
         vxbtool/import/materials.cpp
         vxbtool/import/model_builder.cpp
         vxbtool/import/motions.cpp
         vxbtool/import/nodes.cpp
         vxbtool/import/picture_source.cpp
+        vxbtool/import/plain_gltf.cpp
         vxbtool/import/point_table.cpp
         vxbtool/import/progress_line.cpp
         vxbtool/import/report.cpp
@@ -61,6 +63,7 @@ if(MQF2VXB_BUILD_IMPORT)
         vxbtool/import/texture_coordinates.cpp
         vxbtool/import/textures.cpp
         vxbtool/import/track.cpp
+        vxbtool/import/unescaped.cpp
         vxbtool/pictures/jpeg.cpp
         vxbtool/pictures/memory_map.cpp
         vxbtool/pictures/options.cpp

@@ -41,7 +41,10 @@ std::array<Vector, 3> squared(std::array<Vector, 3> axes) {
         axes[1] = axes[2] ^ axes[0];
     }
     if (axes[1].Length() < none) {
-        axes[1] = std::abs(axes[0].x) < 0.5 ? Vector(1, 0, 0) ^ axes[0] : Vector(0, 1, 0) ^ axes[0];
+        axes[1] = Vector(0, 0, 1) ^ axes[0];
+    }
+    if (axes[1].Length() < none) {
+        axes[1] = {0, 1, 0};
     }
     axes[1].Normalize();
     axes[2] = axes[0] ^ axes[1];

@@ -80,22 +80,24 @@ Channel::Channel(const aiNodeAnim& keys, const aiNode& node)
 }
 
 void Channel::takeRest(const aiNode& node) {
+    // What Assimp makes of the matrix; of one that is flat it is no rotation.
     aiVector3D scale;
     aiQuaternion rotation;
     aiVector3D translation;
     node.mTransformation.Decompose(scale, rotation, translation);
-    const NodePose taken{isFinite(translation) ? wide(translation) : Vector(),
-                         isFinite(rotation) ? wide(rotation) : Quaternion(),
-                         isFinite(scale) ? wide(scale) : Vector(1, 1, 1)};
+    const Matrix4 whole(node.mTransformation);
+    const Turned turned = takeApart(Matrix3(whole));
+    const NodePose taken{{whole.a4, whole.b4, whole.c4}, turned.rotation, turned.scale};
     rest_ = taken;
     const auto isMade = [](const auto& keys, auto isRest) {
         return keys.empty() || (keys.size() == 1 && isRest(wide(keys.front().mValue)));
     };
     constexpr double slight = 1e-5;
-    const bool rotationMade = isMade(
-        rotations_, [&](const Quaternion& q) { return angleBetween(q, taken.rotation) < slight; });
+    const bool rotationMade = isMade(rotations_, [&](const Quaternion& q) {
+        return isFinite(rotation) && angleBetween(q, wide(rotation)) < slight;
+    });
     const bool scaleMade = isMade(scales_, [&](const Vector& v) {
-        return (v - taken.scale).Length() <= slight * taken.scale.Length();
+        return (v - wide(scale)).Length() <= slight * wide(scale).Length();
     });
     if (rotationMade == scaleMade) {
         return;

@@ -1,20 +1,27 @@
 #include "vxbtool/import/source.h"
 
 #include <algorithm>
+#include <cctype>
 #include <cmath>
 #include <exception>
 #include <filesystem>
+#include <fstream>
 #include <new>
+#include <optional>
 #include <span>
 #include <system_error>
 #include <utility>
 
 #include <assimp/DefaultIOSystem.h>
 #include <assimp/Importer.hpp>
+#include <assimp/MemoryIOWrapper.h>
 #include <assimp/ProgressHandler.hpp>
 #include <assimp/config.h>
 #include <assimp/scene.h>
 #include <fmt/core.h>
+
+#include "vxbtool/import/plain_gltf.h"
+#include "vxbtool/import/unescaped.h"
 
 namespace vxbtool::importing {
 namespace {
@@ -27,7 +34,13 @@ constexpr const char* tooMuchMemory = "reading it takes more memory than it may"
 /// may name a pipe, which never ends, or a file of another's.
 class SourceFiles final : public Assimp::DefaultIOSystem {
 public:
-    explicit SourceFiles(const SourceOptions& options) : options_(options) {}
+    SourceFiles(std::string model, const SourceOptions& options)
+        : model_(std::move(model)), options_(options) {
+        std::string extension = fs::path(model_).extension().string();
+        std::ranges::transform(extension, extension.begin(),
+                               [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+        isGltf_ = extension == ".gltf" || extension == ".glb";
+    }
 
     /// By default that opens the file, and waits for what a pipe has to say.
     [[nodiscard]] bool Exists(const char* file) const override {
@@ -52,13 +65,56 @@ public:
         if (options_.opening) {
             options_.opening(file, size);
         }
+        if (isGltf_ && file == model_) {
+            makePlain();
+            if (plain_) {
+                return new Assimp::MemoryIOStream(
+                    reinterpret_cast<const std::uint8_t*>(plain_->data()), plain_->size());
+            }
+        }
         return DefaultIOSystem::Open(file, mode);
     }
 
     [[nodiscard]] bool tooLarge() const { return tooLarge_; }
 
 private:
+    /// Changes the model's file, at its first opening, if Assimp would misread it.
+    void makePlain() {
+        if (std::exchange(isRead_, true)) {
+            return;
+        }
+        const std::optional<std::string> file = bytesOf(model_);
+        if (file) {
+            plain_ = plainGltf(*file, [this](const std::string& name) {
+                const fs::path folder = fs::path(model_).parent_path();
+                std::optional<std::string> bytes = bytesOf(folder / name);
+                return bytes ? std::move(bytes) : bytesOf(folder / unescaped(name));
+            });
+        }
+    }
+
+    [[nodiscard]] std::optional<std::string> bytesOf(const fs::path& file) const {
+        std::error_code error;
+        const std::uintmax_t size = fs::file_size(file, error);
+        if (error || size > largestSource || !Exists(file.c_str())) {
+            return std::nullopt;
+        }
+        if (options_.opening) {
+            options_.opening(file, size);
+        }
+        std::string bytes(size, '\0');
+        std::ifstream stream(file, std::ios::binary);
+        if (!stream.read(bytes.data(), static_cast<std::streamsize>(size))) {
+            return std::nullopt;
+        }
+        return bytes;
+    }
+
+    std::string model_;
     const SourceOptions& options_;
+    bool isGltf_ = false;
+    bool isRead_ = false;
+    std::optional<std::string> plain_;
     std::uintmax_t bytes_ = 0;
     bool tooLarge_ = false;
 };
@@ -156,7 +212,7 @@ Source Source::load(const std::string& file, const SourceOptions& options) {
     source.loader_ = std::make_unique<Loader>(options);
     Assimp::Importer& importer = source.loader_->importer;
     // The importer owns both.
-    auto* const files = new SourceFiles(source.loader_->options);
+    auto* const files = new SourceFiles(file, source.loader_->options);
     importer.SetIOHandler(files);
     importer.SetProgressHandler(new Progress(source.loader_->options));
     // A node for each node: pivots of FBX files go into its transformation.

@@ -119,6 +119,18 @@ Size announcedSize(std::string_view bytes) {
     return size;
 }
 
+/// stb takes for granted that what is transparent in a PSD file lies on white, and computes nonsense
+/// from what does not.
+void requireNoMatte(std::string_view bytes) {
+    constexpr std::size_t channelNumber = 13;  // its lower byte
+    constexpr char most = 3;
+    if (bytes.starts_with("8BPS") && bytes.size() > channelNumber &&
+        (bytes[channelNumber] > most || bytes[channelNumber] < 0)) {
+        throw PictureFault(
+            "only PSD files without transparency are read: save it as PNG, or flattened");
+    }
+}
+
 }  // namespace
 
 Picture readPicture(std::string_view bytes) {
@@ -128,6 +140,7 @@ Picture readPicture(std::string_view bytes) {
     if (isPnm(bytes)) {
         return readPnm(bytes);
     }
+    requireNoMatte(bytes);
     const Size announced = announcedSize(bytes);
     Source source{bytes};
     Size size;

@@ -36,7 +36,7 @@ public:
 inline constexpr std::size_t largestPicture = std::size_t{1} << 26U;
 inline constexpr std::uint32_t longestSide = 16384;
 
-/// Reads a PNG, JPEG, TGA, BMP, GIF (its first picture), PSD or PNM file from its bytes. One that is
+/// Reads a PNG, JPEG, TGA, BMP, GIF (its first picture), PSD, PGM or PPM file from its bytes. One that is
 /// cut off, larger than the limits, or much larger than its bytes can hold throws PictureFault.
 Picture readPicture(std::string_view bytes);
 

@@ -1,7 +1,8 @@
 #include "vxbtool/view/page.h"
 
-#include <cstdint>
 #include <stdexcept>
+
+#include "vxbtool/shared/base64.h"
 
 namespace vxbtool::view {
 namespace {
@@ -42,26 +43,6 @@ std::string filledPage(std::string_view pageTemplate, const Json& data, std::str
     page += base64(glb);
     page += pageTemplate;
     return page;
-}
-
-std::string base64(std::string_view bytes) {
-    constexpr std::string_view digits =
-        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    constexpr std::size_t group = 3;
-    std::string result;
-    result.reserve((bytes.size() + 2) / group * 4);
-    for (std::size_t i = 0; i < bytes.size(); i += group) {
-        std::uint32_t bits = 0;
-        for (std::size_t j = 0; j < group; ++j) {
-            const bool there = i + j < bytes.size();
-            bits = bits << 8U | (there ? static_cast<unsigned char>(bytes[i + j]) : 0U);
-        }
-        for (std::size_t j = 0; j <= group; ++j) {
-            const bool padding = i + j > bytes.size();
-            result += padding ? '=' : digits[bits >> (18U - 6U * j) & 63U];
-        }
-    }
-    return result;
 }
 
 }  // namespace vxbtool::view

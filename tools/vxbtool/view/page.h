@@ -11,6 +11,4 @@ namespace vxbtool::view {
 /// it.
 std::string filledPage(std::string_view pageTemplate, const Json& data, std::string_view glb);
 
-std::string base64(std::string_view bytes);
-
 }  // namespace vxbtool::view

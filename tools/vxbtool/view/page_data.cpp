@@ -9,9 +9,9 @@
 #include "format/texture_fields.h"
 #include "vxbtool/check/check.h"
 #include "vxbtool/scene/image_pictures.h"
+#include "vxbtool/shared/base64.h"
 #include "vxbtool/shared/image_depths.h"
 #include "vxbtool/shared/png.h"
-#include "vxbtool/view/page.h"
 
 namespace vxbtool::view {
 namespace {

@@ -1,0 +1,154 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "support/test_folder.h"
+#include "vxb/vxb_reader.h"
+#include "vxbtool/import/plain_gltf.h"
+#include "vxbtool/scene/scene.h"
+#include "vxbtool/shared/base64.h"
+
+namespace vxbtool::importing {
+namespace {
+
+using mqf2vxb::tests::TestFolder;
+using nlohmann::json;
+using testing::ElementsAre;
+using testing::FloatNear;
+using testing::Pointwise;
+
+/// What the floats of an accessor of a changed document are.
+std::vector<float> floatsOf(const json& document, std::size_t number) {
+    const json& accessor = document.at("accessors").at(number);
+    EXPECT_EQ(accessor.at("componentType"), 5126);
+    EXPECT_FALSE(accessor.contains("normalized") || accessor.contains("sparse"));
+    const json& view = document.at("bufferViews").at(accessor.at("bufferView").get<std::size_t>());
+    const std::string uri =
+        document.at("buffers").at(view.at("buffer").get<std::size_t>()).at("uri");
+    const std::string bytes = bytesOfBase64(uri.substr(uri.find(',') + 1)).value();
+    std::vector<float> floats(view.at("byteLength").get<std::size_t>() / sizeof(float));
+    std::memcpy(floats.data(), &bytes.at(view.at("byteOffset").get<std::size_t>()),
+                floats.size() * sizeof(float));
+    return floats;
+}
+
+json base(const std::string& bytes, const char* uri) {
+    return {{"asset", {{"version", "2.0"}}},
+            {"buffers", {{{"uri", uri}, {"byteLength", bytes.size()}}}},
+            {"bufferViews", json::array()},
+            {"accessors", json::array()}};
+}
+
+void addAccessor(json& document, std::size_t offset, std::size_t length, int component,
+                 std::size_t count, const char* type, bool normalized = false) {
+    document["bufferViews"].push_back(
+        {{"buffer", 0}, {"byteOffset", offset}, {"byteLength", length}});
+    document["accessors"].push_back({{"bufferView", document["bufferViews"].size() - 1},
+                                     {"componentType", component},
+                                     {"count", count},
+                                     {"type", type},
+                                     {"normalized", normalized},
+                                     {"min", {0}}});
+}
+
+TEST(ImportGltf, WholeNumbersBecomeTheFractionsTheyStandFor) {
+    // Weights of two vertices eight bytes apart; three texture coordinates, one of them replaced.
+    const std::string bytes("\xFF\0\0\0....\x33\xCC\0\0"
+                            "\0\0\x80\x80\0\0\0\0\xFF\xFF\0\0"
+                            "\1"
+                            "\xFF\xFF\xFF\xFF",
+                            29);
+    json document = base(bytes, "a b.bin");
+    addAccessor(document, 0, 12, 5121, 2, "VEC4", true);
+    document["bufferViews"][0]["byteStride"] = 8;
+    addAccessor(document, 12, 12, 5123, 3, "VEC2", true);
+    document["bufferViews"].push_back({{"buffer", 0}, {"byteOffset", 24}, {"byteLength", 1}});
+    document["bufferViews"].push_back({{"buffer", 0}, {"byteOffset", 25}, {"byteLength", 4}});
+    document["accessors"][1]["sparse"] = {{"count", 1},
+                                          {"indices", {{"bufferView", 2}, {"componentType", 5121}}},
+                                          {"values", {{"bufferView", 3}}}};
+    document["meshes"] = {
+        {{"primitives", {{{"attributes", {{"WEIGHTS_0", 0}, {"TEXCOORD_0", 1}}}}}}}};
+    document["skins"] = {{{"joints", {0, 1}}}};
+    const auto readFile = [&](const std::string& name) -> std::optional<std::string> {
+        EXPECT_EQ(name, "a b.bin");
+        return bytes;
+    };
+    const json made = json::parse(plainGltf(document.dump(), readFile).value());
+    EXPECT_THAT(floatsOf(made, 0),
+                ElementsAre(1, 0, 0, 0, FloatNear(0.2F, 1e-6F), FloatNear(0.8F, 1e-6F), 0, 0));
+    EXPECT_THAT(floatsOf(made, 1),
+                Pointwise(FloatNear(1e-5F), {0.0F, 0.501961F, 1.0F, 1.0F, 1.0F, 0.0F}));
+    EXPECT_EQ(made["accessors"][2]["type"], "MAT4");
+    EXPECT_THAT(floatsOf(made, made["skins"][0]["inverseBindMatrices"]).at(15), 1);
+
+    document["bufferViews"][0]["byteLength"] = 11;
+    EXPECT_EQ(plainGltf(document.dump(), readFile), std::nullopt);
+    EXPECT_EQ(plainGltf("{", readFile), std::nullopt);
+    EXPECT_EQ(plainGltf(json{{"asset", {{"version", "1.0"}}}}.dump(), readFile), std::nullopt);
+}
+
+TEST(ImportGltf, LeapsAndSplinesBecomeEvenKeys) {
+    // Times 0 and 1; values 1 and 3; a spline from 0 to 1, level at both ends.
+    const std::vector<float> numbers{0, 1, 1, 0, 0, 3, 0, 0, 0, 0, 0, 0, 0,
+                                     0, 0, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0};
+    const std::string bytes(reinterpret_cast<const char*>(numbers.data()),
+                            numbers.size() * sizeof(float));
+    json document = base(bytes, "k.bin");
+    addAccessor(document, 0, 8, 5126, 2, "SCALAR");
+    addAccessor(document, 8, 24, 5126, 2, "VEC3");
+    addAccessor(document, 32, 72, 5126, 6, "VEC3");
+    document["animations"] = {
+        {{"samplers",
+          {{{"input", 0}, {"output", 1}, {"interpolation", "STEP"}},
+           {{"input", 0}, {"output", 2}, {"interpolation", "CUBICSPLINE"}}}},
+         {"channels",
+          {{{"sampler", 0}, {"target", {{"node", 0}, {"path", "translation"}}}},
+           {{"sampler", 1}, {"target", {{"node", 0}, {"path", "scale"}}}}}}}};
+    const auto plain = plainGltf(document.dump(), [&](const std::string&) { return bytes; });
+    const json made = json::parse(plain.value());
+    const json& samplers = made["animations"][0]["samplers"];
+    EXPECT_EQ(samplers[0]["interpolation"], "LINEAR");
+    EXPECT_THAT(floatsOf(made, samplers[0]["input"]), ElementsAre(0, FloatNear(0.999F, 1e-6F), 1));
+    EXPECT_THAT(floatsOf(made, samplers[0]["output"]), ElementsAre(1, 0, 0, 1, 0, 0, 3, 0, 0));
+    const std::vector<float> times = floatsOf(made, samplers[1]["input"]);
+    const std::vector<float> values = floatsOf(made, samplers[1]["output"]);
+    ASSERT_EQ(values.size(), times.size() * 3);
+    EXPECT_GE(times.size(), 60U);
+    for (std::size_t i = 0; i < times.size(); ++i) {
+        const double t = times[i];
+        ASSERT_NEAR(values[3 * i], t * t * (3 - 2 * t), 1e-6) << t;
+    }
+}
+
+/// The glTF file that export writes of the sample, with its skins of whole numbers, comes in again.
+TEST(ImportGltf, WhatExportWroteComesBack) {
+    const TestFolder folder;
+    const auto made = folder.run(
+        "cp " MQF2VXB_EXAMPLES "/* . && " VXBTOOL_PROGRAM " convert crawler.mqf && " VXBTOOL_PROGRAM
+        " export crawler.vxb && " VXBTOOL_PROGRAM " import --convert --out-dir again crawler.glb");
+    ASSERT_EQ(made.status, 0) << made.output;
+    const auto sharedCorners = [&](const std::string& name) {
+        const scene::Scene scene = scene::makeScene(mqf2vxb::readVxb(folder.read(name)));
+        std::size_t corners = 0;
+        for (const scene::Body& body : scene.bodies) {
+            for (std::uint32_t p = 0; body.shared && p < body.polygonNum; ++p) {
+                const scene::Polygon& polygon = scene.polygons.at(body.firstPolygon + p);
+                corners += 3 * (polygon.cornerNum - 2);
+            }
+        }
+        return corners;
+    };
+    EXPECT_GT(sharedCorners("crawler.vxb"), 100U);
+    EXPECT_EQ(sharedCorners("again/crawler.vxb"), sharedCorners("crawler.vxb"));
+}
+
+}  // namespace
+}  // namespace vxbtool::importing
