@@ -220,7 +220,8 @@ void addImage(CLI::App& app, Session& session) {
     CLI::App* command = app.add_subcommand("image", "Make PXL files of pictures");
     const auto arguments = std::make_shared<ImageArguments>();
     command
-        ->add_option("PICTURE", arguments->pictures, "PNG, JPEG, TGA, BMP, GIF, PSD, PGM or PPM files")
+        ->add_option("PICTURE", arguments->pictures,
+                     "PNG, JPEG, TGA, BMP, GIF, PSD, PGM or PPM files")
         ->type_name("")
         ->required();
     command
