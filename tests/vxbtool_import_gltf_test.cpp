@@ -12,6 +12,7 @@
 #include "support/test_folder.h"
 #include "vxb/vxb_reader.h"
 #include "vxbtool/import/plain_gltf.h"
+#include "vxbtool/import/source.h"
 #include "vxbtool/scene/scene.h"
 #include "vxbtool/shared/base64.h"
 
@@ -81,7 +82,7 @@ TEST(ImportGltf, WholeNumbersBecomeTheFractionsTheyStandFor) {
         EXPECT_EQ(name, "a b.bin");
         return bytes;
     };
-    const json made = json::parse(plainGltf(document.dump(), readFile).value());
+    const json made = json::parse(plainGltf(document.dump(), readFile, true).value());
     EXPECT_THAT(floatsOf(made, 0),
                 ElementsAre(1, 0, 0, 0, FloatNear(0.2F, 1e-6F), FloatNear(0.8F, 1e-6F), 0, 0));
     EXPECT_THAT(floatsOf(made, 1),
@@ -90,9 +91,10 @@ TEST(ImportGltf, WholeNumbersBecomeTheFractionsTheyStandFor) {
     EXPECT_THAT(floatsOf(made, made["skins"][0]["inverseBindMatrices"]).at(15), 1);
 
     document["bufferViews"][0]["byteLength"] = 11;
-    EXPECT_EQ(plainGltf(document.dump(), readFile), std::nullopt);
-    EXPECT_EQ(plainGltf("{", readFile), std::nullopt);
-    EXPECT_EQ(plainGltf(json{{"asset", {{"version", "1.0"}}}}.dump(), readFile), std::nullopt);
+    EXPECT_THROW(plainGltf(document.dump(), readFile, true), ImportFault);
+    EXPECT_THROW(plainGltf("{", readFile, true), ImportFault);
+    EXPECT_EQ(plainGltf(json{{"asset", {{"version", "1.0"}}}}.dump(), readFile, true),
+              std::nullopt);
 }
 
 TEST(ImportGltf, LeapsAndSplinesBecomeEvenKeys) {
@@ -105,6 +107,7 @@ TEST(ImportGltf, LeapsAndSplinesBecomeEvenKeys) {
     addAccessor(document, 0, 8, 5126, 2, "SCALAR");
     addAccessor(document, 8, 24, 5126, 2, "VEC3");
     addAccessor(document, 32, 72, 5126, 6, "VEC3");
+    document["nodes"] = {json::object()};
     document["animations"] = {
         {{"samplers",
           {{{"input", 0}, {"output", 1}, {"interpolation", "STEP"}},
@@ -112,7 +115,8 @@ TEST(ImportGltf, LeapsAndSplinesBecomeEvenKeys) {
          {"channels",
           {{{"sampler", 0}, {"target", {{"node", 0}, {"path", "translation"}}}},
            {{"sampler", 1}, {"target", {{"node", 0}, {"path", "scale"}}}}}}}};
-    const auto plain = plainGltf(document.dump(), [&](const std::string&) { return bytes; });
+    const auto plain = plainGltf(
+        document.dump(), [&](const std::string&) { return bytes; }, true);
     const json made = json::parse(plain.value());
     const json& samplers = made["animations"][0]["samplers"];
     EXPECT_EQ(samplers[0]["interpolation"], "LINEAR");
@@ -126,6 +130,39 @@ TEST(ImportGltf, LeapsAndSplinesBecomeEvenKeys) {
         const double t = times[i];
         ASSERT_NEAR(values[3 * i], t * t * (3 - 2 * t), 1e-6) << t;
     }
+}
+
+TEST(ImportGltf, WhatAssimpFindsByNameHasNamesOfItsOwn) {
+    json document{
+        {"asset", {{"version", "2.0"}}},
+        {"meshes", {{{"primitives", {{{"attributes", json::object()}}}}}}},
+        {"skins",
+         {{{"joints", {0}}, {"inverseBindMatrices", 0}},
+          {{"joints", {1}}, {"inverseBindMatrices", 0}}}},
+        {"nodes",
+         {{{"name", "hip"}},
+          {{"name", "hip"}, {"scale", {-1, 1, 1}}},
+          {{"name", "hip (2)"}},
+          {{"mesh", 0}, {"skin", 0}},
+          {{"mesh", 0}, {"skin", 1}},
+          {{"mesh", 0}, {"skin", 0}}}},
+        {"animations",
+         {{{"samplers", json::array()},
+           {"channels", {{{"sampler", 0}, {"target", {{"node", 1}, {"path", "scale"}}}}}}}}}};
+    const auto readFile = [](const std::string&) { return std::nullopt; };
+    const json made = json::parse(plainGltf(document.dump(), readFile, false).value());
+    const json& nodes = made["nodes"];
+    EXPECT_EQ(nodes[0]["name"], "hip");
+    EXPECT_EQ(nodes[1]["name"], "hip (2)");
+    EXPECT_EQ(nodes[2]["name"], "hip (2) (2)");
+    EXPECT_EQ(nodes[3]["mesh"], 0);
+    EXPECT_EQ(nodes[4]["mesh"], 1);
+    EXPECT_EQ(nodes[5]["mesh"], 0);
+    EXPECT_EQ(made["meshes"][1], made["meshes"][0]);
+    // Of a node that moves, nothing is left to guesses from its matrix.
+    EXPECT_EQ(nodes[1]["rotation"], json({0, 0, 0, 1}));
+    EXPECT_EQ(nodes[1]["scale"], json({-1, 1, 1}));
+    EXPECT_FALSE(nodes[0].contains("rotation"));
 }
 
 /// The glTF file that export writes of the sample, with its skins of whole numbers, comes in again.

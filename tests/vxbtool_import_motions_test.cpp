@@ -11,8 +11,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "vxbtool/import/angles.h"
-#include "vxbtool/import/channel.h"
 #include "vxbtool/import/motions.h"
 #include "vxbtool/import/nodes.h"
 #include "vxbtool/import/source.h"
@@ -263,44 +261,6 @@ public:
 };
 
 const ChainNode still{[](double) { return aiMatrix4x4(); }, {}};
-
-/// Assimp makes a rotation or a scale up where the source has no keys of it.
-TEST(ImportMotions, TakeAPartWithoutKeysAsTheKeysOfTheOtherMeanIt) {
-    for (const aiVector3D& signs : {aiVector3D(1, 1, 1),
-                                    {-1, 1, 1},
-                                    {1, -1, 1},
-                                    {1, 1, -1},
-                                    {-1, -1, 1},
-                                    {1, -1, -1},
-                                    {-1, -1, -1},
-                                    {0, 0, 0}}) {
-        aiNode node("n");
-        node.mTransformation = size(signs.x, signs.y, signs.z);
-        aiVector3D scale;
-        aiQuaternion rotation;
-        aiVector3D translation;
-        node.mTransformation.Decompose(scale, rotation, translation);
-        aiNodeAnim keys;
-        keys.mRotationKeys = new aiQuatKey[keys.mNumRotationKeys = 1]{{0, rotation}};
-        keys.mScalingKeys =
-            new aiVectorKey[keys.mNumScalingKeys = 2]{{0, signs}, {1, signs * 2.0F}};
-        const NodePose pose = Channel(keys, node).at(1);
-        EXPECT_LT(angleBetween(pose.rotation, {}), 1e-5) << signs.x << signs.y << signs.z;
-        EXPECT_EQ(pose.scale, Vector(signs.x * 2.0, signs.y * 2.0, signs.z * 2.0));
-    }
-    // A mirror that turns, with a scale made up.
-    aiNode node("n");
-    node.mTransformation = turn(0.1F, {0, 1, 0}) * size(1, -1, 1);
-    aiNodeAnim keys;
-    aiQuaternion unused;
-    aiVector3D translation;
-    aiVector3D scale;
-    node.mTransformation.Decompose(scale, unused, translation);
-    const aiQuaternion eighth(aiVector3D(0, 1, 0), std::numbers::pi_v<float> / 4);
-    keys.mRotationKeys = new aiQuatKey[keys.mNumRotationKeys = 1]{{0, eighth}};
-    keys.mScalingKeys = new aiVectorKey[keys.mNumScalingKeys = 1]{{0, scale}};
-    EXPECT_NEAR((Channel(keys, node).at(0).scale - Vector(1, -1, 1)).Length(), 0, 1e-5);
-}
 
 TEST(ImportMotions, TakeTheSmallestTypeAndTheSourcesKeys) {
     struct Case {

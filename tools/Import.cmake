@@ -38,6 +38,7 @@ if(MQF2VXB_BUILD_IMPORT)
         vxbtool/import/channel.cpp
         vxbtool/import/faces.cpp
         vxbtool/import/geometry.cpp
+        vxbtool/import/gltf_document.cpp
         vxbtool/import/guarded.cpp
         vxbtool/import/import.cpp
         vxbtool/import/import_model.cpp

@@ -1,5 +1,6 @@
 #include "vxbtool/gltf/materials.h"
 
+#include <algorithm>
 #include <array>
 #include <map>
 #include <string>
@@ -63,8 +64,9 @@ private:
                 pngOf(picture.width, picture.height, {first, 4 * picture.texels.size()}));
             model_.images.back().name = "picture " + std::to_string(number);
             tinygltf::Value::Array images;
-            for (const std::uint32_t image : picture.images) {
-                images.push_back(extra(image));
+            constexpr std::size_t most = 64;  // thousands of tiny ones may make a page
+            for (std::size_t i = 0; i < std::min(picture.images.size(), most); ++i) {
+                images.push_back(extra(picture.images[i]));
             }
             if (!images.empty()) {
                 model_.images.back().extras = tinygltf::Value(

@@ -2,9 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
-
-#include "vxbtool/import/angles.h"
 
 namespace vxbtool::importing {
 namespace {
@@ -74,62 +71,15 @@ Channel::Channel(const aiNodeAnim& keys, const aiNode& node)
     : positions_(soundKeys(keys.mPositionKeys, keys.mNumPositionKeys, times_)),
       rotations_(soundKeys(keys.mRotationKeys, keys.mNumRotationKeys, times_)),
       scales_(soundKeys(keys.mScalingKeys, keys.mNumScalingKeys, times_)) {
-    takeRest(node);
-    std::sort(times_.begin(), times_.end());
-    times_.erase(std::unique(times_.begin(), times_.end()), times_.end());
-}
-
-void Channel::takeRest(const aiNode& node) {
-    // What Assimp makes of the matrix; of one that is flat it is no rotation.
     aiVector3D scale;
     aiQuaternion rotation;
     aiVector3D translation;
     node.mTransformation.Decompose(scale, rotation, translation);
-    const Matrix4 whole(node.mTransformation);
-    const Turned turned = takeApart(Matrix3(whole));
-    const NodePose taken{{whole.a4, whole.b4, whole.c4}, turned.rotation, turned.scale};
-    rest_ = taken;
-    const auto isMade = [](const auto& keys, auto isRest) {
-        return keys.empty() || (keys.size() == 1 && isRest(wide(keys.front().mValue)));
-    };
-    constexpr double slight = 1e-5;
-    const bool rotationMade = isMade(rotations_, [&](const Quaternion& q) {
-        return isFinite(rotation) && angleBetween(q, wide(rotation)) < slight;
-    });
-    const bool scaleMade = isMade(scales_, [&](const Vector& v) {
-        return (v - wide(scale)).Length() <= slight * wide(scale).Length();
-    });
-    if (rotationMade == scaleMade) {
-        return;
-    }
-    double nearest = std::numeric_limits<double>::max();
-    for (const Vector& signs :
-         {Vector(1, 1, 1), Vector(1, -1, -1), Vector(-1, 1, -1), Vector(-1, -1, 1)}) {
-        Matrix3 flip;  // nothing, or half a turn about an axis
-        flip.a1 = signs.x, flip.b2 = signs.y, flip.c3 = signs.z;
-        const NodePose pose{taken.translation, taken.rotation * Quaternion(flip),
-                            Matrix3(flip) * taken.scale};
-        double apart = 0;
-        if (scaleMade) {
-            apart = angleBetween(pose.rotation, wide(rotations_.front().mValue));
-        } else {
-            const Vector key = wide(scales_.front().mValue);
-            apart = (key.x * pose.scale.x < 0 ? 1 : 0) + (key.y * pose.scale.y < 0 ? 1 : 0) +
-                    (key.z * pose.scale.z < 0 ? 1 : 0);
-        }
-        const bool isTaken = signs.x + signs.y + signs.z > 0;
-        const bool mayBe =
-            isTaken || (scaleMade ? taken.scale.x < 0 : angleBetween(pose.rotation, {}) < slight);
-        if (mayBe && apart < nearest) {
-            nearest = apart;
-            rest_ = pose;
-        }
-    }
-    if (scaleMade) {
-        scales_.clear();
-    } else {
-        rotations_.clear();
-    }
+    rest_ = {isFinite(translation) ? wide(translation) : Vector(),
+             isFinite(rotation) ? wide(rotation) : Quaternion(),
+             isFinite(scale) ? wide(scale) : Vector(1, 1, 1)};
+    std::sort(times_.begin(), times_.end());
+    times_.erase(std::unique(times_.begin(), times_.end()), times_.end());
 }
 
 NodePose Channel::at(double tick) const {

@@ -32,12 +32,6 @@ public:
     [[nodiscard]] const std::vector<double>& times() const { return times_; }
 
 private:
-    /// Assimp gives a part without keys one that it takes from the node's matrix, and one that mirrors
-    /// or turns by half a turn has several scales and rotations. A file that has keys of the one part
-    /// means those that go with them: a rotation that is missing is none, and a scale that is missing
-    /// leaves the rotation of the keys.
-    void takeRest(const aiNode& node);
-
     std::vector<double> times_;  // filled while the keys are taken
     NodePose rest_;
     std::vector<aiVectorKey> positions_;

@@ -126,6 +126,7 @@ ImportedModel importFile(const ImportArguments& arguments, const importing::Impo
     const Source source = [&] {
         importing::ReadingLimits limits;
         importing::SourceOptions reading;
+        reading.motions = options.motions;
         reading.opening = [&](const std::string& file, std::uint64_t bytes) {
             inputs.push_back(file);
             limits.add(bytes);

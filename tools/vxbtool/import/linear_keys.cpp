@@ -4,6 +4,8 @@
 #include <array>
 #include <cmath>
 
+#include <fmt/core.h>
+
 #include "vxbtool/import/source.h"
 
 namespace vxbtool::importing {
@@ -11,7 +13,6 @@ namespace {
 
 constexpr double samplesOfSecond = 60;
 constexpr double mostOfInterval = 4 * 60 * samplesOfSecond;
-constexpr std::size_t mostValues = std::size_t{1} << 24U;
 
 /// The elements of a cubic spline's keys.
 class Spline {
@@ -69,12 +70,15 @@ std::size_t piecesOf(float from, float to) {
 }  // namespace
 
 LinearKeys linearKeys(Interpolation from, std::span<const float> times,
-                      std::span<const float> values, std::size_t parts, bool rotation) {
+                      std::span<const float> values, std::size_t parts, bool rotation,
+                      std::size_t& made) {
     LinearKeys keys;
     const Spline spline(times, values, parts, rotation);
     for (std::size_t key = 0; key < times.size(); ++key) {
-        if (keys.values.size() > mostValues) {
-            throw ImportFault("the splines of its animations are too long for so few keys");
+        if (made + keys.values.size() > mostKeyValues) {
+            throw ImportFault(fmt::format("its splines and leaps take more than {} values of keys; "
+                                          "--no-motions leaves motions out",
+                                          mostKeyValues));
         }
         const bool last = key + 1 == times.size();
         if (from == Interpolation::cubic) {
@@ -97,6 +101,7 @@ LinearKeys linearKeys(Interpolation from, std::span<const float> times,
             add(std::max(times[key + 1] - leap, (times[key] + times[key + 1]) / 2));
         }
     }
+    made += keys.values.size();
     return keys;
 }
 

@@ -17,8 +17,12 @@ struct LinearKeys {
 
 /// Keys that show evenly what other keys show, those of a spline 60 times a second. Cubic keys
 /// have three elements of `parts` values each: the tangent before, the value and the tangent behind. A
-/// rotation's values become of length 1 again. Throws ImportFault when they would be too many.
+/// rotation's values become of length 1 again. Counts the values in `made`, and throws ImportFault when
+/// they are more than `mostKeyValues`.
 LinearKeys linearKeys(Interpolation from, std::span<const float> times,
-                      std::span<const float> values, std::size_t parts, bool rotation);
+                      std::span<const float> values, std::size_t parts, bool rotation,
+                      std::size_t& made);
+
+inline constexpr std::size_t mostKeyValues = std::size_t{1} << 23U;
 
 }  // namespace vxbtool::importing

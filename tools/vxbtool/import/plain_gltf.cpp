@@ -1,428 +1,277 @@
 #include "vxbtool/import/plain_gltf.h"
 
-#include <algorithm>
+#include <array>
 #include <cstddef>
-#include <cstdint>
-#include <cstring>
 #include <map>
+#include <optional>
 #include <set>
 #include <span>
-#include <stdexcept>
 #include <utility>
 #include <vector>
 
-#include <nlohmann/json.hpp>
+#include <fmt/core.h>
 
 #include "vxbtool/import/linear_keys.h"
+#include "vxbtool/import/source.h"
 #include "vxbtool/shared/base64.h"
 
 namespace vxbtool::importing {
 namespace {
 
-using Json = nlohmann::ordered_json;
-using ReadFile = std::function<std::optional<std::string>(const std::string& name)>;
-
-/// The document asks for something that is not there. Assimp tells of it.
-class Unsound : public std::runtime_error {
-public:
-    using std::runtime_error::runtime_error;
-};
-
-enum ComponentType : unsigned {
-    signedByte = 5120,
-    unsignedByte = 5121,
-    signedShort = 5122,
-    unsignedShort = 5123,
-    unsignedInt = 5125,
-    real = 5126
-};
-
-template <class Value>
-Value valueAt(const char* bytes) {
-    Value value{};
-    std::memcpy(&value, bytes, sizeof(value));
-    return value;
-}
-
-std::size_t sizeOf(unsigned type) {
-    switch (type) {
-    case signedByte:
-    case unsignedByte: return 1;
-    case signedShort:
-    case unsignedShort: return 2;
-    case unsignedInt:
-    case real: return 4;
-    default: throw Unsound("a type of numbers");
-    }
-}
-
-double numberAt(const char* bytes, unsigned type) {
-    switch (type) {
-    case signedByte: return valueAt<std::int8_t>(bytes);
-    case unsignedByte: return valueAt<std::uint8_t>(bytes);
-    case signedShort: return valueAt<std::int16_t>(bytes);
-    case unsignedShort: return valueAt<std::uint16_t>(bytes);
-    case unsignedInt: return valueAt<std::uint32_t>(bytes);
-    default: return static_cast<double>(valueAt<float>(bytes));
-    }
-}
-
-/// What stands for 1 when the numbers of a type are fractions.
-double oneOf(unsigned type) {
-    switch (type) {
-    case signedByte: return 0x7F;
-    case unsignedByte: return 0xFF;
-    case signedShort: return 0x7FFF;
-    case unsignedShort: return 0xFFFF;
-    default: return 1;
-    }
-}
-
-std::size_t partsOf(const Json& accessor) {
-    static const std::map<std::string, std::size_t> parts{
-        {"SCALAR", 1}, {"VEC2", 2}, {"VEC3", 3}, {"VEC4", 4}};
-    const auto found = parts.find(accessor.at("type").get<std::string>());
-    if (found == parts.end()) {
-        throw Unsound("a type of elements");
-    }
-    return found->second;
-}
-
-/// The document of a file, and the bytes that stand in the file behind it.
-struct Document {
-    Json json;
-    std::string_view chunk;   ///< of a binary file: the bytes of buffer 0
-    std::string_view behind;  ///< of a binary file: all chunks behind the document's
-    bool binary = false;
-};
-
-constexpr std::size_t glbHeader = 12;
-constexpr std::size_t chunkHeader = 8;
-constexpr std::string_view magic = "glTF";
-constexpr std::string_view jsonChunk = "JSON";
-constexpr std::string_view binaryChunk{"BIN\0", 4};
-
-/// A chunk's bytes, which are taken from what is left of a file.
-std::string_view takeChunk(std::string_view type, std::string_view& rest) {
-    if (rest.size() < chunkHeader || rest.substr(4, 4) != type) {
-        throw Unsound("a chunk");
-    }
-    const std::size_t size = valueAt<std::uint32_t>(rest.data());
-    const std::string_view chunk = rest.substr(chunkHeader, size);
-    rest.remove_prefix(std::min(rest.size(), chunkHeader + size));
-    return chunk;
-}
-
-Document parsed(std::string_view file) {
-    Document document;
-    document.binary = file.starts_with(magic) && file.size() >= glbHeader;
-    if (document.binary) {
-        std::string_view rest = file.substr(glbHeader);
-        document.json = Json::parse(takeChunk(jsonChunk, rest));
-        document.behind = rest;
-        document.chunk = rest.empty() ? rest : takeChunk(binaryChunk, rest);
-    } else {
-        document.json = Json::parse(file);
-    }
-    return document;
-}
-
-/// The bytes of the document's buffers, each read once.
-class Buffers {
-public:
-    Buffers(const Document& document, const ReadFile& readFile)
-        : document_(document), readFile_(readFile) {}
-
-    std::string_view view(std::size_t number) {
-        const Json& view = document_.json.at("bufferViews").at(number);
-        const std::string_view bytes = buffer(view.at("buffer").get<std::size_t>());
-        const auto offset = view.value("byteOffset", std::size_t{0});
-        if (offset > bytes.size()) {
-            throw Unsound("a place in a buffer");
-        }
-        return bytes.substr(offset, view.at("byteLength").get<std::size_t>());
-    }
-
-private:
-    std::string_view buffer(std::size_t number) {
-        const Json& buffer = document_.json.at("buffers").at(number);
-        if (document_.binary && number == 0 && !buffer.contains("uri")) {
-            return document_.chunk;
-        }
-        const auto [place, isNew] = read_.try_emplace(number);
-        if (isNew) {
-            const std::string name = buffer.at("uri").get<std::string>();
-            const std::size_t data = name.find(";base64,");
-            std::optional<std::string> bytes =
-                name.starts_with("data:") && data != std::string::npos
-                    ? bytesOfBase64(std::string_view(name).substr(data + 8))
-                    : readFile_(name);
-            if (!bytes) {
-                throw Unsound("a buffer");
-            }
-            place->second = std::move(*bytes);
-        }
-        return place->second;
-    }
-
-    const Document& document_;
-    const ReadFile& readFile_;
-    std::map<std::size_t, std::string> read_;
-};
+constexpr std::size_t real = 5126;  // the type of floats
 
 /// Changes a document; the floats that it names then stand in a buffer of their own.
 class Rewriter {
 public:
-    Rewriter(Document& document, const ReadFile& readFile)
-        : json_(document.json), buffers_(document, readFile) {}
+    Rewriter(GltfDocument& document, const GltfAccessors::ReadFile& readFile, bool motions)
+        : json_(document.json), accessors_(document, readFile), motions_(motions) {}
 
     /// False when there is nothing to change.
     bool rewrite() {
-        for (const std::size_t number : wholeNumbers()) {
-            makeFloats(json_.at("accessors").at(number));
+        // There before anything of the document is held, so that nothing moves.
+        for (const char* name :
+             {"accessors", "animations", "buffers", "bufferViews", "meshes", "nodes", "skins"}) {
+            if (!json_.contains(name)) {
+                json_[name] = GltfJson::array();
+            }
         }
-        if (json_.contains("animations")) {
-            for (Json& animation : json_["animations"]) {
+        nameNodes();
+        divideMeshes();
+        for (GltfJson& animation : json_["animations"]) {
+            if (motions_) {
                 evenOut(animation);
             }
         }
-        if (json_.contains("skins")) {
-            for (Json& skin : json_["skins"]) {
-                completeSkin(skin);
-            }
+        completeMovingNodes();
+        for (const std::size_t number : misreadAccessors()) {
+            makeFloats(json_["accessors"].at(number));
         }
-        if (floats_.empty()) {
-            return false;
+        for (GltfJson& skin : json_["skins"]) {
+            completeSkin(skin);
         }
         const std::size_t size = floats_.size() * sizeof(float);
-        json_["buffers"].push_back(
-            {{"byteLength", size},
-             {"uri", "data:application/octet-stream;base64," +
-                         base64({reinterpret_cast<const char*>(floats_.data()), size})}});
-        return true;
+        if (size > 0) {
+            json_["buffers"].push_back(
+                {{"byteLength", size},
+                 {"uri", "data:application/octet-stream;base64," +
+                             base64({reinterpret_cast<const char*>(floats_.data()), size})}});
+        }
+        return changed_ || size > 0;
     }
 
 private:
-    [[nodiscard]] bool isWhole(std::size_t accessor) const {
-        const auto type = json_.at("accessors").at(accessor).at("componentType").get<unsigned>();
-        return type >= signedByte && type <= unsignedShort;
+    void nameNodes() {
+        std::set<std::string> taken;
+        std::map<std::string, std::size_t> next;  // what to try next behind a name that is taken
+        GltfJson& nodes = json_["nodes"];
+        const auto isNamed = [](const GltfJson& node) {
+            return node.contains("name") && node["name"].is_string();
+        };
+        for (std::size_t n = 0; n < nodes.size(); ++n) {
+            if (!isNamed(nodes[n])) {
+                taken.insert(fmt::format("nodes[{}]", n));  // as Assimp calls it
+            }
+        }
+        for (GltfJson& node : nodes) {
+            if (!isNamed(node)) {
+                continue;
+            }
+            constexpr std::size_t longest = 256;
+            const std::string given = node["name"];
+            const std::string base = given.substr(0, longest);
+            std::string name = base;
+            for (std::size_t& number = next.try_emplace(base, 2).first->second;
+                 !taken.insert(name).second; ++number) {
+                name = fmt::format("{} ({})", base, number);
+            }
+            if (name != given) {
+                node["name"] = name;
+                changed_ = true;
+            }
+        }
     }
 
-    /// The accessors of whole numbers where Assimp takes floats for granted.
-    [[nodiscard]] std::set<std::size_t> wholeNumbers() const {
+    void divideMeshes() {
+        constexpr std::size_t mostPrimitives = 65536;
+        constexpr auto noSkin = static_cast<std::size_t>(-1);
+        std::map<std::size_t, std::map<std::size_t, std::size_t>> meshes;  // by mesh and skin
+        std::size_t primitives = 0;
+        for (GltfJson& node : json_["nodes"]) {
+            if (!node.contains("mesh")) {
+                continue;
+            }
+            const std::size_t mesh = numberOf(node, "mesh");
+            auto& ofSkins = meshes[mesh];
+            const bool isFirst = ofSkins.empty();
+            const auto [place, isNew] = ofSkins.try_emplace(numberOf(node, "skin", noSkin), mesh);
+            if (isNew && !isFirst) {
+                GltfJson copy = json_["meshes"].at(mesh);
+                primitives += arrayOf(copy, "primitives").size();
+                if (primitives > mostPrimitives) {
+                    throw ImportFault("the glTF file draws its meshes with too many skins");
+                }
+                place->second = json_["meshes"].size();
+                json_["meshes"].push_back(std::move(copy));
+            }
+            if (place->second != mesh) {
+                node["mesh"] = place->second;
+                changed_ = true;
+            }
+        }
+    }
+
+    /// Writes down what a node that moves has by default. Assimp would take it from the node's matrix
+    /// instead, and one that mirrors, or has no size, has several scales and rotations.
+    void completeNode(GltfJson& node) {
+        if (node.contains("matrix")) {
+            return;
+        }
+        const std::array<std::pair<const char*, GltfJson>, 3> defaults{
+            {{"translation", {0, 0, 0}}, {"rotation", {0, 0, 0, 1}}, {"scale", {1, 1, 1}}}};
+        for (const auto& [name, value] : defaults) {
+            if (!node.contains(name)) {
+                node[name] = value;
+                changed_ = true;
+            }
+        }
+    }
+
+    void completeMovingNodes() {
+        for (const GltfJson& animation : json_["animations"]) {
+            for (const GltfJson& channel : arrayOf(animation, "channels")) {
+                if (channel.at("target").contains("node")) {
+                    completeNode(json_["nodes"].at(numberOf(channel.at("target"), "node")));
+                }
+            }
+        }
+    }
+
+    /// The accessors where Assimp takes floats for granted that are none, or that it misreads with a
+    /// stride.
+    [[nodiscard]] std::set<std::size_t> misreadAccessors() const {
         std::set<std::size_t> found;
-        const auto note = [&](const Json& accessor) {
-            const auto number = accessor.get<std::size_t>();
-            if (isWhole(number)) {
+        const auto note = [&](const GltfJson& accessor) {
+            const std::size_t number = numberOf(accessor);
+            const GltfJson& noted = json_.at("accessors").at(number);
+            if (GltfAccessors::isWhole(noted) || noted.contains("sparse")) {
                 found.insert(number);
             }
         };
-        for (const Json& mesh : json_.value("meshes", Json::array())) {
-            for (const Json& primitive : mesh.at("primitives")) {
+        for (const GltfJson& mesh : json_.at("meshes")) {
+            for (const GltfJson& primitive : arrayOf(mesh, "primitives")) {
                 for (const auto& [name, accessor] : primitive.at("attributes").items()) {
                     if (name.starts_with("WEIGHTS_") || name.starts_with("TEXCOORD_") ||
                         name == "POSITION" || name == "NORMAL" || name == "TANGENT") {
+                        note(accessor);
+                    } else if (name.starts_with("COLOR_") &&
+                               json_.at("accessors").at(numberOf(accessor)).contains("sparse")) {
                         note(accessor);
                     }
                 }
             }
         }
-        for (const Json& animation : json_.value("animations", Json::array())) {
-            for (const Json& sampler : animation.at("samplers")) {
+        for (const GltfJson& animation : json_.at("animations")) {
+            for (const GltfJson& sampler : arrayOf(animation, "samplers")) {
                 note(sampler.at("output"));
             }
         }
         return found;
     }
 
-    /// How the elements of an accessor stand in a buffer.
-    struct Elements {
-        unsigned type;
-        std::size_t parts;
-        bool fractions;
-
-        [[nodiscard]] std::size_t size() const { return sizeOf(type) * parts; }
-        void read(const char* bytes, float* to) const {
-            for (std::size_t i = 0; i < parts; ++i) {
-                const double number = numberAt(bytes + i * sizeOf(type), type);
-                to[i] =
-                    static_cast<float>(fractions ? std::max(number / oneOf(type), -1.0) : number);
-            }
-        }
-    };
-
-    /// The first of `count` elements of `size` bytes that lie `stride` apart in a view.
-    std::string_view elements(std::size_t view, std::size_t offset, std::size_t count,
-                              std::size_t size, std::size_t stride) {
-        const std::string_view bytes = buffers_.view(view);
-        if (count == 0 || offset > bytes.size() || size > bytes.size() - offset ||
-            (count - 1) > (bytes.size() - offset - size) / std::max<std::size_t>(stride, 1)) {
-            throw Unsound("elements of a buffer");
-        }
-        return bytes.substr(offset);
-    }
-
-    [[nodiscard]] std::vector<float> floatsOf(const Json& accessor) {
-        const Elements each{accessor.at("componentType").get<unsigned>(), partsOf(accessor),
-                            accessor.value("normalized", false)};
-        const auto count = accessor.at("count").get<std::size_t>();
-        std::vector<float> floats;
-        if (accessor.contains("bufferView")) {
-            const auto view = accessor["bufferView"].get<std::size_t>();
-            const std::size_t stride =
-                json_.at("bufferViews").at(view).value("byteStride", each.size());
-            const std::string_view bytes = elements(
-                view, accessor.value("byteOffset", std::size_t{0}), count, each.size(), stride);
-            floats.resize(count * each.parts);
-            for (std::size_t i = 0; i < count; ++i) {
-                each.read(&bytes[i * stride], &floats[i * each.parts]);
-            }
-        } else {
-            constexpr std::size_t most = std::size_t{1}
-                                         << 24U;  // zeros, which no bytes account for
-            if (count > most) {
-                throw Unsound("so many elements");
-            }
-            floats.resize(count * each.parts);
-        }
-        if (accessor.contains("sparse")) {
-            replaceSome(accessor["sparse"], each, floats);
-        }
-        return floats;
-    }
-
-    void replaceSome(const Json& sparse, const Elements& each, std::vector<float>& floats) {
-        const auto count = sparse.at("count").get<std::size_t>();
-        const Json& indices = sparse.at("indices");
-        const Json& values = sparse.at("values");
-        const auto indexType = indices.at("componentType").get<unsigned>();
-        const auto part = [&](const Json& from, std::size_t size) {
-            return elements(from.at("bufferView").get<std::size_t>(),
-                            from.value("byteOffset", std::size_t{0}), count, size, size);
-        };
-        const std::string_view index = part(indices, sizeOf(indexType));
-        const std::string_view value = part(values, each.size());
-        for (std::size_t i = 0; i < count; ++i) {
-            const double at = numberAt(&index[i * sizeOf(indexType)], indexType);
-            const auto first = static_cast<std::size_t>(std::clamp(at, 0.0, 1e9)) * each.parts;
-            if (first >= floats.size()) {
-                throw Unsound("an element to replace");
-            }
-            each.read(&value[i * each.size()], &floats[first]);
-        }
-    }
-
-    void makeFloats(Json& accessor) {
-        accessor["bufferView"] = addView(floatsOf(accessor));
-        accessor["componentType"] = unsigned{real};
+    void makeFloats(GltfJson& accessor) {
+        accessor["bufferView"] = addView(accessors_.floats(accessor));
+        accessor["componentType"] = real;
         for (const char* name : {"byteOffset", "normalized", "min", "max", "sparse"}) {
             accessor.erase(name);
         }
     }
 
-    std::size_t addAccessor(std::span<const float> floats, const std::string& type,
-                            std::size_t parts) {
-        json_["accessors"].push_back({{"bufferView", addView(floats)},
-                                      {"componentType", unsigned{real}},
-                                      {"count", floats.size() / parts},
-                                      {"type", type}});
-        return json_["accessors"].size() - 1;
-    }
-
     /// Gives the samplers of an animation keys between which values go evenly.
-    void evenOut(Json& animation) {
+    void evenOut(GltfJson& animation) {
         std::map<std::size_t, std::string> pathOf;
-        for (const Json& channel : animation.at("channels")) {
-            pathOf[channel.at("sampler").get<std::size_t>()] =
+        for (const GltfJson& channel : arrayOf(animation, "channels")) {
+            pathOf[numberOf(channel, "sampler")] =
                 channel.at("target").at("path").get<std::string>();
         }
         for (const auto& [number, path] : pathOf) {
-            Json& sampler = animation.at("samplers").at(number);
+            GltfJson& sampler = animation.at("samplers").at(number);
             const std::string interpolation = sampler.value("interpolation", "LINEAR");
             const bool cubic = interpolation == "CUBICSPLINE";
             if (path == "weights" || (!cubic && interpolation != "STEP")) {
                 continue;
             }
-            const Json& output = json_.at("accessors").at(sampler.at("output").get<std::size_t>());
-            const std::string type = output.at("type").get<std::string>();
-            const std::size_t parts = partsOf(output);
-            const std::vector<float> values = floatsOf(output);
-            const std::vector<float> times =
-                floatsOf(json_.at("accessors").at(sampler.at("input").get<std::size_t>()));
-            if (values.size() != times.size() * parts * (cubic ? 3 : 1)) {
-                throw Unsound("values of keys");
+            const GltfJson& output = json_["accessors"].at(numberOf(sampler, "output"));
+            const GltfJson& input = json_["accessors"].at(numberOf(sampler, "input"));
+            const std::string type = output.at("type");
+            const std::size_t parts = GltfAccessors::parts(output);
+            const std::vector<float> values = accessors_.floats(output);
+            const std::vector<float> times = accessors_.floats(input);
+            if (GltfAccessors::parts(input) != 1 ||
+                values.size() != times.size() * parts * (cubic ? 3 : 1)) {
+                throw ImportFault("an animation of the glTF file has not as many values as keys");
             }
-            const LinearKeys keys = linearKeys(cubic ? Interpolation::cubic : Interpolation::step,
-                                               times, values, parts, path == "rotation");
+            const LinearKeys keys =
+                linearKeys(cubic ? Interpolation::cubic : Interpolation::step, times, values, parts,
+                           path == "rotation", keyValues_);
             sampler["interpolation"] = "LINEAR";
             sampler["input"] = addAccessor(keys.times, "SCALAR", 1);
             sampler["output"] = addAccessor(keys.values, type, parts);
         }
     }
 
-    void completeSkin(Json& skin) {
+    void completeSkin(GltfJson& skin) {
         if (skin.contains("inverseBindMatrices")) {
             return;
         }
         constexpr std::size_t parts = 16;
         constexpr std::size_t diagonal = 5;
-        std::vector<float> matrices(skin.at("joints").size() * parts);
+        std::vector<float> matrices(arrayOf(skin, "joints").size() * parts);
         for (std::size_t i = 0; i < matrices.size(); ++i) {
             matrices[i] = i % parts % diagonal == 0 ? 1.0F : 0.0F;
         }
         skin["inverseBindMatrices"] = addAccessor(matrices, "MAT4", parts);
     }
 
+    std::size_t addAccessor(std::span<const float> floats, const std::string& type,
+                            std::size_t parts) {
+        json_["accessors"].push_back({{"bufferView", addView(floats)},
+                                      {"componentType", real},
+                                      {"count", floats.size() / parts},
+                                      {"type", type}});
+        return json_["accessors"].size() - 1;
+    }
+
     /// A view of floats in the new buffer.
     std::size_t addView(std::span<const float> floats) {
-        const std::size_t buffer = json_.contains("buffers") ? json_["buffers"].size() : 0;
-        json_["bufferViews"].push_back({{"buffer", buffer},
+        json_["bufferViews"].push_back({{"buffer", json_["buffers"].size()},
                                         {"byteOffset", floats_.size() * sizeof(float)},
                                         {"byteLength", floats.size() * sizeof(float)}});
         floats_.insert(floats_.end(), floats.begin(), floats.end());
         return json_["bufferViews"].size() - 1;
     }
 
-    Json& json_;
-    Buffers buffers_;
+    GltfJson& json_;
+    GltfAccessors accessors_;
+    bool motions_;
+    bool changed_ = false;
+    std::size_t keyValues_ = 0;  // of all keys that became even
     std::vector<float> floats_;
 };
 
-void append(std::string& bytes, std::size_t number) {
-    const auto word = static_cast<std::uint32_t>(number);
-    bytes.append(reinterpret_cast<const char*>(&word), sizeof(word));
-}
-
-std::string fileOf(const Document& document) {
-    std::string text = document.json.dump(-1, ' ', false, Json::error_handler_t::replace);
-    if (!document.binary) {
-        return text;
-    }
-    text.resize((text.size() + 3) / 4 * 4, ' ');
-    std::string file(magic);
-    append(file, 2);
-    append(file, glbHeader + chunkHeader + text.size() + document.behind.size());
-    append(file, text.size());
-    file += jsonChunk;
-    file += text;
-    file += document.behind;
-    return file;
-}
-
 }  // namespace
 
-std::optional<std::string> plainGltf(std::string_view file, const ReadFile& readFile) {
+std::optional<std::string> plainGltf(std::string_view file, const GltfAccessors::ReadFile& readFile,
+                                     bool motions) {
+    std::optional<GltfDocument> document = gltfDocument(file);
     try {
-        Document document = parsed(file);
-        if (!document.json.at("asset").at("version").get<std::string>().starts_with('2') ||
-            !Rewriter(document, readFile).rewrite()) {
+        if (!document || !Rewriter(*document, readFile, motions).rewrite()) {
             return std::nullopt;
         }
-        return fileOf(document);
-    } catch (const Json::exception&) {
-        return std::nullopt;
-    } catch (const Unsound&) {
-        return std::nullopt;
+        return gltfFile(*document);
+    } catch (const GltfJson::exception& fault) {
+        const std::string_view what = fault.what();
+        throw ImportFault(fmt::format("the document of the glTF file is not sound: {}",
+                                      what.substr(what.find("] ") + 2)));
     }
 }
 

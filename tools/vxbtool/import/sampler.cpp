@@ -29,11 +29,13 @@ struct Rest {
             matrix[i / 3][i % 3] = coordinate.matrix.at(i) / 4096.0;
         }
         turned = takeApart(matrix);
+        mayBeTurned = std::min({turned.scale.x, turned.scale.y, turned.scale.z}) < slight;
     }
 
     Matrix3 matrix;
     Vector translation;
     Turned turned;
+    bool mayBeTurned = false;  ///< other rotations make the same matrix
 };
 
 /// How far a coordinate goes from where it rests.
@@ -117,9 +119,9 @@ SampledTrack Sampler::sample(const MovedCoordinate& moved,
     if (departure.radians > tolerance_.radians) {
         // A player need not take a matrix apart: only a matrix of a rotation or of a scale alone keeps
         // that when the other is given.
-        // One that mirrors can be taken apart in several ways.
-        sampled.parts.rotation = differs.rotation || rest.turned.scale.x < 0 ||
-                                 angleBetween(rest.turned.rotation, {}) > slight;
+        // One that mirrors or is flat can be taken apart in several ways.
+        sampled.parts.rotation =
+            differs.rotation || rest.mayBeTurned || angleBetween(rest.turned.rotation, {}) > slight;
         sampled.parts.scale =
             differs.scale || farthest(rest.turned.scale - Vector(1, 1, 1)) > slight;
     } else {

@@ -39,7 +39,28 @@ public:
         std::string extension = fs::path(model_).extension().string();
         std::ranges::transform(extension, extension.begin(),
                                [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-        isGltf_ = extension == ".gltf" || extension == ".glb";
+        isGltf_ = extension == ".gltf" || extension == ".glb" || extension == ".vrm";
+    }
+
+    /// Changes the model's file if Assimp would misread it.
+    void makePlain() {
+        const std::optional<std::string> file = isGltf_ ? bytesOf(model_) : std::nullopt;
+        if (!file) {
+            return;
+        }
+        plain_ = plainGltf(
+            *file,
+            [this](const std::string& name) {
+                const fs::path folder = fs::path(model_).parent_path();
+                std::optional<std::string> bytes = bytesOf(folder / name);
+                if (!bytes) {
+                    std::string plain = unescaped(name);
+                    std::ranges::replace(plain, '\\', '/');
+                    bytes = bytesOf(folder / fs::path(plain).relative_path());
+                }
+                return bytes;
+            },
+            options_.motions);
     }
 
     /// By default that opens the file, and waits for what a pipe has to say.
@@ -65,12 +86,9 @@ public:
         if (options_.opening) {
             options_.opening(file, size);
         }
-        if (isGltf_ && file == model_) {
-            makePlain();
-            if (plain_) {
-                return new Assimp::MemoryIOStream(
-                    reinterpret_cast<const std::uint8_t*>(plain_->data()), plain_->size());
-            }
+        if (plain_ && file == model_) {
+            return new Assimp::MemoryIOStream(reinterpret_cast<const std::uint8_t*>(plain_->data()),
+                                              plain_->size());
         }
         return DefaultIOSystem::Open(file, mode);
     }
@@ -78,21 +96,6 @@ public:
     [[nodiscard]] bool tooLarge() const { return tooLarge_; }
 
 private:
-    /// Changes the model's file, at its first opening, if Assimp would misread it.
-    void makePlain() {
-        if (std::exchange(isRead_, true)) {
-            return;
-        }
-        const std::optional<std::string> file = bytesOf(model_);
-        if (file) {
-            plain_ = plainGltf(*file, [this](const std::string& name) {
-                const fs::path folder = fs::path(model_).parent_path();
-                std::optional<std::string> bytes = bytesOf(folder / name);
-                return bytes ? std::move(bytes) : bytesOf(folder / unescaped(name));
-            });
-        }
-    }
-
     [[nodiscard]] std::optional<std::string> bytesOf(const fs::path& file) const {
         std::error_code error;
         const std::uintmax_t size = fs::file_size(file, error);
@@ -113,7 +116,6 @@ private:
     std::string model_;
     const SourceOptions& options_;
     bool isGltf_ = false;
-    bool isRead_ = false;
     std::optional<std::string> plain_;
     std::uintmax_t bytes_ = 0;
     bool tooLarge_ = false;
@@ -218,6 +220,7 @@ Source Source::load(const std::string& file, const SourceOptions& options) {
     // A node for each node: pivots of FBX files go into its transformation.
     importer.SetPropertyBool(AI_CONFIG_IMPORT_FBX_PRESERVE_PIVOTS, false);
     try {
+        files->makePlain();
         source.scene_ = importer.ReadFile(file, 0);
     } catch (const std::bad_alloc&) {
         throw ImportFault(tooMuchMemory);

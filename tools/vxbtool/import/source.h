@@ -23,6 +23,7 @@ public:
 inline constexpr std::uint64_t largestSource = std::uint64_t{1} << 30U;
 
 struct SourceOptions {
+    bool motions = true;  ///< what moves is of interest
     /// Called now and then while the model is read; false ends it.
     std::function<bool()> goOn;
     /// Called with each file of the model and its size before it is read.

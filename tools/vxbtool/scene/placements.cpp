@@ -200,14 +200,16 @@ ScaledRotation scaledRotation(const Matrix& matrix) {
             axes[i] = *unit;
             continue;
         }
-        // Any axis does for a scale of 0; the last one is that of a right-handed three.
+        // For a scale of 0 that of a right-handed three, as far as the others tell.
         if (i == 2) {
             axes[i] = cross(axes[0], axes[1]);
         } else if (i == 1) {
-            const bool alongX = std::abs(axes[0][0]) > 0.9F;
-            axes[i] = *normalised(cross(axes[0], alongX ? Vector3{0, 1, 0} : Vector3{1, 0, 0}));
+            axes[i] =
+                normalised(cross(column(matrix, 2), axes[0]))
+                    .value_or(normalised(cross({0, 0, 1}, axes[0])).value_or(Vector3{0, 1, 0}));
         } else {
-            axes[i] = {1, 0, 0};
+            axes[i] =
+                normalised(cross(column(matrix, 1), column(matrix, 2))).value_or(Vector3{1, 0, 0});
         }
     }
     if (dot(cross(axes[0], axes[1]), axes[2]) < 0) {
