@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <fstream>
 #include <random>
 #include <set>
@@ -98,6 +99,26 @@ TEST(Pictures, GreyAndWidePnmFilesAreReadByTheirGreatestValue) {
          {"P5", "P5 1 1 0\n1", "P5 1 1 65536\n11", "P5 1 x 1\n1", "P5 1 1 256\n1"}) {
         EXPECT_THROW(readPicture(bad), PictureFault) << bad;
     }
+}
+
+TEST(Pictures, BmpFilesFromTheTopAndGifFramesBesideTheEdgeAreRead) {
+    std::string bmp = dataFile("small.bmp");
+    const std::uint32_t height = smallPicture(true).height;
+    const auto lines = -static_cast<std::int32_t>(height);
+    std::memcpy(&bmp[22], &lines, sizeof(lines));
+    const Picture picture = readPicture(bmp);
+    for (std::uint32_t i = 0; i < picture.texels.size(); ++i) {
+        const std::uint32_t line = height - 1 - i / picture.width;
+        EXPECT_EQ(picture.texels[i],
+                  smallPicture(true).texels[line * picture.width + i % picture.width]);
+    }
+    bmp[14] = 12;
+    EXPECT_THROW(readPicture(bmp), PictureFault);
+    // A frame of one red texel in the lower right corner of four.
+    const std::string gif("GIF89a\2\0\2\0\x80\1\0\xFF\0\0\0\xFF\0,\1\0\1\0\1\0\1\0\0\2\2\x44\1\0;",
+                          35);
+    EXPECT_EQ(readPicture(gif).texels,
+              (std::vector<Rgba>{{0, 0, 0, 0}, {0, 0, 0, 0}, {0, 0, 0, 0}, {255, 0, 0, 255}}));
 }
 
 TEST(Pictures, FilesOfFewBytesHaveABudgetOfTexelsTogether) {

@@ -65,6 +65,7 @@ if(MQF2VXB_BUILD_IMPORT)
         vxbtool/import/textures.cpp
         vxbtool/import/track.cpp
         vxbtool/import/unescaped.cpp
+        vxbtool/pictures/gif_frame.cpp
         vxbtool/pictures/jpeg.cpp
         vxbtool/pictures/memory_map.cpp
         vxbtool/pictures/options.cpp
@@ -74,9 +75,10 @@ if(MQF2VXB_BUILD_IMPORT)
         vxbtool/pictures/placing.cpp
         vxbtool/pictures/pnm.cpp
         vxbtool/pictures/texture_block.cpp)
-    # stb copies no bytes from or to nowhere when a picture has an empty part, which no machine minds.
+    # stb copies no bytes from or to nowhere when a picture has an empty part, which no machine minds; and
+    # colours that a damaged file names beyond its table are the same in each run.
     set_source_files_properties(vxbtool/pictures/picture.cpp PROPERTIES
-        COMPILE_OPTIONS -fno-sanitize=nonnull-attribute
+        COMPILE_OPTIONS "-fno-sanitize=nonnull-attribute;-ftrivial-auto-var-init=$<IF:$<CXX_COMPILER_ID:GNU>,zero,pattern>"
         SKIP_UNITY_BUILD_INCLUSION ON)
 else()
     set(import_sources vxbtool/import_missing.cpp)

@@ -23,6 +23,6 @@ LinearKeys linearKeys(Interpolation from, std::span<const float> times,
                       std::span<const float> values, std::size_t parts, bool rotation,
                       std::size_t& made);
 
-inline constexpr std::size_t mostKeyValues = std::size_t{1} << 23U;
+inline constexpr std::size_t mostKeyValues = std::size_t{1} << 24U;
 
 }  // namespace vxbtool::importing

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <cerrno>
+#include <climits>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -13,6 +14,7 @@
 
 #include <fmt/core.h>
 
+#include "vxbtool/pictures/gif_frame.h"
 #include "vxbtool/pictures/jpeg.h"
 #include "vxbtool/pictures/picture_size.h"
 #include "vxbtool/pictures/pnm.h"
@@ -114,20 +116,28 @@ Size announcedSize(std::string_view bytes) {
                                  &channelsInFile) == 0) {
         failOf(source);
     }
+    // The lines of a BMP file from the top down have a negative number.
+    size.height = size.height < 0 ? -std::max(size.height, -INT_MAX) : size.height;
     requireSoundSize(static_cast<std::uint32_t>(std::max(size.width, 0)),
-                     static_cast<std::uint32_t>(std::max(size.height, 0)), bytes.size());
+                     static_cast<std::uint32_t>(size.height), bytes.size());
     return size;
 }
 
-/// stb takes for granted that what is transparent in a PSD file lies on white, and computes nonsense
-/// from what does not.
-void requireNoMatte(std::string_view bytes) {
+/// Refuses what stb reads wrongly.
+void requireReadable(std::string_view bytes) {
+    // It takes for granted that what is transparent in a PSD file lies on white.
     constexpr std::size_t channelNumber = 13;  // its lower byte
     constexpr char most = 3;
     if (bytes.starts_with("8BPS") && bytes.size() > channelNumber &&
         (bytes[channelNumber] > most || bytes[channelNumber] < 0)) {
         throw PictureFault(
             "only PSD files without transparency are read: save it as PNG, or flattened");
+    }
+    // It counts too few colours in tables of three bytes each.
+    constexpr std::size_t headerSize = 14;
+    constexpr char oldHeader = 12;
+    if (bytes.starts_with("BM") && bytes.size() > headerSize && bytes[headerSize] == oldHeader) {
+        throw PictureFault("BMP files with the header of OS/2 are not read: save it anew");
     }
 }
 
@@ -140,7 +150,7 @@ Picture readPicture(std::string_view bytes) {
     if (isPnm(bytes)) {
         return readPnm(bytes);
     }
-    requireNoMatte(bytes);
+    requireReadable(bytes);
     const Size announced = announcedSize(bytes);
     Source source{bytes};
     Size size;
@@ -159,6 +169,7 @@ Picture readPicture(std::string_view bytes) {
         static_cast<std::uint32_t>(size.width), static_cast<std::uint32_t>(size.height), {}};
     picture.texels.resize(std::size_t{picture.width} * picture.height);
     std::memcpy(picture.texels.data(), texels.get(), picture.texels.size() * sizeof(Rgba));
+    clearBesideFrame(bytes, picture);
     return picture;
 }
 
