@@ -139,6 +139,8 @@ TEST(ImportGltf, WhatAssimpFindsByNameHasNamesOfItsOwn) {
         {"skins",
          {{{"joints", {0}}, {"inverseBindMatrices", 0}},
           {{"joints", {1}}, {"inverseBindMatrices", 0}}}},
+        {"materials", {json::parse(R"({"pbrMetallicRoughness": {"baseColorTexture": {"index": 0,
+                      "extensions": {"KHR_texture_transform": {"texCoord": 1}}}}})")}},
         {"nodes",
          {{{"name", "hip"}},
           {{"name", "hip"}, {"scale", {-1, 1, 1}}},
@@ -159,6 +161,7 @@ TEST(ImportGltf, WhatAssimpFindsByNameHasNamesOfItsOwn) {
     EXPECT_EQ(nodes[4]["mesh"], 1);
     EXPECT_EQ(nodes[5]["mesh"], 0);
     EXPECT_EQ(made["meshes"][1], made["meshes"][0]);
+    EXPECT_EQ(made["materials"][0]["pbrMetallicRoughness"]["baseColorTexture"]["texCoord"], 1);
     // Of a node that moves, nothing is left to guesses from its matrix.
     EXPECT_EQ(nodes[1]["rotation"], json({0, 0, 0, 1}));
     EXPECT_EQ(nodes[1]["scale"], json({-1, 1, 1}));

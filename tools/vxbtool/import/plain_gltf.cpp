@@ -29,12 +29,13 @@ public:
     /// False when there is nothing to change.
     bool rewrite() {
         // There before anything of the document is held, so that nothing moves.
-        for (const char* name :
-             {"accessors", "animations", "buffers", "bufferViews", "meshes", "nodes", "skins"}) {
+        for (const char* name : {"accessors", "animations", "buffers", "bufferViews", "materials",
+                                 "meshes", "nodes", "skins"}) {
             if (!json_.contains(name)) {
                 json_[name] = GltfJson::array();
             }
         }
+        chooseTextureCoordinates();
         nameNodes();
         divideMeshes();
         for (GltfJson& animation : json_["animations"]) {
@@ -116,6 +117,23 @@ private:
             if (place->second != mesh) {
                 node["mesh"] = place->second;
                 changed_ = true;
+            }
+        }
+    }
+
+    /// Takes the set of texture coordinates that a texture's transform names instead of the texture's own.
+    void chooseTextureCoordinates() {
+        const GltfJson::json_pointer own("/extensions/KHR_texture_transform/texCoord");
+        const std::array textures{
+            GltfJson::json_pointer("/pbrMetallicRoughness/baseColorTexture"),
+            GltfJson::json_pointer(
+                "/extensions/KHR_materials_pbrSpecularGlossiness/diffuseTexture")};
+        for (GltfJson& material : json_["materials"]) {
+            for (const GltfJson::json_pointer& name : textures) {
+                if (material.contains(name) && material[name].contains(own)) {
+                    material[name]["texCoord"] = numberOf(material[name][own]);
+                    changed_ = true;
+                }
             }
         }
     }
