@@ -166,6 +166,11 @@ TEST(ImportGltf, WhatAssimpFindsByNameHasNamesOfItsOwn) {
     EXPECT_EQ(nodes[1]["rotation"], json({0, 0, 0, 1}));
     EXPECT_EQ(nodes[1]["scale"], json({-1, 1, 1}));
     EXPECT_FALSE(nodes[0].contains("rotation"));
+
+    document["extensionsRequired"] = {"KHR_texture_transform"};
+    EXPECT_NO_THROW(plainGltf(document.dump(), readFile, false));
+    document["extensionsRequired"].push_back("EXT_mesh_gpu_instancing");
+    EXPECT_THROW(plainGltf(document.dump(), readFile, false), ImportFault);
 }
 
 /// The glTF file that export writes of the sample, with its skins of whole numbers, comes in again.

@@ -1,5 +1,6 @@
 #include "vxbtool/import/plain_gltf.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <map>
@@ -20,6 +21,20 @@ namespace {
 
 constexpr std::size_t real = 5126;  // the type of floats
 
+/// Refuses a file that means something else without an extension that import does not know.
+void requireKnownExtensions(const GltfJson& document) {
+    constexpr std::array known{"KHR_draco_mesh_compression", "KHR_lights_punctual",
+                               "KHR_mesh_quantization",      "KHR_technique_webgl",
+                               "KHR_techniques_webgl",       "KHR_texture_transform"};
+    for (const GltfJson& extension : arrayOf(document, "extensionsRequired")) {
+        const std::string name = extension.get<std::string>();
+        if (!name.starts_with("KHR_materials_") && std::ranges::find(known, name) == known.end()) {
+            throw ImportFault(
+                fmt::format("it needs the glTF extension {}, which import does not know", name));
+        }
+    }
+}
+
 /// Changes a document; the floats that it names then stand in a buffer of their own.
 class Rewriter {
 public:
@@ -35,6 +50,7 @@ public:
                 json_[name] = GltfJson::array();
             }
         }
+        requireKnownExtensions(json_);
         chooseTextureCoordinates();
         nameNodes();
         divideMeshes();
@@ -171,7 +187,8 @@ private:
         const auto note = [&](const GltfJson& accessor) {
             const std::size_t number = numberOf(accessor);
             const GltfJson& noted = json_.at("accessors").at(number);
-            if (GltfAccessors::isWhole(noted) || noted.contains("sparse")) {
+            const bool named = noted.contains("bufferView");  // else zeros, or compressed elsewhere
+            if ((GltfAccessors::isWhole(noted) && named) || noted.contains("sparse")) {
                 found.insert(number);
             }
         };
