@@ -45,13 +45,14 @@ public:
     bool rewrite() {
         // There before anything of the document is held, so that nothing moves.
         for (const char* name : {"accessors", "animations", "buffers", "bufferViews", "materials",
-                                 "meshes", "nodes", "skins"}) {
+                                 "meshes", "nodes", "skins", "textures"}) {
             if (!json_.contains(name)) {
                 json_[name] = GltfJson::array();
             }
         }
         requireKnownExtensions(json_);
         chooseTextureCoordinates();
+        namePictures();
         nameNodes();
         divideMeshes();
         for (GltfJson& animation : json_["animations"]) {
@@ -78,7 +79,7 @@ public:
 
 private:
     void nameNodes() {
-        std::set<std::string> taken;
+        std::set<std::string> taken{"ROOT"};      // what Assimp calls a node above several roots
         std::map<std::string, std::size_t> next;  // what to try next behind a name that is taken
         GltfJson& nodes = json_["nodes"];
         const auto isNamed = [](const GltfJson& node) {
@@ -149,6 +150,22 @@ private:
                 if (material.contains(name) && material[name].contains(own)) {
                     material[name]["texCoord"] = numberOf(material[name][own]);
                     changed_ = true;
+                }
+            }
+        }
+    }
+
+    /// Names the pictures that extensions name, so that they are missed when nobody can read them.
+    void namePictures() {
+        for (GltfJson& texture : json_["textures"]) {
+            if (texture.contains("source") || !texture.contains("extensions")) {
+                continue;
+            }
+            for (const GltfJson& extension : texture["extensions"]) {
+                if (extension.contains("source")) {
+                    texture["source"] = numberOf(extension, "source");
+                    changed_ = true;
+                    break;
                 }
             }
         }
