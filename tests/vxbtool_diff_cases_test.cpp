@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <array>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -69,6 +70,51 @@ TEST(DiffCases, AnEditIsToldAsWhatItIs) {
     }
     finish();
     EXPECT_GT(number, 15U);
+}
+
+/// Models of the same words, or nearly, in another order that shows.
+TEST(DiffCases, WhatLooksAnotherWayIsNoOtherOrder) {
+    const auto two = [](const std::string& matrix, const std::string& assignments) {
+        return "frm =NULL;2;4096 0 0 0 4096 0 0 0 4096 0 0 0 0 0 0 0;" + matrix +
+               " 0 0 0 0 0 0 0;" + assignments + "\n";
+    };
+    const std::string strip =
+        "geo 7 1 5;0 0 0;0 9 0;9 0 0;9 9 0;20 0 0;20 9 0;30 0 0;0 0 1;0 0 1 2 0 0 0 0 0;"
+        "0 1 2 3 0 0 0 0 0;0 2 3 4 0 0 0 0 0;0 3 4 5 0 0 0 0 0;0 4 5 6 0 0 0 0 0\n"
+        "srf 1;0-4 0 F C 1 2 3\n";
+    const auto triangle = [](const std::string& corners, const std::string& flag) {
+        return "geo 3 1 1;0 0 0;0 9 0;9 0 0;0 0 1;0 " + corners + " 0 0 0 0 0\nsrf 1;0 " + flag +
+               " F C 1 2 3\n";
+    };
+    const std::string mirror = two("-4096 0 0 0 4096 0 0 0 4096", "0 1 0;1 2 1-2");
+    const std::string turned = two("4096 0 0 0 0 -4096 0 4096 0", "0 1 0;1 2 1-2");
+    const std::string flat = "4096 0 0 0 4096 0 0 0 4096";
+    const std::string quadrangle = "geo 4 1 1;0 0 0;0 9 0;9 0 0;9 9 0;0 0 1;1 0 1 2 3 0 0 0 0\n";
+    const std::string left = "pxl 2 / 00000040 00020002 1 1\n";
+    const std::string right = "pxl 2 / 00000041 00020002 2 2\n";
+    const std::string shared = "shared polygons: shared ";
+    const std::array<std::array<std::string, 3>, 5> cases{{
+        {strip + "bnd 2;3 0 1 2;2 3 4\n", strip + "bnd 2;2 0 1;3 2 3 4\n",
+         "polygon-winding no coordinate: lit flat strips: 2 got the corners the other way around [2]\n"},
+        {triangle("0 1 2", "1") + mirror, triangle("1 2 0", "1") + mirror,
+         "polygon-winding " + shared +
+             "unlit flat triangles: 1 got the corners the other way around\n"},
+        {triangle("0 1 2", "0") + turned, triangle("1 2 0", "0") + turned,
+         "polygon-numbers " + shared +
+             "lit flat triangles: 1 got a normal of another coordinate\n"},
+        {triangle("0 1 2", "0") + two(flat, "0 3 0-2;1 3 0-2"),
+         triangle("0 1 2", "0") + two(flat, "0 3 0-2;1 3 0-2;0 3 0-2"),
+         "polygon-added coordinates 0, 0, 1: lit flat triangles: 1 added\n"
+         "polygon-removed coordinates 0, 1: lit flat triangles: 1 removed\n"},
+        {quadrangle + "srf 1;0 1 F T 0 0 0 1 0 0 1 1 1\n" + left + right,
+         quadrangle + "srf 1;0 1 F T 1 0 0 1 0 0 1 1 1\n" + right + left,
+         "image-order images: lie over each other in another order: 2 columns of image memory differ "
+         "[2]\n"},
+    }};
+    for (const auto& [before, after, expected] : cases) {
+        const std::string actual = told(fileOfLines(before), fileOfLines(after));
+        EXPECT_EQ(actual.substr(0, expected.size()), expected) << actual;
+    }
 }
 
 }  // namespace

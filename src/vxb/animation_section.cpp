@@ -353,10 +353,8 @@ void readAnimation(Reading& r) {
         r.checkChainEnd(offset);
     }
     readMotions(r, r.imagesStart);
-    if (r.cursor() < r.imagesStart) {
-        readTypes(r, r.imagesStart);
-        readControlsAndKeyFrames(r, r.imagesStart);
-    }
+    readTypes(r, r.imagesStart);
+    readControlsAndKeyFrames(r, r.imagesStart);
 }
 
 }  // namespace mqf2vxb::reading

@@ -43,6 +43,7 @@ std::string_view nameOf(ChangeKind kind) {
                                                                 "image-depth",
                                                                 "image-texels",
                                                                 "image-colours",
+                                                                "image-order",
                                                                 "order",
                                                                 "words"};
     return names[static_cast<std::size_t>(kind)];

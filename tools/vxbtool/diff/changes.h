@@ -49,6 +49,7 @@ enum class ChangeKind : std::uint8_t {
     imageDepth,
     imageTexels,
     imageColours,
+    imageOrder,
     order,
     words,
 };

@@ -66,7 +66,8 @@ std::string coordinatesName(std::span<const std::uint32_t> coordinates) {
 
 }  // namespace
 
-DrawnPolygons::DrawnPolygons(const VxbFile& file) : file_(file), sharedOwners_(file) {
+DrawnPolygons::DrawnPolygons(const VxbFile& file, const std::vector<bool>& mirrors)
+    : file_(file), sharedOwners_(file), mirrors_(mirrors) {
     nameOwners();
     std::size_t number = 0;
     for (const PacketGroup& group : file.packetGroups) {
@@ -80,7 +81,7 @@ DrawnPolygons::DrawnPolygons(const VxbFile& file) : file_(file), sharedOwners_(f
 }
 
 void DrawnPolygons::nameOwners() {
-    const std::vector<std::vector<std::uint32_t>> owners = ownersOfGroups(file_);
+    const std::vector<std::vector<std::uint32_t>> owners = listingsOfGroups(file_);
     for (std::size_t group = 0; group < owners.size(); ++group) {
         const bool shared = file_.packetGroups[group].shared;
         ownerNames_.push_back(shared ? "shared polygons" : coordinatesName(owners[group]));
@@ -150,7 +151,12 @@ void DrawnPolygons::add(std::uint32_t groupIndex, const PacketPolygon& packet) {
         points.add(static_cast<std::uint32_t>(places[polygon.order[corner]]));
         points.add(static_cast<std::uint32_t>(places[polygon.order[corner]] >> 32U));
     }
-    polygon.backwards = polygon.corners == 3 && runsBackwards(polygon.order, drawn);
+    if (polygon.corners == 3) {
+        // Every other triangle of a strip runs the other way.
+        const bool turned = packet.form->strip() && packet.place % 2 == 1;
+        polygon.backwards =
+            (runsBackwards(polygon.order, drawn) != turned) != isTurnedByMirrors(polygon);
+    }
     facing.add(polygon.backwards ? 1 : 0);
     // A field of each corner is taken in the order of the corners, one for all of them by itself.
     const auto addCorners = [&](Field corner0, auto put) {
@@ -166,6 +172,7 @@ void DrawnPolygons::add(std::uint32_t groupIndex, const PacketPolygon& packet) {
         polygon.normals[corner] = value;
         ++polygon.normalNum;
         facing.add(normal(polygon, value), value);
+        facing.add(normalOwner(polygon, value));
     });
     addCorners(Field::C0, [&](std::uint32_t value, std::size_t) { colours.add(value); });
     addCorners(Field::T0, [&](std::uint32_t value, std::size_t) { texels.add(value); });
@@ -181,6 +188,27 @@ void DrawnPolygons::add(std::uint32_t groupIndex, const PacketPolygon& packet) {
     polygon.texels = texels.hash();
     polygon.texture = texture.hash();
     polygons_.push_back(polygon);
+}
+
+std::uint32_t DrawnPolygons::normalOwner(const DrawnPolygon& polygon, std::uint32_t index) const {
+    return isShared(polygon) && index < sharedOwners_.normals.size()
+               ? sharedOwners_.normals[index].value_or(0)
+               : 0;
+}
+
+/// Where some of a shared polygon's coordinates mirror and others do not, its first one tells its front.
+bool DrawnPolygons::isTurnedByMirrors(const DrawnPolygon& polygon) const {
+    if (!isShared(polygon)) {
+        return false;
+    }
+    const auto mirrors = [&](std::uint32_t corner) {
+        const std::uint32_t index = polygon.vertices[corner];
+        const auto owner =
+            index < sharedOwners_.vertices.size() ? sharedOwners_.vertices[index] : std::nullopt;
+        return owner && *owner < mirrors_.size() && mirrors_[*owner];
+    };
+    const bool first = mirrors(0);
+    return first && (!mirrors(1) || !mirrors(2));
 }
 
 std::uint64_t DrawnPolygons::placeOf(const DrawnPolygon& polygon, std::uint32_t corner) const {

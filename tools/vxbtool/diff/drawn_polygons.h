@@ -20,7 +20,7 @@ struct DrawnPolygon {
     std::uint32_t offset = 0;  ///< of its packet's first word
     std::uint8_t corners = 0;  ///< those that are vertices
     std::uint8_t normalNum = 0;
-    bool backwards = false;  ///< a triangle whose corners do not run as their `order`
+    bool backwards = false;  ///< a triangle whose front is not on the side that its `order` tells
     /// The corners, a triangle's by their places, so that it does not matter which comes first.
     std::array<std::uint8_t, 4> order{0, 1, 2, 3};
     std::array<std::uint32_t, 4> vertices{};
@@ -46,7 +46,9 @@ struct DrawnPolygon {
 /// The polygons of one file, and the points that they name.
 class DrawnPolygons {
 public:
-    explicit DrawnPolygons(const mqf2vxb::VxbFile& file);
+    /// `mirrors` tells of each coordinate whether it mirrors what it draws. Both sides of a comparison
+    /// have those of one, so that a matrix that changes is no change of polygons.
+    DrawnPolygons(const mqf2vxb::VxbFile& file, const std::vector<bool>& mirrors);
 
     [[nodiscard]] const std::vector<DrawnPolygon>& all() const { return polygons_; }
     /// "coordinate 3", "coordinates 3, 4" or "shared polygons"; of a long list of coordinates, the
@@ -68,12 +70,17 @@ public:
         return file_.packetGroups[polygon.group].shared;
     }
 
+    /// The coordinate of a shared normal; 0 of another one, and of one that has none.
+    [[nodiscard]] std::uint32_t normalOwner(const DrawnPolygon& polygon, std::uint32_t index) const;
+
 private:
     void nameOwners();
+    [[nodiscard]] bool isTurnedByMirrors(const DrawnPolygon& polygon) const;
     void add(std::uint32_t group, const mqf2vxb::PacketPolygon& packet);
 
     const mqf2vxb::VxbFile& file_;
     SharedOwners sharedOwners_;
+    std::vector<bool> mirrors_;               // by coordinate
     std::vector<std::string> ownerNames_;     // by packet group
     std::vector<std::uint64_t> ownerHashes_;  // by packet group, of all its coordinates
     std::vector<DrawnPolygon> polygons_;

@@ -10,6 +10,7 @@
 #include <fmt/core.h>
 
 #include "vxbtool/diff/compare.h"
+#include "vxbtool/scene/image_memory.h"
 #include "vxbtool/shared/counted.h"
 #include "vxbtool/shared/image_depths.h"
 
@@ -58,6 +59,7 @@ public:
           taken_(after.images.size()) {}
 
     void compare() {
+        const std::size_t known = changes_.kept().size();
         pair([](const VxbFile& file, const Image& image) {
             const std::span words = wordsOf(file, image.pixels);
             return std::pair(keyOf(image), std::vector(words.begin(), words.end()));
@@ -78,6 +80,9 @@ public:
             if (!taken_[image]) {
                 addWhole(ChangeKind::imageAdded, "added", after_, image);
             }
+        }
+        if (changes_.kept().size() == known && !std::ranges::is_sorted(partnerOf_)) {
+            compareMemory();
         }
     }
 
@@ -137,6 +142,20 @@ private:
         } else if (one.clut || other.clut) {
             changes_.add(ChangeKind::imageColours, place,
                          one.clut ? "has no lookup table any more" : "has a lookup table now");
+        }
+    }
+
+    /// A later image lies over an earlier one.
+    void compareMemory() {
+        std::vector<std::string> warnings;
+        const std::size_t columns =
+            scene::ImageMemory(before_, warnings).differing(scene::ImageMemory(after_, warnings));
+        if (columns > 0) {
+            changes_.add(ChangeKind::imageOrder, "images",
+                         fmt::format("lie over each other in another order: {} of image memory {}",
+                                     counted(columns, "column"),
+                                     columns == 1 ? "differs" : "differ"),
+                         columns);
         }
     }
 

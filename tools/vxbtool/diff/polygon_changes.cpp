@@ -74,7 +74,9 @@ struct Displaced {
 class PolygonComparison {
 public:
     PolygonComparison(const VxbFile& before, const VxbFile& after, Changes& changes)
-        : before_(before), after_(after), changes_(changes) {}
+        : before_(before, mirroringCoordinates(before)),
+          after_(after, mirroringCoordinates(before)),
+          changes_(changes) {}
 
     void compare() {
         const Matching matching = matchPolygons(before_, after_);
@@ -185,7 +187,12 @@ private:
             const std::optional<Point> from = before_.normal(one, normal);
             const std::uint32_t same = one.normalNum > 1 ? partner(corner) : corner;
             const std::optional<Point> to = after_.normal(other, other.normals[same]);
-            if (from && to && !equal(*from, *to)) {
+            if (before_.normalOwner(one, normal) !=
+                after_.normalOwner(other, other.normals[same])) {
+                tally(ChangeKind::polygonNumbers, before_, pair.before,
+                      "got a normal of another coordinate");
+                told = true;
+            } else if (from && to && !equal(*from, *to)) {
                 displace(turnedNormals_[before_.ownerOf(one)], normal, *from, *to,
                          angleBetween(*from, *to));
                 told = true;

@@ -46,6 +46,14 @@ bool ImageMemory::put(const mqf2vxb::VxbFile& file, std::uint32_t image,
     return true;
 }
 
+std::size_t ImageMemory::differing(const ImageMemory& other) const {
+    std::size_t number = 0;
+    for (std::size_t i = 0; i < std::min(values_.size(), other.values_.size()); ++i) {
+        number += values_[i] != other.values_[i] ? 1 : 0;
+    }
+    return number;
+}
+
 Rgba colourOf(std::uint16_t value) {
     // Five bits become eight, so that the most of five is the most of eight.
     const auto component = [value](unsigned shift) {

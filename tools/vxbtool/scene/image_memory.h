@@ -29,6 +29,8 @@ public:
         const std::uint32_t owner = owners_.empty() ? 0 : owners_[place(x, y)];
         return owner > 0 ? std::optional(owner - 1) : std::nullopt;
     }
+    /// How many columns of all lines hold something else than those of another memory.
+    [[nodiscard]] std::size_t differing(const ImageMemory& other) const;
     [[nodiscard]] const std::vector<ImagePlace>& places() const { return places_; }
 
 private:

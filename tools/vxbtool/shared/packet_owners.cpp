@@ -7,7 +7,7 @@ namespace vxbtool {
 
 using namespace mqf2vxb;
 
-std::vector<std::vector<std::uint32_t>> ownersOfGroups(const VxbFile& file) {
+std::vector<std::vector<std::uint32_t>> listingsOfGroups(const VxbFile& file) {
     std::vector<std::vector<std::uint32_t>> owners(file.packetGroups.size());
     for (const PrimitiveHeader& header : file.primitiveHeaders) {
         for (std::uint32_t i = 0; header.coordinate && i < header.descriptionNum; ++i) {
@@ -19,6 +19,13 @@ std::vector<std::vector<std::uint32_t>> ownersOfGroups(const VxbFile& file) {
     }
     for (std::vector<std::uint32_t>& of : owners) {
         std::sort(of.begin(), of.end());
+    }
+    return owners;
+}
+
+std::vector<std::vector<std::uint32_t>> ownersOfGroups(const VxbFile& file) {
+    std::vector<std::vector<std::uint32_t>> owners = listingsOfGroups(file);
+    for (std::vector<std::uint32_t>& of : owners) {
         of.erase(std::unique(of.begin(), of.end()), of.end());
     }
     return owners;
@@ -55,6 +62,35 @@ SharedOwners::SharedOwners(const VxbFile& file)
     }
     own(vertices, vertexRanges);
     own(normals, normalRanges);
+}
+
+std::vector<bool> mirroringCoordinates(const VxbFile& file) {
+    const std::vector<Coordinate>& coordinates = file.coordinates;
+    std::vector<bool> mirrors;
+    mirrors.reserve(coordinates.size());
+    for (const Coordinate& coordinate : coordinates) {
+        const auto& m = coordinate.matrix;
+        const auto minor = [&](std::size_t a, std::size_t b) {
+            return std::int64_t{m[3 + a]} * m[6 + b] - std::int64_t{m[3 + b]} * m[6 + a];
+        };
+        mirrors.push_back(m[0] * minor(1, 2) - m[1] * minor(0, 2) + m[2] * minor(0, 1) < 0);
+    }
+    // Two mirrors make none.
+    std::vector<bool> done(coordinates.size());
+    std::vector<std::size_t> ahead;
+    for (std::size_t start = 0; start < coordinates.size(); ++start) {
+        for (std::optional<std::size_t> c = start; c && !done[*c]; c = coordinates[*c].parent) {
+            done[*c] = true;
+            ahead.push_back(*c);
+        }
+        for (; !ahead.empty(); ahead.pop_back()) {
+            const std::size_t c = ahead.back();
+            if (const auto parent = coordinates[c].parent) {
+                mirrors[c] = mirrors[c] != mirrors[*parent];
+            }
+        }
+    }
+    return mirrors;
 }
 
 std::optional<Point> packetPoint(const VxbFile& file, const PointSection& section, bool shared,

@@ -8,8 +8,10 @@
 
 namespace vxbtool {
 
-/// For each packet group the coordinates that draw it, ascending, each once. Groups of shared polygons
-/// have none.
+/// For each packet group the coordinates that draw it, ascending. Groups of shared polygons have none. A
+/// file may list a group several times under one coordinate.
+std::vector<std::vector<std::uint32_t>> listingsOfGroups(const mqf2vxb::VxbFile& file);
+/// The same, each coordinate once.
 std::vector<std::vector<std::uint32_t>> ownersOfGroups(const mqf2vxb::VxbFile& file);
 
 /// For each shared vertex, and for each shared normal, the coordinate that it moves with. One that no
@@ -20,6 +22,9 @@ struct SharedOwners {
     std::vector<std::optional<std::uint32_t>> vertices;
     std::vector<std::optional<std::uint32_t>> normals;
 };
+
+/// Of each coordinate whether it mirrors what it draws, with its parents at rest.
+std::vector<bool> mirroringCoordinates(const mqf2vxb::VxbFile& file);
 
 /// The point that a packet names: `shared` packets count theirs in the shared block, the others from
 /// the first independent one on into the shared block. Nothing for a number that names none.
