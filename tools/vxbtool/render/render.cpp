@@ -101,13 +101,14 @@ void checkNumbers(const Request& request) {
 
 void renderFile(const RenderArguments& arguments) {
     const auto [file, inputs] = readAnyModel(arguments.file, arguments.models);
-    requireOthers(inputs, {&arguments.output, 1});
+    const std::string output = outputPath(arguments.output);
+    requireOthers(inputs, {&output, 1});
     requireSound(arguments.file, file);
     const scene::Scene scene = scene::makeScene(file);
     for (const std::string& warning : scene.warnings) {
         fmt::print(stderr, "{}: warning: {}\n", printable(arguments.file), printable(warning));
     }
-    writeOutput(outputPath(arguments.output), render::drawPng(scene, arguments.request));
+    writeOutput(output, render::drawPng(scene, arguments.request));
 }
 
 ExitStatus runRender(RenderArguments& arguments) {
