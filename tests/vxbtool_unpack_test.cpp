@@ -144,6 +144,20 @@ TEST(Unpack, LongListsOfVerticesAreDividedIntoLines) {
 
 /// A sound file with a changed word becomes a model too, whether the converter could have written it or
 /// not: the model converts or is refused, and what it makes comes back again.
+/// Each goes back to its first step, the first one to step 0.
+TEST(Unpack, MotionsThatGoRoundStayWhole) {
+    const auto motion = [](const std::string& move, const std::string& turn) {
+        return "COORDINATE;1;0 0 a;a;SEQ 10 ps0r0t1 0;SEQ 10 ps0r1t0 0;GOTO a 0x0 0x0;TYPE ps0r0t1;" +
+               move + ";TYPE ps0r1t0;" + turn;
+    };
+    ModelFiles model;
+    model.geo = "3 0 1;0;1;0 1;0 0 1 2";
+    model.srf = "1;0 1 F C 1 2 3";
+    model.frm = "=NULL;1;4096 0 0 0 4096 0 0 0 4096 0 0 0 0 0 0 0;0 3 0-2";
+    model.clp = {motion("1 2 3", "100 0 0"), motion("4 5 6", "700 0 0"), motion("7 8 9", "9 9 9")};
+    expectToComeBack(convertFiles(model).outputs.at("m.vxb"), "motions");
+}
+
 TEST(Unpack, FilesThatNoConverterWroteAreUnpackedAsFarAsTheyGo) {
     std::mt19937 random(3);
     std::size_t sound = 0;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <span>
+#include <utility>
 
 #include <fmt/core.h>
 #include <fmt/ranges.h>
@@ -66,8 +67,8 @@ std::string coordinatesName(std::span<const std::uint32_t> coordinates) {
 
 }  // namespace
 
-DrawnPolygons::DrawnPolygons(const VxbFile& file, const std::vector<bool>& mirrors)
-    : file_(file), sharedOwners_(file), mirrors_(mirrors) {
+DrawnPolygons::DrawnPolygons(const VxbFile& file, std::vector<bool> mirrors)
+    : file_(file), sharedOwners_(file), mirrors_(std::move(mirrors)) {
     nameOwners();
     std::size_t number = 0;
     for (const PacketGroup& group : file.packetGroups) {
@@ -190,6 +191,12 @@ void DrawnPolygons::add(std::uint32_t groupIndex, const PacketPolygon& packet) {
     polygons_.push_back(polygon);
 }
 
+std::uint32_t DrawnPolygons::vertexOwner(const DrawnPolygon& polygon, std::uint32_t index) const {
+    return isShared(polygon) && index < sharedOwners_.vertices.size()
+               ? sharedOwners_.vertices[index].value_or(0)
+               : 0;
+}
+
 std::uint32_t DrawnPolygons::normalOwner(const DrawnPolygon& polygon, std::uint32_t index) const {
     return isShared(polygon) && index < sharedOwners_.normals.size()
                ? sharedOwners_.normals[index].value_or(0)
@@ -202,31 +209,29 @@ bool DrawnPolygons::isTurnedByMirrors(const DrawnPolygon& polygon) const {
         return false;
     }
     const auto mirrors = [&](std::uint32_t corner) {
-        const std::uint32_t index = polygon.vertices[corner];
-        const auto owner =
-            index < sharedOwners_.vertices.size() ? sharedOwners_.vertices[index] : std::nullopt;
-        return owner && *owner < mirrors_.size() && mirrors_[*owner];
+        const std::uint32_t owner = vertexOwner(polygon, polygon.vertices[corner]);
+        return owner < mirrors_.size() && mirrors_[owner];
     };
     const bool first = mirrors(0);
     return first && (!mirrors(1) || !mirrors(2));
 }
 
 std::uint64_t DrawnPolygons::placeOf(const DrawnPolygon& polygon, std::uint32_t corner) const {
-    constexpr unsigned ownerBit = 49;
     constexpr std::uint64_t number = std::uint64_t{1} << 48U;  // a field that is no place
+    constexpr std::uint64_t mix = 0x9E3779B97F4A7C15U;
     const std::uint32_t index = polygon.vertices[corner];
     const std::optional<Point> point =
         corner < polygon.corners ? vertex(polygon, index) : std::nullopt;
     if (!point) {
         return number | index;
     }
+    const std::uint64_t place = std::uint64_t{static_cast<std::uint16_t>(point->x)} << 32U |
+                                std::uint64_t{static_cast<std::uint16_t>(point->y)} << 16U |
+                                static_cast<std::uint16_t>(point->z);
     // Shared polygons have each vertex in the space of its own coordinate.
-    const std::uint64_t owner = isShared(polygon) && index < sharedOwners_.vertices.size()
-                                    ? sharedOwners_.vertices[index].value_or(0)
-                                    : 0;
-    return owner << ownerBit | std::uint64_t{static_cast<std::uint16_t>(point->x)} << 32U |
-           std::uint64_t{static_cast<std::uint16_t>(point->y)} << 16U |
-           static_cast<std::uint16_t>(point->z);
+    constexpr unsigned ownerBit = 49;
+    const std::uint64_t owner = vertexOwner(polygon, index);
+    return owner >> (64U - ownerBit) == 0 ? owner << ownerBit | place : (owner * mix) ^ place;
 }
 
 }  // namespace vxbtool::diff

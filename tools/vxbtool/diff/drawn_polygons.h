@@ -48,7 +48,7 @@ class DrawnPolygons {
 public:
     /// `mirrors` tells of each coordinate whether it mirrors what it draws. Both sides of a comparison
     /// have those of one, so that a matrix that changes is no change of polygons.
-    DrawnPolygons(const mqf2vxb::VxbFile& file, const std::vector<bool>& mirrors);
+    DrawnPolygons(const mqf2vxb::VxbFile& file, std::vector<bool> mirrors);
 
     [[nodiscard]] const std::vector<DrawnPolygon>& all() const { return polygons_; }
     /// "coordinate 3", "coordinates 3, 4" or "shared polygons"; of a long list of coordinates, the
@@ -70,7 +70,8 @@ public:
         return file_.packetGroups[polygon.group].shared;
     }
 
-    /// The coordinate of a shared normal; 0 of another one, and of one that has none.
+    /// The coordinate of a shared vertex or normal; 0 of another one, and of one that has none.
+    [[nodiscard]] std::uint32_t vertexOwner(const DrawnPolygon& polygon, std::uint32_t index) const;
     [[nodiscard]] std::uint32_t normalOwner(const DrawnPolygon& polygon, std::uint32_t index) const;
 
 private:

@@ -55,10 +55,16 @@ public:
     /// The words of the key frame that a control word names.
     [[nodiscard]] std::span<const std::uint32_t> keyFrame(const ControlWord& control) const {
         const auto found = wordsAt_.find(control.target);
-        return found == wordsAt_.end()
-                   ? std::span<const std::uint32_t>()
-                   : std::span(file_.words)
-                         .subspan(animation_.keyFrameOffset + found->first, found->second);
+        std::size_t words = found != wordsAt_.end() ? found->second : 0;
+        // One that begins inside another has the words of its type, as far as there are any.
+        const KeyFrameForm* form = keyFrameForm(animation_, control.typeIndex);
+        if (words == 0 && control.target < animation_.keyFrameWords) {
+            const std::size_t room = animation_.keyFrameWords - control.target;
+            words = std::min(room, form != nullptr ? form->words() : std::size_t{1});
+        }
+        return words == 0 ? std::span<const std::uint32_t>()
+                          : std::span(file_.words)
+                                .subspan(animation_.keyFrameOffset + control.target, words);
     }
     [[nodiscard]] PrimitiveTypeCode type(const ControlWord& control) const {
         return control.typeIndex < animation_.types.size() ? animation_.types[control.typeIndex]

@@ -179,6 +179,11 @@ private:
                 displace(movedVertices_[before_.ownerOf(one)], vertex, *from, *to,
                          wayBetween(*from, *to));
                 told = true;
+            } else if (before_.vertexOwner(one, vertex) !=
+                       after_.vertexOwner(other, other.vertices[partner(corner)])) {
+                tally(ChangeKind::polygonNumbers, before_, pair.before,
+                      "got a vertex of another coordinate");
+                told = true;
             }
         }
         for (std::uint32_t corner = 0; corner < std::min(one.normalNum, other.normalNum);

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <set>
+#include <string_view>
 #include <utility>
 
+#include <assimp/commonMetaData.h>
 #include <fmt/core.h>
 
 #include "vxbtool/import/source.h"
@@ -35,8 +37,7 @@ MovedCoordinate movedCoordinate(const aiNodeAnim& channel, std::uint32_t index,
 }
 
 /// The length and the beginning, in frames and ticks.
-void measure(const aiAnimation& source, Animation& animation) {
-    constexpr double usualTicks = 25;
+void measure(const aiAnimation& source, double usualTicks, Animation& animation) {
     const double ticks = source.mTicksPerSecond > 0 && std::isfinite(source.mTicksPerSecond)
                              ? source.mTicksPerSecond
                              : usualTicks;
@@ -55,6 +56,17 @@ void measure(const aiAnimation& source, Animation& animation) {
                                       animation.name, frames, mostFrames));
     }
     animation.length = static_cast<std::uint32_t>(frames);
+}
+
+/// The ticks a second of files that do not say.
+double usualTicksOf(const aiScene& scene) {
+    constexpr double ofXFiles = 4800;
+    constexpr double ofOthers = 25;
+    aiString format;
+    const bool isXFile = scene.mMetaData != nullptr &&
+                         scene.mMetaData->Get(AI_METADATA_SOURCE_FORMAT, format) &&
+                         std::string_view(format.C_Str()).find("XFile") != std::string_view::npos;
+    return isXFile ? ofXFiles : ofOthers;
 }
 
 }  // namespace
@@ -97,7 +109,7 @@ std::vector<Animation> readAnimations(const aiScene& scene, const CoordinateMap&
                 animation.moved.push_back(movedCoordinate(channel, *index, map, placed, scale));
             }
         }
-        measure(source, animation);
+        measure(source, usualTicksOf(scene), animation);
         samples += static_cast<double>(animation.moved.size()) * (animation.length + 2.0);
         animations.push_back(std::move(animation));
     }

@@ -168,8 +168,8 @@ private:
         return corner;
     }
 
-    /// Texture coordinates beyond are not told apart by floats.
-    static constexpr float farTexel = 65536;
+    /// Texture coordinates beyond are whole numbers.
+    static constexpr float farTexel = 16777216;
 
     const aiMesh& mesh_;
     std::uint32_t part_;

@@ -88,12 +88,16 @@ std::string_view takeChunk(std::string_view type, std::string_view& rest) {
 /// How many bytes the character at the beginning has in UTF-8; 0 when it is none.
 std::size_t lengthInUtf8(std::string_view text) {
     const auto first = static_cast<unsigned char>(text.front());
-    const std::size_t length = first < 0x80   ? 1
-                               : first < 0xC2 ? 0
-                               : first < 0xE0 ? 2
-                               : first < 0xF0 ? 3
-                               : first < 0xF5 ? 4
-                                              : 0;
+    std::size_t length = 0;
+    if (first < 0x80) {
+        length = 1;
+    } else if (first >= 0xC2 && first < 0xE0) {
+        length = 2;
+    } else if (first >= 0xE0 && first < 0xF0) {
+        length = 3;
+    } else if (first >= 0xF0 && first < 0xF5) {
+        length = 4;
+    }
     const std::string_view rest = text.substr(1, std::max<std::size_t>(length, 1) - 1);
     const bool follows = std::ranges::all_of(
         rest, [](char c) { return (static_cast<unsigned char>(c) & 0xC0U) == 0x80U; });
@@ -254,14 +258,14 @@ std::vector<float> GltfAccessors::floats(const GltfJson& accessor) {
 
 std::string_view GltfAccessors::buffer(std::size_t number) {
     const GltfJson& buffer = document_.json.at("buffers").at(number);
-    const auto [place, isNew] = read_.try_emplace(number);
     if (document_.binary && number == 0 && !buffer.contains("uri")) {
-        bytes_ += isNew ? document_.buffer.size() : 0;
+        bytes_ += read_.try_emplace("").second ? document_.buffer.size() : 0;
         return document_.buffer;
     }
+    const std::string name = buffer.at("uri").get<std::string>();
+    const auto [place, isNew] = read_.try_emplace(name);
     if (isNew) {
         constexpr std::string_view mark = ";base64,";
-        const std::string name = buffer.at("uri").get<std::string>();
         const std::size_t data = name.find(mark);
         std::optional<std::string> bytes =
             name.starts_with("data:") && data != std::string::npos

@@ -14,6 +14,7 @@ namespace vxbtool::importing {
 
 using GltfJson = nlohmann::json;
 
+// NOLINTBEGIN(bugprone-exception-escape): a document moves without copies.
 /// A glTF 2.0 file: its document, and of a binary file the chunks behind it.
 struct GltfDocument {
     GltfJson json;
@@ -21,6 +22,7 @@ struct GltfDocument {
     std::string_view behind;  ///< all chunks behind the document
     bool binary = false;
 };
+// NOLINTEND(bugprone-exception-escape)
 
 /// Takes a file apart; nothing of one of another version. Throws ImportFault of one that is no JSON, and
 /// of JSON that nests deeper than anyone needs.
@@ -66,7 +68,7 @@ private:
 
     const GltfDocument& document_;
     const ReadFile& readFile_;
-    std::map<std::size_t, std::string> read_;  // by the number of the buffer
+    std::map<std::string, std::string> read_;  // by what names the buffer
     std::size_t bytes_ = 0;                    // of all buffers that are read
     std::size_t spent_ = 0;                    // in numbers
 };

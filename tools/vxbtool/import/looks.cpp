@@ -64,7 +64,7 @@ LookMaker::LookNumbers LookMaker::plain(const ShapePolygon& polygon) const {
     const Part& part = shape_.parts[polygon.part];
     const SurfaceMaterial& material = materials_.materials[part.material];
     const Textures::OfMaterial& texture = textures_.materials[part.material];
-    Colour base = material.colour;
+    Colour base = part.coloured && material.assumed ? Colour{1, 1, 1} : material.colour;
     if (polygon.plain) {
         base = texture.tinted ? texture.mean : times(texture.mean, material.colour);
     }

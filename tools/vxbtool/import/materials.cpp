@@ -122,6 +122,7 @@ SurfaceMaterial readMaterial(const aiMaterial& source, bool gltf, bool unlit) {
     aiString name;
     source.Get(AI_MATKEY_NAME, name);
     material.name = name.C_Str();
+    material.assumed = material.name == AI_DEFAULT_MATERIAL_NAME;
     material.texture = textureOf(source, gltf);
     readColour(source, gltf, material);
     readTransparency(source, gltf, material);

@@ -27,6 +27,7 @@ struct TextureUse {
 struct SurfaceMaterial {
     std::string name;
     std::array<float, 3> colour{1, 1, 1};
+    bool assumed = false;  ///< the file has no material, and Assimp made one
     float opacity = 1;
     bool unlit = false;
     bool twoSided = false;

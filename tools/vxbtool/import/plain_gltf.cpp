@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <optional>
 #include <set>
@@ -19,7 +20,9 @@
 namespace vxbtool::importing {
 namespace {
 
-constexpr std::size_t real = 5126;  // the type of floats
+// Types of numbers.
+constexpr std::size_t unsignedShort = 5123;
+constexpr std::size_t real = 5126;
 
 /// Refuses a file that means something else without an extension that import does not know.
 void requireKnownExtensions(const GltfJson& document) {
@@ -35,7 +38,7 @@ void requireKnownExtensions(const GltfJson& document) {
     }
 }
 
-/// Changes a document; the floats that it names then stand in a buffer of their own.
+/// Changes a document; the numbers that become others then stand in a buffer of their own.
 class Rewriter {
 public:
     Rewriter(GltfDocument& document, const GltfAccessors::ReadFile& readFile, bool motions)
@@ -51,6 +54,7 @@ public:
             }
         }
         requireKnownExtensions(json_);
+        renewMaterials();
         chooseTextureCoordinates();
         namePictures();
         nameNodes();
@@ -61,20 +65,18 @@ public:
             }
         }
         completeMovingNodes();
-        for (const std::size_t number : misreadAccessors()) {
-            makeFloats(json_["accessors"].at(number));
+        for (const auto& [number, joints] : misreadAccessors()) {
+            makePlain(json_["accessors"].at(number), joints);
         }
         for (GltfJson& skin : json_["skins"]) {
             completeSkin(skin);
         }
-        const std::size_t size = floats_.size() * sizeof(float);
-        if (size > 0) {
+        if (!bytes_.empty()) {
             json_["buffers"].push_back(
-                {{"byteLength", size},
-                 {"uri", "data:application/octet-stream;base64," +
-                             base64({reinterpret_cast<const char*>(floats_.data()), size})}});
+                {{"byteLength", bytes_.size()},
+                 {"uri", "data:application/octet-stream;base64," + base64(bytes_)}});
         }
-        return changed_ || size > 0;
+        return changed_ || !bytes_.empty();
     }
 
 private:
@@ -82,21 +84,24 @@ private:
         std::set<std::string> taken{"ROOT"};      // what Assimp calls a node above several roots
         std::map<std::string, std::size_t> next;  // what to try next behind a name that is taken
         GltfJson& nodes = json_["nodes"];
-        const auto isNamed = [](const GltfJson& node) {
-            return node.contains("name") && node["name"].is_string();
+        // Assimp's names end before a zero.
+        const auto nameOf = [](const GltfJson& node) -> std::string {
+            return node.contains("name") && node["name"].is_string()
+                       ? node["name"].get<std::string>().c_str()
+                       : "";
         };
         for (std::size_t n = 0; n < nodes.size(); ++n) {
-            if (!isNamed(nodes[n])) {
+            if (nameOf(nodes[n]).empty()) {
                 taken.insert(fmt::format("nodes[{}]", n));  // as Assimp calls it
             }
         }
         for (GltfJson& node : nodes) {
-            if (!isNamed(node)) {
+            constexpr std::size_t longest = 256;
+            const std::string given = nameOf(node);
+            const std::string base = given.substr(0, longest);
+            if (base.empty()) {
                 continue;
             }
-            constexpr std::size_t longest = 256;
-            const std::string given = node["name"];
-            const std::string base = given.substr(0, longest);
             std::string name = base;
             for (std::size_t& number = next.try_emplace(base, 2).first->second;
                  !taken.insert(name).second; ++number) {
@@ -138,19 +143,35 @@ private:
         }
     }
 
+    /// Gives materials of an older kind what stands for it.
+    void renewMaterials() {
+        constexpr const char* old = "KHR_materials_pbrSpecularGlossiness";
+        for (GltfJson& material : json_["materials"]) {
+            if (!material.contains("extensions") || !material["extensions"].contains(old)) {
+                continue;
+            }
+            const GltfJson& before = material["extensions"][old];
+            GltfJson made{{"metallicFactor", 0}};
+            if (before.contains("diffuseFactor")) {
+                made["baseColorFactor"] = before.at("diffuseFactor");
+            }
+            if (before.contains("diffuseTexture")) {
+                made["baseColorTexture"] = before.at("diffuseTexture");
+            }
+            material["pbrMetallicRoughness"] = std::move(made);
+            material["extensions"].erase(old);
+            changed_ = true;
+        }
+    }
+
     /// Takes the set of texture coordinates that a texture's transform names instead of the texture's own.
     void chooseTextureCoordinates() {
         const GltfJson::json_pointer own("/extensions/KHR_texture_transform/texCoord");
-        const std::array textures{
-            GltfJson::json_pointer("/pbrMetallicRoughness/baseColorTexture"),
-            GltfJson::json_pointer(
-                "/extensions/KHR_materials_pbrSpecularGlossiness/diffuseTexture")};
+        const GltfJson::json_pointer name("/pbrMetallicRoughness/baseColorTexture");
         for (GltfJson& material : json_["materials"]) {
-            for (const GltfJson::json_pointer& name : textures) {
-                if (material.contains(name) && material[name].contains(own)) {
-                    material[name]["texCoord"] = numberOf(material[name][own]);
-                    changed_ = true;
-                }
+            if (material.contains(name) && material[name].contains(own)) {
+                material[name]["texCoord"] = numberOf(material[name][own]);
+                changed_ = true;
             }
         }
     }
@@ -198,26 +219,25 @@ private:
     }
 
     /// The accessors where Assimp takes floats for granted that are none, or that it misreads with a
-    /// stride.
-    [[nodiscard]] std::set<std::size_t> misreadAccessors() const {
-        std::set<std::size_t> found;
+    /// stride; and whether they name joints.
+    [[nodiscard]] std::map<std::size_t, bool> misreadAccessors() const {
+        std::map<std::size_t, bool> found;
         const auto note = [&](const GltfJson& accessor) {
             const std::size_t number = numberOf(accessor);
             const GltfJson& noted = json_.at("accessors").at(number);
             const bool named = noted.contains("bufferView");  // else zeros, or compressed elsewhere
             if ((GltfAccessors::isWhole(noted) && named) || noted.contains("sparse")) {
-                found.insert(number);
+                found.try_emplace(number, false);
             }
         };
         for (const GltfJson& mesh : json_.at("meshes")) {
             for (const GltfJson& primitive : arrayOf(mesh, "primitives")) {
                 for (const auto& [name, accessor] : primitive.at("attributes").items()) {
-                    if (name.starts_with("WEIGHTS_") || name.starts_with("TEXCOORD_") ||
-                        name == "POSITION" || name == "NORMAL" || name == "TANGENT") {
+                    const GltfJson& noted = json_.at("accessors").at(numberOf(accessor));
+                    if (!name.starts_with("COLOR_") && !name.starts_with("JOINTS_")) {
                         note(accessor);
-                    } else if (name.starts_with("COLOR_") &&
-                               json_.at("accessors").at(numberOf(accessor)).contains("sparse")) {
-                        note(accessor);
+                    } else if (noted.contains("sparse")) {
+                        found[numberOf(accessor)] = name.starts_with("JOINTS_");
                     }
                 }
             }
@@ -230,9 +250,19 @@ private:
         return found;
     }
 
-    void makeFloats(GltfJson& accessor) {
-        accessor["bufferView"] = addView(accessors_.floats(accessor));
-        accessor["componentType"] = real;
+    /// Fractions become floats, and joints as wide as they can be.
+    void makePlain(GltfJson& accessor, bool joints) {
+        const std::vector<float> floats = accessors_.floats(accessor);
+        if (joints) {
+            std::vector<std::uint16_t> numbers;
+            for (const float number : floats) {
+                numbers.push_back(static_cast<std::uint16_t>(number));
+            }
+            accessor["bufferView"] = addView<std::uint16_t>(numbers);
+        } else {
+            accessor["bufferView"] = addView<float>(floats);
+        }
+        accessor["componentType"] = joints ? unsignedShort : real;
         for (const char* name : {"byteOffset", "normalized", "min", "max", "sparse"}) {
             accessor.erase(name);
         }
@@ -286,19 +316,21 @@ private:
 
     std::size_t addAccessor(std::span<const float> floats, const std::string& type,
                             std::size_t parts) {
-        json_["accessors"].push_back({{"bufferView", addView(floats)},
+        json_["accessors"].push_back({{"bufferView", addView<float>(floats)},
                                       {"componentType", real},
                                       {"count", floats.size() / parts},
                                       {"type", type}});
         return json_["accessors"].size() - 1;
     }
 
-    /// A view of floats in the new buffer.
-    std::size_t addView(std::span<const float> floats) {
+    /// A view of numbers in the new buffer.
+    template <class Number>
+    std::size_t addView(std::span<const Number> numbers) {
+        bytes_.resize((bytes_.size() + sizeof(float) - 1) / sizeof(float) * sizeof(float));
         json_["bufferViews"].push_back({{"buffer", json_["buffers"].size()},
-                                        {"byteOffset", floats_.size() * sizeof(float)},
-                                        {"byteLength", floats.size() * sizeof(float)}});
-        floats_.insert(floats_.end(), floats.begin(), floats.end());
+                                        {"byteOffset", bytes_.size()},
+                                        {"byteLength", numbers.size_bytes()}});
+        bytes_.append(reinterpret_cast<const char*>(numbers.data()), numbers.size_bytes());
         return json_["bufferViews"].size() - 1;
     }
 
@@ -307,7 +339,7 @@ private:
     bool motions_;
     bool changed_ = false;
     std::size_t keyValues_ = 0;  // of all keys that became even
-    std::vector<float> floats_;
+    std::string bytes_;          // of the new buffer
 };
 
 }  // namespace

@@ -12,6 +12,7 @@ namespace vxbtool::importing {
 /// - Whole numbers as weights, texture coordinates, places, normals and key values become floats, and
 ///   so does what replaces some elements of another accessor.
 /// - Unless `motions` is false, keys that leap or lie on a spline become even ones.
+/// - Materials of specular glossiness get the colour and the texture that stand for theirs.
 /// - Textures name the coordinates that their transform names, and the picture that an extension does.
 /// - Nodes that move say which of their parts are as by default.
 /// - A skin without inverse matrices gets them.

@@ -30,6 +30,11 @@ namespace fs = std::filesystem;
 
 constexpr const char* tooMuchMemory = "reading it takes more memory than it may";
 
+ImportFault tooLargeFault() {
+    return ImportFault(
+        fmt::format("it and the files that it names have more than {} MiB", largestSource >> 20U));
+}
+
 /// Lets Assimp open regular files only, for reading, and until they are too large together: a model
 /// may name a pipe, which never ends, or a file of another's.
 class SourceFiles final : public Assimp::DefaultIOSystem {
@@ -96,11 +101,15 @@ public:
     [[nodiscard]] bool tooLarge() const { return tooLarge_; }
 
 private:
-    [[nodiscard]] std::optional<std::string> bytesOf(const fs::path& file) const {
+    [[nodiscard]] std::optional<std::string> bytesOf(const fs::path& file) {
         std::error_code error;
         const std::uintmax_t size = fs::file_size(file, error);
-        if (error || size > largestSource || !Exists(file.c_str())) {
+        if (error || !Exists(file.c_str())) {
             return std::nullopt;
+        }
+        changedBytes_ += size;
+        if (changedBytes_ > largestSource) {
+            throw tooLargeFault();
         }
         if (options_.opening) {
             options_.opening(file, size);
@@ -117,7 +126,8 @@ private:
     const SourceOptions& options_;
     bool isGltf_ = false;
     std::optional<std::string> plain_;
-    std::uintmax_t bytes_ = 0;
+    std::uintmax_t bytes_ = 0;         // that Assimp reads
+    std::uintmax_t changedBytes_ = 0;  // that are read before, to be changed
     bool tooLarge_ = false;
 };
 
@@ -228,8 +238,7 @@ Source Source::load(const std::string& file, const SourceOptions& options) {
         throw ImportFault(fault.what());
     }
     if (files->tooLarge()) {
-        throw ImportFault(fmt::format("it and the files that it names have more than {} MiB",
-                                      largestSource >> 20U));
+        throw tooLargeFault();
     }
     if (source.scene_ == nullptr) {
         const std::string cause = importer.GetErrorString();

@@ -127,8 +127,12 @@ Vector3 cross(const Vector3& a, const Vector3& b) {
 }
 
 bool mirrors(const Matrix& m) {
+    // What rounding makes of a matrix without depth mirrors nothing.
+    constexpr float slight = 1e-5F;
+    const Vector3 x = column(m, 0);
     const Vector3 across = cross(column(m, 1), column(m, 2));
-    return dot(column(m, 0), across) < 0;
+    const float area = std::sqrt(dot(column(m, 1), column(m, 1)) * dot(column(m, 2), column(m, 2)));
+    return dot(x, across) < -slight * std::sqrt(dot(x, x)) * area;
 }
 
 Vector3 transformedNormal(const Matrix& m, const Vector3& normal) {

@@ -117,16 +117,24 @@ private:
         return next != places.end() ? *next : number_ + 1;
     }
 
+    static constexpr int outsideFirst = 4;  // the range of a jump to the first step
     static constexpr int behindEnd = 2;
     static constexpr int keyFramesRise = 1;
-    static constexpr int whole = behindEnd + keyFramesRise;
+    static constexpr int whole = outsideFirst + behindEnd + keyFramesRise;
 
+    /// A motion is never cut between a jump and its target; not before a jump to the first step either,
+    /// if there is another place: it may have a label that stands nowhere.
     void markJumps() {
         std::vector<int> change(quality_.size() + 1, 0);
+        std::uint32_t lastToFirst = 0;
         for (std::uint32_t s = 0; s < number_; ++s) {
             const ControlWord control = step(s);
-            if (control.kind == ControlKind::jump && control.target != 0 &&
-                control.target < number_) {
+            if (control.kind != ControlKind::jump || control.target >= number_) {
+                continue;
+            }
+            if (control.target == 0) {
+                lastToFirst = s;
+            } else {
                 ++change[std::min(s, control.target) + 1];
                 --change[std::max(s, control.target) + 1];
             }
@@ -135,6 +143,7 @@ private:
         for (std::size_t place = 0; place < quality_.size(); ++place) {
             open += change[place];
             quality_[place] += open > 0 ? insideJump : 0;
+            quality_[place] += place > lastToFirst ? outsideFirst : 0;
         }
     }
 
