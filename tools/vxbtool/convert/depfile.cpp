@@ -43,7 +43,7 @@ std::string escaped(const std::string& name) {
             text.append(backslashes + 1, '\\');
         } else if ((c == ':' || c == '#') && backslashes == 0) {
             text += '\\';
-        } else if (c == '$') {
+        } else if (c == '$' && backslashes == 0) {
             text += '$';
         } else if (!standsForItself(c)) {
             cannotBeHeld(name);
