@@ -26,8 +26,9 @@ TEST(Depfile, RefusesNamesThatAreSyntax) {
         refused += canBeHeld(std::string("a") + c + "b") ? "" : std::string(1, c);
     }
     EXPECT_EQ(refused, R"("%&'*;<=>?[^`|)");
-    for (const char* const name : {"a\nb", "a\tb", "a ", "a:", "a\\", "a\\:b", "a\\#b", ".PHONY",
-                                   ".c.o", "~root", "lib(a)", "a=b;touch${IFS}x", "\x7f"}) {
+    for (const char* const name :
+         {"a\nb", "a\tb", "a ", "a:", "a\\", "a\\:b", "a\\#b", ".PHONY", ".c.o", "~root", "lib(a)",
+          "a=b;touch${IFS}x", "\x7f", R"(a\$b)"}) {
         EXPECT_FALSE(canBeHeld(name)) << name;
     }
 }
