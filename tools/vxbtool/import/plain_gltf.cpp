@@ -59,6 +59,7 @@ public:
         namePictures();
         nameNodes();
         divideMeshes();
+        requireFewElements();
         for (GltfJson& animation : json_["animations"]) {
             if (motions_) {
                 evenOut(animation);
@@ -114,6 +115,56 @@ private:
         }
     }
 
+    /// A mesh with what is drawn of it.
+    static GltfJson withoutExtras(const GltfJson& mesh) {
+        GltfJson result{{"primitives", GltfJson::array()}};
+        if (mesh.contains("name")) {
+            result["name"] = mesh.at("name");
+        }
+        for (const GltfJson& primitive : arrayOf(mesh, "primitives")) {
+            GltfJson& copy = result["primitives"].emplace_back(GltfJson::object());
+            for (const auto& [name, value] : primitive.items()) {
+                if (name != "extras" && name != "targets") {
+                    copy[name] = value;
+                }
+            }
+        }
+        return result;
+    }
+
+    /// Refuses primitives that name the same vertices and corners over and over, which Assimp reads anew
+    /// each time.
+    void requireFewElements() const {
+        constexpr std::size_t perByte = 4;
+        std::size_t most = std::size_t{1} << 20U;
+        for (const GltfJson& buffer : json_.at("buffers")) {
+            most += perByte * std::min(numberOf(buffer, "byteLength"), std::size_t{largestSource});
+        }
+        std::size_t elements = 0;
+        const auto add = [&](const GltfJson& accessor) {
+            elements +=
+                std::min(numberOf(json_.at("accessors").at(numberOf(accessor)), "count"), most);
+            if (elements > most) {
+                throw ImportFault("the meshes of the glTF file name the same vertices too often");
+            }
+        };
+        for (const GltfJson& mesh : json_.at("meshes")) {
+            for (const GltfJson& primitive : arrayOf(mesh, "primitives")) {
+                if (primitive.at("attributes").contains("POSITION")) {
+                    add(primitive.at("attributes").at("POSITION"));
+                }
+                if (primitive.contains("indices")) {
+                    add(primitive.at("indices"));
+                }
+                for (const GltfJson& target : arrayOf(primitive, "targets")) {
+                    if (target.contains("POSITION")) {
+                        add(target.at("POSITION"));
+                    }
+                }
+            }
+        }
+    }
+
     void divideMeshes() {
         constexpr std::size_t mostPrimitives = 65536;
         constexpr auto noSkin = static_cast<std::size_t>(-1);
@@ -128,11 +179,11 @@ private:
             const bool isFirst = ofSkins.empty();
             const auto [place, isNew] = ofSkins.try_emplace(numberOf(node, "skin", noSkin), mesh);
             if (isNew && !isFirst) {
-                GltfJson copy = json_["meshes"].at(mesh);
-                primitives += arrayOf(copy, "primitives").size();
+                primitives += arrayOf(json_["meshes"].at(mesh), "primitives").size();
                 if (primitives > mostPrimitives) {
                     throw ImportFault("the glTF file draws its meshes with too many skins");
                 }
+                GltfJson copy = withoutExtras(json_["meshes"].at(mesh));
                 place->second = json_["meshes"].size();
                 json_["meshes"].push_back(std::move(copy));
             }

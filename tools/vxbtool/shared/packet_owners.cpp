@@ -1,6 +1,8 @@
 #include "vxbtool/shared/packet_owners.h"
 
 #include <algorithm>
+#include <array>
+#include <cmath>
 #include <cstddef>
 
 namespace vxbtool {
@@ -64,18 +66,36 @@ SharedOwners::SharedOwners(const VxbFile& file)
     own(normals, normalRanges);
 }
 
+namespace {
+
+/// 1 or -1 for a matrix that mirrors, 0 for one without depth.
+int senseOf(const std::array<std::int16_t, 9>& m) {
+    // As exact as pictures are.
+    constexpr double slight = 1e-5;
+    const auto minor = [&](std::size_t a, std::size_t b) {
+        return double{m[3 + a]} * m[6 + b] - double{m[3 + b]} * m[6 + a];
+    };
+    const auto length = [&](std::size_t column) {
+        return std::hypot(double{m[column]}, double{m[column + 3]}, double{m[column + 6]});
+    };
+    const double volume = m[0] * minor(1, 2) - m[1] * minor(0, 2) + m[2] * minor(0, 1);
+    const double least = slight * length(0) * length(1) * length(2);
+    if (std::abs(volume) <= least) {
+        return 0;
+    }
+    return volume > 0 ? 1 : -1;
+}
+
+}  // namespace
+
 std::vector<bool> mirroringCoordinates(const VxbFile& file) {
     const std::vector<Coordinate>& coordinates = file.coordinates;
-    std::vector<bool> mirrors;
-    mirrors.reserve(coordinates.size());
+    std::vector<int> senses;
+    senses.reserve(coordinates.size());
     for (const Coordinate& coordinate : coordinates) {
-        const auto& m = coordinate.matrix;
-        const auto minor = [&](std::size_t a, std::size_t b) {
-            return std::int64_t{m[3 + a]} * m[6 + b] - std::int64_t{m[3 + b]} * m[6 + a];
-        };
-        mirrors.push_back(m[0] * minor(1, 2) - m[1] * minor(0, 2) + m[2] * minor(0, 1) < 0);
+        senses.push_back(senseOf(coordinate.matrix));
     }
-    // Two mirrors make none.
+    // Two mirrors make none, and what lost its depth stays flat.
     std::vector<bool> done(coordinates.size());
     std::vector<std::size_t> ahead;
     for (std::size_t start = 0; start < coordinates.size(); ++start) {
@@ -86,9 +106,14 @@ std::vector<bool> mirroringCoordinates(const VxbFile& file) {
         for (; !ahead.empty(); ahead.pop_back()) {
             const std::size_t c = ahead.back();
             if (const auto parent = coordinates[c].parent) {
-                mirrors[c] = mirrors[c] != mirrors[*parent];
+                senses[c] *= senses[*parent];
             }
         }
+    }
+    std::vector<bool> mirrors;
+    mirrors.reserve(senses.size());
+    for (const int sense : senses) {
+        mirrors.push_back(sense < 0);
     }
     return mirrors;
 }
