@@ -69,14 +69,16 @@ SharedOwners::SharedOwners(const VxbFile& file)
 namespace {
 
 /// 1 or -1 for a matrix that mirrors, 0 for one without depth.
-int senseOf(const std::array<std::int16_t, 9>& m) {
+int senseOf(const std::array<std::int16_t, 9>& matrix) {
+    std::array<double, 9> m{};
+    std::copy(matrix.begin(), matrix.end(), m.begin());
     // As exact as pictures are.
     constexpr double slight = 1e-5;
     const auto minor = [&](std::size_t a, std::size_t b) {
-        return double{m[3 + a]} * m[6 + b] - double{m[3 + b]} * m[6 + a];
+        return m[3 + a] * m[6 + b] - m[3 + b] * m[6 + a];
     };
     const auto length = [&](std::size_t column) {
-        return std::hypot(double{m[column]}, double{m[column + 3]}, double{m[column + 6]});
+        return std::hypot(m[column], m[column + 3], m[column + 6]);
     };
     const double volume = m[0] * minor(1, 2) - m[1] * minor(0, 2) + m[2] * minor(0, 1);
     const double least = slight * length(0) * length(1) * length(2);
