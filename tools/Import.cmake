@@ -39,6 +39,8 @@ if(MQF2VXB_BUILD_IMPORT)
         vxbtool/import/faces.cpp
         vxbtool/import/geometry.cpp
         vxbtool/import/gltf_document.cpp
+        vxbtool/import/gltf_materials.cpp
+        vxbtool/import/gltf_nodes.cpp
         vxbtool/import/guarded.cpp
         vxbtool/import/import.cpp
         vxbtool/import/import_model.cpp

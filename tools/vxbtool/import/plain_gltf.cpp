@@ -6,13 +6,14 @@
 #include <cstdint>
 #include <map>
 #include <optional>
-#include <set>
 #include <span>
 #include <utility>
 #include <vector>
 
 #include <fmt/core.h>
 
+#include "vxbtool/import/gltf_materials.h"
+#include "vxbtool/import/gltf_nodes.h"
 #include "vxbtool/import/linear_keys.h"
 #include "vxbtool/import/source.h"
 #include "vxbtool/shared/base64.h"
@@ -54,18 +55,18 @@ public:
             }
         }
         requireKnownExtensions(json_);
-        renewMaterials();
-        chooseTextureCoordinates();
-        namePictures();
-        nameNodes();
-        divideMeshes();
+        bool changed = renewMaterials(json_);
+        changed = chooseTextureCoordinates(json_) || changed;
+        changed = namePictures(json_) || changed;
+        changed = nameNodes(json_) || changed;
+        changed = divideMeshes(json_) || changed;
+        changed = completeMovingNodes(json_) || changed;
         requireFewElements();
         for (GltfJson& animation : json_["animations"]) {
             if (motions_) {
                 evenOut(animation);
             }
         }
-        completeMovingNodes();
         for (const auto& [number, joints] : misreadAccessors()) {
             makePlain(json_["accessors"].at(number), joints);
         }
@@ -77,61 +78,10 @@ public:
                 {{"byteLength", bytes_.size()},
                  {"uri", "data:application/octet-stream;base64," + base64(bytes_)}});
         }
-        return changed_ || !bytes_.empty();
+        return changed || !bytes_.empty();
     }
 
 private:
-    void nameNodes() {
-        std::set<std::string> taken{"ROOT"};      // what Assimp calls a node above several roots
-        std::map<std::string, std::size_t> next;  // what to try next behind a name that is taken
-        GltfJson& nodes = json_["nodes"];
-        // Assimp's names end before a zero.
-        const auto nameOf = [](const GltfJson& node) -> std::string {
-            return node.contains("name") && node["name"].is_string()
-                       ? node["name"].get<std::string>().c_str()
-                       : "";
-        };
-        for (std::size_t n = 0; n < nodes.size(); ++n) {
-            if (nameOf(nodes[n]).empty()) {
-                taken.insert(fmt::format("nodes[{}]", n));  // as Assimp calls it
-            }
-        }
-        for (GltfJson& node : nodes) {
-            constexpr std::size_t longest = 256;
-            const std::string given = nameOf(node);
-            const std::string base = given.substr(0, longest);
-            if (base.empty()) {
-                continue;
-            }
-            std::string name = base;
-            for (std::size_t& number = next.try_emplace(base, 2).first->second;
-                 !taken.insert(name).second; ++number) {
-                name = fmt::format("{} ({})", base, number);
-            }
-            if (name != given) {
-                node["name"] = name;
-                changed_ = true;
-            }
-        }
-    }
-
-    /// A mesh with what is drawn of it.
-    static GltfJson withoutExtras(const GltfJson& mesh) {
-        GltfJson result{{"primitives", GltfJson::array()}};
-        if (mesh.contains("name")) {
-            result["name"] = mesh.at("name");
-        }
-        for (const GltfJson& primitive : arrayOf(mesh, "primitives")) {
-            GltfJson& copy = result["primitives"].emplace_back(GltfJson::object());
-            for (const auto& [name, value] : primitive.items()) {
-                if (name != "extras" && name != "targets") {
-                    copy[name] = value;
-                }
-            }
-        }
-        return result;
-    }
-
     /// Refuses primitives that name the same vertices and corners over and over, which Assimp reads anew
     /// each time.
     void requireFewElements() const {
@@ -160,110 +110,6 @@ private:
                     if (target.contains("POSITION")) {
                         add(target.at("POSITION"));
                     }
-                }
-            }
-        }
-    }
-
-    void divideMeshes() {
-        constexpr std::size_t mostPrimitives = 65536;
-        constexpr auto noSkin = static_cast<std::size_t>(-1);
-        std::map<std::size_t, std::map<std::size_t, std::size_t>> meshes;  // by mesh and skin
-        std::size_t primitives = 0;
-        for (GltfJson& node : json_["nodes"]) {
-            if (!node.contains("mesh")) {
-                continue;
-            }
-            const std::size_t mesh = numberOf(node, "mesh");
-            auto& ofSkins = meshes[mesh];
-            const bool isFirst = ofSkins.empty();
-            const auto [place, isNew] = ofSkins.try_emplace(numberOf(node, "skin", noSkin), mesh);
-            if (isNew && !isFirst) {
-                primitives += arrayOf(json_["meshes"].at(mesh), "primitives").size();
-                if (primitives > mostPrimitives) {
-                    throw ImportFault("the glTF file draws its meshes with too many skins");
-                }
-                GltfJson copy = withoutExtras(json_["meshes"].at(mesh));
-                place->second = json_["meshes"].size();
-                json_["meshes"].push_back(std::move(copy));
-            }
-            if (place->second != mesh) {
-                node["mesh"] = place->second;
-                changed_ = true;
-            }
-        }
-    }
-
-    /// Gives materials of an older kind what stands for it.
-    void renewMaterials() {
-        constexpr const char* old = "KHR_materials_pbrSpecularGlossiness";
-        for (GltfJson& material : json_["materials"]) {
-            if (!material.contains("extensions") || !material["extensions"].contains(old)) {
-                continue;
-            }
-            const GltfJson& before = material["extensions"][old];
-            GltfJson made{{"metallicFactor", 0}};
-            if (before.contains("diffuseFactor")) {
-                made["baseColorFactor"] = before.at("diffuseFactor");
-            }
-            if (before.contains("diffuseTexture")) {
-                made["baseColorTexture"] = before.at("diffuseTexture");
-            }
-            material["pbrMetallicRoughness"] = std::move(made);
-            material["extensions"].erase(old);
-            changed_ = true;
-        }
-    }
-
-    /// Takes the set of texture coordinates that a texture's transform names instead of the texture's own.
-    void chooseTextureCoordinates() {
-        const GltfJson::json_pointer own("/extensions/KHR_texture_transform/texCoord");
-        const GltfJson::json_pointer name("/pbrMetallicRoughness/baseColorTexture");
-        for (GltfJson& material : json_["materials"]) {
-            if (material.contains(name) && material[name].contains(own)) {
-                material[name]["texCoord"] = numberOf(material[name][own]);
-                changed_ = true;
-            }
-        }
-    }
-
-    /// Names the pictures that extensions name, so that they are missed when nobody can read them.
-    void namePictures() {
-        for (GltfJson& texture : json_["textures"]) {
-            if (texture.contains("source") || !texture.contains("extensions")) {
-                continue;
-            }
-            for (const GltfJson& extension : texture["extensions"]) {
-                if (extension.contains("source")) {
-                    texture["source"] = numberOf(extension, "source");
-                    changed_ = true;
-                    break;
-                }
-            }
-        }
-    }
-
-    /// Writes down what a node that moves has by default. Assimp would take it from the node's matrix
-    /// instead, and one that mirrors, or has no size, has several scales and rotations.
-    void completeNode(GltfJson& node) {
-        if (node.contains("matrix")) {
-            return;
-        }
-        const std::array<std::pair<const char*, GltfJson>, 3> defaults{
-            {{"translation", {0, 0, 0}}, {"rotation", {0, 0, 0, 1}}, {"scale", {1, 1, 1}}}};
-        for (const auto& [name, value] : defaults) {
-            if (!node.contains(name)) {
-                node[name] = value;
-                changed_ = true;
-            }
-        }
-    }
-
-    void completeMovingNodes() {
-        for (const GltfJson& animation : json_["animations"]) {
-            for (const GltfJson& channel : arrayOf(animation, "channels")) {
-                if (channel.at("target").contains("node")) {
-                    completeNode(json_["nodes"].at(numberOf(channel.at("target"), "node")));
                 }
             }
         }
@@ -388,7 +234,6 @@ private:
     GltfJson& json_;
     GltfAccessors accessors_;
     bool motions_;
-    bool changed_ = false;
     std::size_t keyValues_ = 0;  // of all keys that became even
     std::string bytes_;          // of the new buffer
 };
