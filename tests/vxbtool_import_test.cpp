@@ -472,7 +472,7 @@ TEST(Import, StripsHoldEachTriangleOnceAndGoOnFromTheLastTwoCorners) {
             }
             const auto isNew = [&](std::uint32_t v) { return v != last[0] && v != last[1]; };
             ASSERT_EQ(std::ranges::count_if(corners, isNew), 1);
-            std::ranges::rotate(corners, std::ranges::find_if(corners, isNew));
+            std::rotate(corners.begin(), std::ranges::find_if(corners, isNew), corners.end());
             EXPECT_EQ(corners[1], last[i % 2]) << "every other triangle runs the other way";
             last = {last[1], corners[0]};
         }

@@ -104,6 +104,7 @@ void readParent(Reading& r, Coordinate& coordinate) {
         return;
     }
     coordinate.parent = index;
+    coordinate.namedParent = index;
 }
 
 /// Makes every coordinate that is its own ancestor a root, so that walks up the tree end.

@@ -117,6 +117,8 @@ struct Coordinate {
     std::array<std::int32_t, 3> translation{};
     std::array<std::int16_t, 3> extra{};
     std::optional<std::uint32_t> parent;  ///< nothing for a root
+    /// The same as the file names it; where parents go round in a ring, `parent` makes one a root.
+    std::optional<std::uint32_t> namedParent;
     /// The first primitive header of the coordinate's block, an index of the headers.
     std::optional<std::uint32_t> header;
 };

@@ -43,10 +43,10 @@ void compareCoordinates(const VxbFile& before, const VxbFile& after, Changes& ch
         compare(ChangeKind::coordinateTranslation, "translation", one.translation,
                 other.translation);
         compare(ChangeKind::coordinateAngles, "angles at rest", one.extra, other.extra);
-        if (one.parent != other.parent) {
-            changes.add(
-                ChangeKind::coordinateParent, place,
-                fmt::format("parent {} -> {}", parentName(one.parent), parentName(other.parent)));
+        if (one.namedParent != other.namedParent) {
+            changes.add(ChangeKind::coordinateParent, place,
+                        fmt::format("parent {} -> {}", parentName(one.namedParent),
+                                    parentName(other.namedParent)));
         }
         if (hasObjects(before, i) != hasObjects(after, i)) {
             changes.add(ChangeKind::coordinateObjects, place,

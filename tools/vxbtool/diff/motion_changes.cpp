@@ -54,17 +54,19 @@ public:
     }
     /// The words of the key frame that a control word names.
     [[nodiscard]] std::span<const std::uint32_t> keyFrame(const ControlWord& control) const {
+        // Frames of several types may begin in one place, or inside each other. How many words one of
+        // the first type has depends on what follows it.
         const auto found = wordsAt_.find(control.target);
-        std::size_t words = found != wordsAt_.end() ? found->second : 0;
-        // One that begins inside another has the words of its type, as far as there are any.
         const KeyFrameForm* form = keyFrameForm(animation_, control.typeIndex);
-        if (words == 0 && control.target < animation_.keyFrameWords) {
-            const std::size_t room = animation_.keyFrameWords - control.target;
-            words = std::min(room, form != nullptr ? form->words() : std::size_t{1});
+        std::size_t words = form != nullptr ? form->words() : 1;
+        if (control.typeIndex == 0 && found != wordsAt_.end()) {
+            words = found->second;
         }
-        return words == 0 ? std::span<const std::uint32_t>()
-                          : std::span(file_.words)
-                                .subspan(animation_.keyFrameOffset + control.target, words);
+        if (control.target >= animation_.keyFrameWords) {
+            return {};
+        }
+        words = std::min<std::size_t>(words, animation_.keyFrameWords - control.target);
+        return std::span(file_.words).subspan(animation_.keyFrameOffset + control.target, words);
     }
     [[nodiscard]] PrimitiveTypeCode type(const ControlWord& control) const {
         return control.typeIndex < animation_.types.size() ? animation_.types[control.typeIndex]

@@ -201,7 +201,8 @@ Part partOf(const aiScene& scene, unsigned mesh, std::uint32_t coordinate,
     part.material = part.mesh->mMaterialIndex;
     const SurfaceMaterial& material = materials.materials[part.material];
     part.textured = material.texture && part.mesh->mTextureCoords[material.texture->set] != nullptr;
-    part.coloured = isColoured(*part.mesh);
+    part.coloured =
+        isColoured(*part.mesh) || (material.assumed && part.mesh->mColors[0] != nullptr);
     dropped.textureSets += others(part.mesh->GetNumUVChannels(), part.textured);
     dropped.colourSets += others(part.mesh->GetNumColorChannels(), true);
     dropped.morphTargets += part.mesh->mNumAnimMeshes;

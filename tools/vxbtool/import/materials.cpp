@@ -122,9 +122,11 @@ SurfaceMaterial readMaterial(const aiMaterial& source, bool gltf, bool unlit) {
     aiString name;
     source.Get(AI_MATKEY_NAME, name);
     material.name = name.C_Str();
-    material.assumed = material.name == AI_DEFAULT_MATERIAL_NAME;
     material.texture = textureOf(source, gltf);
     readColour(source, gltf, material);
+    constexpr float grey = 0.6F;  // of the material that Assimp makes
+    material.assumed = !gltf && material.name == AI_DEFAULT_MATERIAL_NAME &&
+                       material.colour == std::array{grey, grey, grey};
     readTransparency(source, gltf, material);
     int shading = 0;
     material.unlit = unlit || (source.Get(AI_MATKEY_SHADING_MODEL, shading) == aiReturn_SUCCESS &&

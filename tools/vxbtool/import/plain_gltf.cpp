@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <span>
 #include <utility>
 #include <vector>
@@ -86,32 +87,40 @@ private:
     /// each time.
     void requireFewElements() const {
         constexpr std::size_t perByte = 4;
-        std::size_t most = std::size_t{1} << 20U;
-        for (const GltfJson& buffer : json_.at("buffers")) {
-            most += perByte * std::min(numberOf(buffer, "byteLength"), std::size_t{largestSource});
-        }
+        constexpr std::size_t least = std::size_t{1} << 20U;
         std::size_t elements = 0;
-        const auto add = [&](const GltfJson& accessor) {
-            elements +=
-                std::min(numberOf(json_.at("accessors").at(numberOf(accessor)), "count"), most);
-            if (elements > most) {
-                throw ImportFault("the meshes of the glTF file name the same vertices too often");
+        std::set<std::size_t> buffers;  // that Assimp has to read for them
+        const auto add = [&](const GltfJson& number) {
+            const GltfJson& accessor = json_.at("accessors").at(numberOf(number));
+            if (accessor.contains("bufferView")) {
+                buffers.insert(numberOf(
+                    json_.at("bufferViews").at(numberOf(accessor, "bufferView")), "buffer"));
             }
+            const std::size_t count = numberOf(accessor, "count");
+            elements += std::min(count, std::size_t{largestSource});
+            return count;
         };
         for (const GltfJson& mesh : json_.at("meshes")) {
             for (const GltfJson& primitive : arrayOf(mesh, "primitives")) {
-                if (primitive.at("attributes").contains("POSITION")) {
-                    add(primitive.at("attributes").at("POSITION"));
+                std::size_t vertices = 0;
+                for (const GltfJson& accessor : primitive.at("attributes")) {
+                    vertices = std::max(vertices, add(accessor));
                 }
                 if (primitive.contains("indices")) {
                     add(primitive.at("indices"));
                 }
-                for (const GltfJson& target : arrayOf(primitive, "targets")) {
-                    if (target.contains("POSITION")) {
-                        add(target.at("POSITION"));
-                    }
-                }
+                // Each has all vertices, whatever it changes of them.
+                elements += arrayOf(primitive, "targets").size() *
+                            std::min(vertices, std::size_t{largestSource});
             }
+        }
+        std::size_t most = least;
+        for (const std::size_t number : buffers) {
+            most += perByte * std::min(numberOf(json_.at("buffers").at(number), "byteLength"),
+                                       std::size_t{largestSource});
+        }
+        if (elements > most) {
+            throw ImportFault("the meshes of the glTF file name the same vertices too often");
         }
     }
 
@@ -152,6 +161,7 @@ private:
         const std::vector<float> floats = accessors_.floats(accessor);
         if (joints) {
             std::vector<std::uint16_t> numbers;
+            numbers.reserve(floats.size());
             for (const float number : floats) {
                 numbers.push_back(static_cast<std::uint16_t>(number));
             }

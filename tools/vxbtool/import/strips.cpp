@@ -12,7 +12,7 @@ using Triangle = std::array<std::uint32_t, 3>;
 
 /// The triangle from its least vertex on, the way that it runs.
 Triangle fromLeast(Triangle triangle) {
-    std::ranges::rotate(triangle, std::ranges::min_element(triangle));
+    std::rotate(triangle.begin(), std::ranges::min_element(triangle), triangle.end());
     return triangle;
 }
 

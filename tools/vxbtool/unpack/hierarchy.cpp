@@ -105,9 +105,9 @@ model_text::Hierarchy unpackHierarchy(const VxbFile& file, const Owners& owners)
         std::copy(coordinate.matrix.begin(), coordinate.matrix.end(), added.matrix.begin());
         added.translation = coordinate.translation;
         std::copy(coordinate.extra.begin(), coordinate.extra.end(), added.extra.begin());
-        added.parent = coordinate.parent.value_or(static_cast<std::uint32_t>(c));
+        added.parent = coordinate.namedParent.value_or(static_cast<std::uint32_t>(c));
         hierarchy.coordinates.push_back(added);
-        hierarchy.coordinateNotes.push_back({c, coordinate.parent
+        hierarchy.coordinateNotes.push_back({c, coordinate.namedParent
                                                     ? fmt::format("coordinate {}", c)
                                                     : fmt::format("coordinate {}, a root", c)});
     }
