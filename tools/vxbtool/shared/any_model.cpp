@@ -13,6 +13,7 @@
 #include "vxbtool/shared/in_memory.h"
 #include "vxbtool/shared/model_files.h"
 #include "vxbtool/shared/scale_option.h"
+#include "vxbtool/shared/standard_streams.h"
 #include "vxbtool/shared/vxb_input.h"
 
 namespace vxbtool {
@@ -32,7 +33,7 @@ bool isModelFile(const std::string& name) {
 AnyModel readAnyModel(const std::string& name, const AnyModelOptions& options) {
     if (!isModelFile(name)) {
         try {
-            return {readVxbFile(name), {name}};
+            return {readVxbFile(name), {inputPath(name)}};
         } catch (const UnreadableFile& error) {
             throw NoModel(fmt::format("{}: the file cannot be read: {}", name, error.what()));
         }
