@@ -44,7 +44,7 @@ public:
         std::string extension = fs::path(model_).extension().string();
         std::ranges::transform(extension, extension.begin(),
                                [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-        isGltf_ = extension == ".gltf" || extension == ".glb" || extension == ".vrm";
+        isGltf_ = extension == ".gltf" || extension == ".glb" || extension == ".vrm" || isJson();
     }
 
     /// Changes the model's file if Assimp would misread it.
@@ -101,6 +101,15 @@ public:
     [[nodiscard]] bool tooLarge() const { return tooLarge_; }
 
 private:
+    /// Whether the model begins as text files of glTF do, whatever its name.
+    [[nodiscard]] bool isJson() const {
+        std::ifstream stream(model_, std::ios::binary);
+        char first = 0;
+        while (Exists(model_.c_str()) && stream.get(first) &&
+               std::isspace(static_cast<unsigned char>(first)) != 0) {}
+        return stream && first == '{';
+    }
+
     [[nodiscard]] std::optional<std::string> bytesOf(const fs::path& file) {
         std::error_code error;
         const std::uintmax_t size = fs::file_size(file, error);

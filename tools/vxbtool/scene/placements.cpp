@@ -128,7 +128,7 @@ Vector3 cross(const Vector3& a, const Vector3& b) {
 
 bool mirrors(const Matrix& m) {
     // What rounding makes of a matrix without depth mirrors nothing.
-    constexpr float slight = 1e-5F;
+    constexpr float slight = 1e-6F;
     const Vector3 x = column(m, 0);
     const Vector3 across = cross(column(m, 1), column(m, 2));
     const float area = std::sqrt(dot(column(m, 1), column(m, 1)) * dot(column(m, 2), column(m, 2)));

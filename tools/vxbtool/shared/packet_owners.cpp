@@ -73,7 +73,7 @@ int senseOf(const std::array<std::int16_t, 9>& matrix) {
     std::array<double, 9> m{};
     std::copy(matrix.begin(), matrix.end(), m.begin());
     // As exact as pictures are.
-    constexpr double slight = 1e-5;
+    constexpr double slight = 1e-6;
     const auto minor = [&](std::size_t a, std::size_t b) {
         return m[3 + a] * m[6 + b] - m[3 + b] * m[6 + a];
     };
