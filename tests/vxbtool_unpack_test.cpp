@@ -155,7 +155,13 @@ TEST(Unpack, MotionsThatGoRoundStayWhole) {
     model.srf = "1;0 1 F C 1 2 3";
     model.frm = "=NULL;1;4096 0 0 0 4096 0 0 0 4096 0 0 0 0 0 0 0;0 3 0-2";
     model.clp = {motion("1 2 3", "100 0 0"), motion("4 5 6", "700 0 0"), motion("7 8 9", "9 9 9")};
-    expectToComeBack(convertFiles(model).outputs.at("m.vxb"), "motions");
+    expectToComeBack(convertFiles(model).outputs.at("m.vxb"), "from the first step");
+    for (std::string& text : model.clp) {  // and with a step that is shown once
+        text.replace(text.find("a;SEQ 10 ps0r0t1 0;"), 19, "a;SEQ 10 ps0r0t1 0;b;");
+        text.replace(text.find("GOTO a"), 6, "SEQ 10 ps0r0t1 1;GOTO b");
+        text.replace(text.find(";TYPE ps0r1t0"), 1, ";5 5 5;");
+    }
+    expectToComeBack(convertFiles(model).outputs.at("m.vxb"), "from a later step");
 }
 
 TEST(Unpack, FilesThatNoConverterWroteAreUnpackedAsFarAsTheyGo) {

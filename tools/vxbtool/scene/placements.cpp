@@ -126,13 +126,17 @@ Vector3 cross(const Vector3& a, const Vector3& b) {
     return {a[1] * b[2] - a[2] * b[1], a[2] * b[0] - a[0] * b[2], a[0] * b[1] - a[1] * b[0]};
 }
 
-bool mirrors(const Matrix& m) {
+bool mirrors(const Matrix& matrix) {
     // What rounding makes of a matrix without depth mirrors nothing.
-    constexpr float slight = 1e-6F;
-    const Vector3 x = column(m, 0);
-    const Vector3 across = cross(column(m, 1), column(m, 2));
-    const float area = std::sqrt(dot(column(m, 1), column(m, 1)) * dot(column(m, 2), column(m, 2)));
-    return dot(x, across) < -slight * std::sqrt(dot(x, x)) * area;
+    constexpr double slight = 1e-6;
+    std::array<double, 9> m{};
+    std::copy(matrix.begin(), matrix.end(), m.begin());
+    const auto minor = [&](std::size_t a, std::size_t b) {
+        return m[3 + a] * m[6 + b] - m[3 + b] * m[6 + a];
+    };
+    const auto length = [&](std::size_t i) { return std::hypot(m[i], m[i + 3], m[i + 6]); };
+    const double volume = m[0] * minor(1, 2) - m[1] * minor(0, 2) + m[2] * minor(0, 1);
+    return volume < -slight * length(0) * length(1) * length(2);
 }
 
 Vector3 transformedNormal(const Matrix& m, const Vector3& normal) {

@@ -117,8 +117,9 @@ private:
         return next != places.end() ? *next : number_ + 1;
     }
 
-    static constexpr int outsideFirst = 4;  // the range of a jump to the first step
-    static constexpr int behindEnd = 2;
+    static constexpr int outsideFirst = 8;  // the range of a jump to the first step
+    static constexpr int behindEnd = 4;
+    static constexpr int behindJump = 2;  // which goes round
     static constexpr int keyFramesRise = 1;
     static constexpr int whole = outsideFirst + behindEnd + keyFramesRise;
 
@@ -149,7 +150,10 @@ private:
 
     void markEnds() {
         for (std::uint32_t s = 0; s < number_; ++s) {
-            quality_[s + 1] += step(s).kind == ControlKind::end ? behindEnd : 0;
+            const ControlKind kind = step(s).kind;
+            quality_[s + 1] += kind == ControlKind::end    ? behindEnd
+                               : kind == ControlKind::jump ? behindJump
+                                                           : 0;
         }
     }
 
