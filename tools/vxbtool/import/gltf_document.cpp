@@ -122,16 +122,32 @@ std::string inUtf8(std::string_view text) {
     return result;
 }
 
+/// Refuses nesting that goes deeper than what writes the document again can follow.
+void requireShallow(std::string_view text) {
+    constexpr std::size_t deepest = 256;
+    std::size_t depth = 0;
+    bool inText = false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if (inText) {
+            i += c == '\\' ? 1 : 0;
+            inText = c != '"';
+        } else if (c == '"') {
+            inText = true;
+        } else if (c == '{' || c == '[') {
+            if (++depth > deepest) {
+                throw ImportFault("the JSON of the glTF file nests too deep");
+            }
+        } else if ((c == '}' || c == ']') && depth > 0) {
+            --depth;
+        }
+    }
+}
+
 GltfJson parsed(std::string_view text) {
+    requireShallow(text);
     try {
-        return GltfJson::parse(
-            inUtf8(text), [](int depth, GltfJson::parse_event_t, const GltfJson&) {
-                constexpr int deepest = 256;
-                if (depth > deepest) {
-                    throw ImportFault("the JSON of the glTF file nests too deep");
-                }
-                return true;
-            });
+        return GltfJson::parse(inUtf8(text));
     } catch (const GltfJson::exception& fault) {
         const std::string_view what = fault.what();
         throw ImportFault(fmt::format("the JSON of the glTF file cannot be read: {}",

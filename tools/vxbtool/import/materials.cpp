@@ -13,12 +13,6 @@ namespace vxbtool::importing {
 namespace {
 
 /// Whether the scene's numbers are those of glTF, whose colours are amounts of light.
-bool isGltf(const aiScene& scene) {
-    aiString format;
-    return scene.mMetaData != nullptr && scene.mMetaData->Get(AI_METADATA_SOURCE_FORMAT, format) &&
-           std::string_view(format.C_Str()).find("glTF2") != std::string_view::npos;
-}
-
 Wrap wrapOf(aiTextureMapMode mode) {
     switch (mode) {
     case aiTextureMapMode_Clamp:
@@ -124,9 +118,10 @@ SurfaceMaterial readMaterial(const aiMaterial& source, bool gltf, bool unlit) {
     material.name = name.C_Str();
     material.texture = textureOf(source, gltf);
     readColour(source, gltf, material);
-    constexpr float grey = 0.6F;  // of the material that Assimp makes
-    material.assumed = !gltf && material.name == AI_DEFAULT_MATERIAL_NAME &&
-                       material.colour == std::array{grey, grey, grey};
+    // What Assimp makes for meshes without a material: one for X files, another for most formats.
+    const auto isGrey = [&](float grey) { return material.colour == std::array{grey, grey, grey}; };
+    material.assumed = !gltf && ((material.name == AI_DEFAULT_MATERIAL_NAME && isGrey(0.6F)) ||
+                                 (material.name.empty() && isGrey(0.5F)));
     readTransparency(source, gltf, material);
     int shading = 0;
     material.unlit = unlit || (source.Get(AI_MATKEY_SHADING_MODEL, shading) == aiReturn_SUCCESS &&
@@ -138,6 +133,12 @@ SurfaceMaterial readMaterial(const aiMaterial& source, bool gltf, bool unlit) {
 }
 
 }  // namespace
+
+bool isGltf(const aiScene& scene) {
+    aiString format;
+    return scene.mMetaData != nullptr && scene.mMetaData->Get(AI_METADATA_SOURCE_FORMAT, format) &&
+           std::string_view(format.C_Str()).find("glTF2") != std::string_view::npos;
+}
 
 float screenColour(float light) {
     constexpr float dark = 0.0031308F;

@@ -12,6 +12,7 @@
 
 #include "base/diagnostics.h"
 #include "files/disk_files.h"
+#include "vxbtool/import/materials.h"
 #include "vxbtool/import/unescaped.h"
 
 namespace vxbtool::importing {
@@ -64,8 +65,10 @@ PictureSource::PictureSource(const aiScene& scene, const std::string& modelFile)
     : scene_(scene), folder_(fs::path(modelFile).parent_path()) {}
 
 std::string PictureSource::find(const std::string& name) {
+    // Those of glTF have no other name than their number; Assimp also compares what files are called.
+    const bool mayBeEmbedded = !isGltf(scene_) || name.starts_with(embeddedSign);
     const auto [texture, index] = scene_.GetEmbeddedTextureAndIndex(name.c_str());
-    if (texture != nullptr) {
+    if (mayBeEmbedded && texture != nullptr) {
         return embeddedSign + std::to_string(index);
     }
     const std::optional<fs::path> path = findFile(name);

@@ -114,6 +114,16 @@ private:
                             std::min(vertices, std::size_t{largestSource});
             }
         }
+        // Each primitive has all joints of its skin.
+        constexpr std::size_t ofJoint = 16;
+        for (const GltfJson& node : json_.at("nodes")) {
+            if (node.contains("mesh") && node.contains("skin")) {
+                const GltfJson& mesh = json_.at("meshes").at(numberOf(node, "mesh"));
+                const GltfJson& skin = json_.at("skins").at(numberOf(node, "skin"));
+                elements +=
+                    ofJoint * arrayOf(mesh, "primitives").size() * arrayOf(skin, "joints").size();
+            }
+        }
         std::size_t most = least;
         for (const std::size_t number : buffers) {
             most += perByte * std::min(numberOf(json_.at("buffers").at(number), "byteLength"),

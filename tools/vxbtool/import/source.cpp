@@ -30,8 +30,8 @@ namespace fs = std::filesystem;
 
 constexpr const char* tooMuchMemory = "reading it takes more memory than it may";
 
-ImportFault tooLargeFault() {
-    return ImportFault(
+[[noreturn]] void failAsTooLarge() {
+    throw ImportFault(
         fmt::format("it and the files that it names have more than {} MiB", largestSource >> 20U));
 }
 
@@ -118,7 +118,7 @@ private:
         }
         changedBytes_ += size;
         if (changedBytes_ > largestSource) {
-            throw tooLargeFault();
+            failAsTooLarge();
         }
         if (options_.opening) {
             options_.opening(file, size);
@@ -247,7 +247,7 @@ Source Source::load(const std::string& file, const SourceOptions& options) {
         throw ImportFault(fault.what());
     }
     if (files->tooLarge()) {
-        throw tooLargeFault();
+        failAsTooLarge();
     }
     if (source.scene_ == nullptr) {
         const std::string cause = importer.GetErrorString();
