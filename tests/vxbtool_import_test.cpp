@@ -14,11 +14,9 @@
 #include "vxb/vxb_reader.h"
 #include "vxbtool/import/guarded.h"
 #include "vxbtool/import/import_model.h"
-#include "vxbtool/import/materials.h"
 #include "vxbtool/import/strips.h"
 #include "vxbtool/lint/lint_model.h"
 #include "vxbtool/model_text/model_files_writer.h"
-#include "vxbtool/scene/placements.h"
 #include "vxbtool/shared/in_memory.h"
 
 namespace vxbtool::importing {
@@ -243,99 +241,6 @@ TEST(Import, RandomScenesStayWhereTheyAreAndAreSound) {
             EXPECT_LE(nearest, most) << what;
         }
     }
-}
-
-/// A triangle between a joint that mirrors and one that does not, cut where its texture repeats; that
-/// texture is turned.
-TEST(Import, PiecesOverAMirrorLookTheSameWayAndATurnedTextureIsTurned) {
-    const TestFolder folder;
-    ASSERT_EQ(runIn(folder, "cp " MQF2VXB_TEST_DATA "/import/brick.png .").status, 0);
-    const std::vector<float> numbers{
-        0,  0, 0,  2, 0, 0,  0, 2, 0,                       // places
-        0,  0, 40, 0, 0, 40,                                // texture coordinates
-        1,  0, 0,  0, 1, 0,  0, 0, 1, 0, 0, 0,              // weights
-        -1, 0, 0,  0, 0, 1,  0, 0, 0, 0, 1, 0, 0, 0, 0, 1,  // inverse matrices
-        1,  0, 0,  0, 0, 1,  0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
-    std::string bytes(reinterpret_cast<const char*>(numbers.data()),
-                      numbers.size() * sizeof(float));
-    for (std::size_t j = 0; j < 12; ++j) {
-        bytes.push_back(j == 4 || j == 8 ? 1 : 0);
-    }
-    folder.write("m.bin", bytes);
-    json document{
-        {"asset", {{"version", "2.0"}}},
-        {"scene", 0},
-        {"scenes", {{{"nodes", {0, 1, 2}}}}},
-        {"nodes",
-         {{{"name", "a"}, {"scale", {-1, 1, 1}}}, {{"name", "b"}}, {{"mesh", 0}, {"skin", 0}}}},
-        {"skins", {{{"joints", {0, 1}}, {"inverseBindMatrices", 4}}}},
-        {"images", {{{"uri", "brick.png"}}}},
-        {"textures", {{{"source", 0}}}},
-        {"extensionsUsed", {"KHR_texture_transform"}},
-        {"buffers", {{{"uri", "m.bin"}, {"byteLength", bytes.size()}}}}};
-    const double turn = 0.5;
-    document["materials"] = {
-        {{"pbrMetallicRoughness",
-          {{"baseColorTexture",
-            {{"index", 0},
-             {"extensions",
-              {{"KHR_texture_transform",
-                {{"rotation", turn}, {"scale", {1.5, 0.8}}, {"offset", {0.1, 0.2}}}}}}}}}}}};
-    document["meshes"] = {
-        {{"primitives",
-          {{{"attributes", {{"POSITION", 0}, {"TEXCOORD_0", 1}, {"JOINTS_0", 2}, {"WEIGHTS_0", 3}}},
-            {"material", 0}}}}}};
-    const auto accessor = [&](std::size_t from, int component, std::size_t count, const char* type,
-                              std::size_t size) {
-        json& views = document["bufferViews"];
-        views.push_back({{"buffer", 0}, {"byteOffset", from}, {"byteLength", size}});
-        document["accessors"].push_back({{"bufferView", views.size() - 1},
-                                         {"componentType", component},
-                                         {"count", count},
-                                         {"type", type}});
-    };
-    constexpr int floats = 5126;
-    accessor(0, floats, 3, "VEC3", 36);
-    accessor(36, floats, 3, "VEC2", 24);
-    accessor(numbers.size() * sizeof(float), 5121, 3, "VEC4", 12);
-    accessor(60, floats, 3, "VEC4", 48);
-    accessor(108, floats, 2, "MAT4", 128);
-    folder.write("m.gltf", document.dump());
-    const std::string file = (folder.path() / "m.gltf").string();
-    const Source source = Source::load(file, {});
-
-    const auto m = readMaterials(source.scene(), false).materials.at(0).texture->transform;
-    const double s = std::sin(turn);
-    const double c = std::cos(turn);
-    EXPECT_THAT(m, testing::Pointwise(testing::FloatNear(1e-5F),
-                                      {1.5 * c, 0.8 * s, 0.1, -1.5 * s, 0.8 * c, 0.2}));
-
-    ImportOptions options;
-    options.scale = 1000;
-    const ImportedModel model = importModel(source, file, options, [](auto) {});
-    MemoryFiles files;
-    model_text::writeModelFiles(model.text, "", "m", files);
-    const scene::Scene made =
-        scene::makeScene(mqf2vxb::readVxb(convertInMemory("m.mqf", {}, files)));
-    const std::vector<scene::Placement> at = scene::placements(made);
-    double area = 0;
-    for (const scene::Polygon& polygon : made.polygons) {
-        std::array<scene::Vector3, 4> places{};
-        for (std::size_t i = 0; i < polygon.cornerNum; ++i) {
-            const scene::Corner& corner = made.corners.at(polygon.firstCorner + i);
-            places.at(i) = scene::transformed(at.at(corner.coordinate), corner.place);
-        }
-        for (std::size_t i = 0; i + 2 < polygon.cornerNum; ++i) {
-            // Clockwise, and every other triangle of a strip the other way.
-            const float front = scene::cross(scene::minus(places.at(i + 2), places.at(i)),
-                                             scene::minus(places.at(i + 1), places.at(i)))[2] *
-                                (i == 0 ? 1.0F : -1.0F);
-            EXPECT_GT(front, 0) << polygon.offset;
-            area += front / 2;
-        }
-    }
-    EXPECT_GT(made.polygons.size(), 3U);
-    EXPECT_NEAR(area, 2e6, 1e4);
 }
 
 TEST(Import, AWidePictureIsShrunkWithinItsEdges) {

@@ -2,47 +2,24 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstring>
-#include <fstream>
 #include <random>
 #include <set>
 
-#include "support/memory_files.h"
+#include "support/pictures.h"
 #include "support/test_folder.h"
 #include "vxb/vxb_reader.h"
 #include "vxbtool/pictures/placing.h"
-#include "vxbtool/pictures/texel_budget.h"
 #include "vxbtool/shared/in_memory.h"
 
 namespace vxbtool::pictures {
 namespace {
 
+using mqf2vxb::tests::pictureFile;
+using mqf2vxb::tests::plainPicture;
+using mqf2vxb::tests::smallPicture;
 using mqf2vxb::tests::TestFolder;
 using testing::ElementsAre;
 using testing::HasSubstr;
-
-std::string dataFile(const std::string& name) {
-    std::ifstream file(MQF2VXB_TEST_DATA "/pictures/" + name, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-/// What the files small.* hold: red rises with x, green with y.
-Picture smallPicture(bool withHole) {
-    Picture picture{8, 4, {}};
-    for (unsigned y = 0; y < 4; ++y) {
-        for (unsigned x = 0; x < 8; ++x) {
-            const bool hole = withHole && x == 7;
-            picture.texels.push_back({static_cast<std::uint8_t>(32 * x),
-                                      static_cast<std::uint8_t>(64 * y), 16,
-                                      static_cast<std::uint8_t>(hole ? 0 : 255)});
-        }
-    }
-    return picture;
-}
-
-Picture plain(std::uint32_t width, std::uint32_t height, const Rgba& colour) {
-    return {width, height, std::vector<Rgba>(std::size_t{width} * height, colour)};
-}
 
 /// Many colours, as a photograph has.
 Picture manyColours(std::uint32_t side) {
@@ -77,128 +54,6 @@ PlacedTexture placedAlone(const Picture& picture, const Reduction& reduction = {
     return place(std::vector<WantedTexture>{{picture, reduction, false}}, {}).textures.at(0);
 }
 
-TEST(Pictures, EveryFormatIsRead) {
-    for (const char* name : {"small.png", "small.tga", "small.bmp"}) {
-        EXPECT_EQ(readPicture(dataFile(name)), smallPicture(true)) << name;
-    }
-    for (const char* name : {"small.gif", "small.ppm"}) {
-        EXPECT_EQ(readPicture(dataFile(name)), smallPicture(false)) << name;
-    }
-    const Picture photo = readPicture(dataFile("small.jpg"));
-    EXPECT_EQ(photo.width, 8U);
-    EXPECT_EQ(photo.height, 4U);
-}
-
-/// Of 1, 8 and 16 bits; values beyond the greatest are the greatest.
-TEST(Pictures, GreyAndWidePnmFilesAreReadByTheirGreatestValue) {
-    const auto one = [](const std::string& bytes) { return readPicture(bytes).texels.at(0); };
-    EXPECT_EQ(one("P5 #1\n1 1\n1\n\x01"), (Rgba{255, 255, 255, 255}));
-    EXPECT_EQ(one(std::string("P6\n1 1 100\n\0\x32\xC8", 14)), (Rgba{0, 128, 255, 255}));
-    EXPECT_EQ(one("P6 1 1 1000\n\x01\xF4\x03\xE8\x03\xFF"), (Rgba{128, 255, 255, 255}));
-    for (const char* bad :
-         {"P5", "P5 1 1 0\n1", "P5 1 1 65536\n11", "P5 1 x 1\n1", "P5 1 1 256\n1"}) {
-        EXPECT_THROW(readPicture(bad), PictureFault) << bad;
-    }
-}
-
-TEST(Pictures, BmpFilesFromTheTopAndGifFramesBesideTheEdgeAreRead) {
-    std::string bmp = dataFile("small.bmp");
-    const std::uint32_t height = smallPicture(true).height;
-    const auto lines = -static_cast<std::int32_t>(height);
-    std::memcpy(&bmp[22], &lines, sizeof(lines));
-    const Picture picture = readPicture(bmp);
-    for (std::uint32_t i = 0; i < picture.texels.size(); ++i) {
-        const std::uint32_t line = height - 1 - i / picture.width;
-        EXPECT_EQ(picture.texels[i],
-                  smallPicture(true).texels[line * picture.width + i % picture.width]);
-    }
-    bmp[14] = 12;
-    EXPECT_THROW(readPicture(bmp), PictureFault);
-    // A frame of one red texel in the lower right corner of four.
-    const std::string gif("GIF89a\2\0\2\0\x80\1\0\xFF\0\0\0\xFF\0,\1\0\1\0\1\0\1\0\0\2\2\x44\1\0;",
-                          35);
-    EXPECT_EQ(readPicture(gif).texels,
-              (std::vector<Rgba>{{0, 0, 0, 0}, {0, 0, 0, 0}, {0, 0, 0, 0}, {255, 0, 0, 255}}));
-}
-
-TEST(Pictures, FilesOfFewBytesHaveABudgetOfTexelsTogether) {
-    mqf2vxb::tests::MemoryFileSystem files({{"small.png", dataFile("small.png")}});
-    TexelBudget budget;
-    budget.add(std::uint64_t{1} << 30U, 1000);
-    EXPECT_THROW(readPictureFile("small.png", files, budget), PictureFault);
-    budget.add(0, std::uint64_t{1} << 22U);
-    EXPECT_EQ(readPictureFile("small.png", files, budget), smallPicture(true));
-    TexelBudget own;
-    for (int i = 0; i < 1000; ++i) {
-        readPictureFile("small.png", files, own);
-    }
-    own.add((std::uint64_t{1} << 27U) + 1000 * (256 * files.inputs["small.png"].size() - 32), 0);
-    EXPECT_NO_THROW(own.require());
-    EXPECT_TRUE(own.takesVariant(1));
-    EXPECT_FALSE(own.takesVariant(1));
-    EXPECT_THROW(own.require(), PictureFault);
-}
-
-/// A file that is cut off is refused, unless only what nobody needs is missing.
-TEST(Pictures, NoCutOrDamagedFileIsTakenForWhole) {
-    for (const char* name :
-         {"small.png", "small.tga", "small.bmp", "small.gif", "small.ppm", "small.jpg"}) {
-        const std::string bytes = dataFile(name);
-        const Picture whole = readPicture(bytes);
-        std::size_t refused = 0;
-        for (std::size_t length = 0; length < bytes.size(); ++length) {
-            try {
-                EXPECT_EQ(readPicture(bytes.substr(0, length)), whole) << name << ' ' << length;
-            } catch (const PictureFault&) {
-                ++refused;
-            }
-        }
-        EXPECT_GE(refused + 12, bytes.size()) << name;
-        for (std::size_t i = 0; i < bytes.size(); ++i) {
-            for (const char patch : {'\x00', '\x7f', '\xff'}) {
-                std::string damaged = bytes;
-                damaged[i] = patch;
-                try {
-                    const Picture picture = readPicture(damaged);
-                    EXPECT_EQ(picture.texels.size(), std::size_t{picture.width} * picture.height);
-                } catch (const PictureFault&) {}
-            }
-        }
-    }
-}
-
-TEST(Pictures, JpegFilesHaveAScanOfEachColourAndNotTooMany) {
-    const std::string whole = dataFile("small.jpg");
-    const std::string before = whole.substr(0, whole.find("\xFF\xDA"));
-    const std::string after = "\xFF\xD9";
-    const auto refusal = [](const std::string& bytes) {
-        try {
-            readPicture(bytes);
-        } catch (const PictureFault& fault) {
-            return std::string(fault.what());
-        }
-        return std::string();
-    };
-    // Scans of one component, whose only block has the value 0 throughout.
-    const auto scan = [](char component, char tables, char block) {
-        return std::string("\xFF\xDA\0\x08\x01", 5) + component + tables +
-               std::string("\0\x3F\0", 3) + block;
-    };
-    const std::string light = scan(1, 0, '\x2B');
-    const std::string colours = scan(2, '\x11', '\x0F') + scan(3, '\x11', '\x0F');
-    EXPECT_EQ(readPicture(before + light + colours + after), plain(8, 4, {128, 128, 128, 255}));
-    EXPECT_EQ(refusal(before + light + after), "the picture lacks a scan of a colour");
-    std::string many = before;
-    for (int i = 0; i < 64; ++i) {
-        many += light;
-    }
-    EXPECT_EQ(refusal(many + colours + after), "the picture has more than 64 scans");
-    // More codes than a table has room for.
-    std::string full = whole;
-    full.replace(full.find("\xFF\xC4") + 5, 16, 16, '\xFF');
-    EXPECT_THAT(refusal(full), HasSubstr("bogus Huffman table definition"));
-}
-
 TEST(Pictures, ResizedInTheLightAndWithoutTheColourOfHoles) {
     Picture picture{2, 1, {{255, 255, 255, 255}, {0, 0, 0, 255}}};
     const Rgba grey = resized(picture, 1, 1, Edges::repeat).texels[0];
@@ -209,16 +64,16 @@ TEST(Pictures, ResizedInTheLightAndWithoutTheColourOfHoles) {
 }
 
 TEST(Pictures, GlassIsTranslucentButASoftEdgeIsNot) {
-    EXPECT_TRUE(isTranslucent(plain(4, 4, {9, 9, 9, 100})));
-    EXPECT_FALSE(isTranslucent(plain(4, 4, {9, 9, 9, 0})));
-    Picture leaf = plain(16, 16, {0, 200, 0, 255});
+    EXPECT_TRUE(isTranslucent(plainPicture(4, 4, {9, 9, 9, 100})));
+    EXPECT_FALSE(isTranslucent(plainPicture(4, 4, {9, 9, 9, 0})));
+    Picture leaf = plainPicture(16, 16, {0, 200, 0, 255});
     for (std::uint32_t i = 0; i < 16; ++i) {
         leaf.texels[i] = {0, 200, 0, 0};
         leaf.texels[16 + i][3] = 128;
     }
     EXPECT_FALSE(isTranslucent(leaf));
     EXPECT_TRUE(hasHoles(leaf));
-    EXPECT_FALSE(hasHoles(plain(4, 4, {9, 9, 9, 128})));
+    EXPECT_FALSE(hasHoles(plainPicture(4, 4, {9, 9, 9, 128})));
 }
 
 TEST(Pictures, FewColoursBecomeTheseWords) {
@@ -274,7 +129,7 @@ TEST(Pictures, AsManyColoursAsThePictureNeeds) {
     }
     // A table of 256 colours would cost more memory than it saves.
     EXPECT_EQ(placedAlone(manyColours(20)).depth, 16U);
-    EXPECT_LE(placedAlone(plain(64, 64, {7, 8, 9, 255})).depth, 4U);
+    EXPECT_LE(placedAlone(plainPicture(64, 64, {7, 8, 9, 255})).depth, 4U);
 }
 
 TEST(Pictures, HolesStayHolesAmongManyColours) {
@@ -348,7 +203,7 @@ TEST(Pictures, PlacesKeepTheRulesOfImageMemory) {
                                         Colours::direct};
             // No two are equal.
             const Rgba colour{static_cast<std::uint8_t>(i * 5), 200, 100, 255};
-            wanted.push_back({plain(side(), side(), colour),
+            wanted.push_back({plainPicture(side(), side(), colour),
                               {depths[random() % depths.size()], true, false},
                               random() % 3 == 0});
         }
@@ -373,8 +228,9 @@ TEST(Pictures, PlacesKeepTheRulesOfImageMemory) {
 TEST(Pictures, FullMemoryHalvesTheLargest) {
     std::vector<WantedTexture> wanted;
     for (std::uint8_t i = 0; i < 3; ++i) {
-        wanted.push_back({plain(150, 150, {i, 0, 0, 255}), {Colours::direct, true, false}, false});
-        wanted.push_back({plain(30, 20, {0, i, 9, 255}), {}, false});
+        wanted.push_back(
+            {plainPicture(150, 150, {i, 0, 0, 255}), {Colours::direct, true, false}, false});
+        wanted.push_back({plainPicture(30, 20, {0, i, 9, 255}), {}, false});
     }
     wanted.push_back(wanted[1]);
     PlacingOptions options;
@@ -419,8 +275,8 @@ std::string modelOf(const TestFolder& folder, const std::string& lines, std::siz
 
 TEST(Image, PicturesComeBackOutOfAVxbFile) {
     const TestFolder folder;
-    folder.write("a b.png", dataFile("small.png"));
-    folder.write("c.ppm", dataFile("small.ppm"));
+    folder.write("a b.png", pictureFile("small.png"));
+    folder.write("c.ppm", pictureFile("small.ppm"));
     const TestFolder::Result made =
         folder.run("'" VXBTOOL_PROGRAM "' image --depth 8 'a b.png' c.ppm");
     EXPECT_EQ(made.status, 0) << made.output;
@@ -490,14 +346,14 @@ TEST(Image, PlacesAndBytesAreThoseAskedFor) {
 
 TEST(Image, BadPicturesAndOptionsAreToldAndNothingIsWritten) {
     const TestFolder folder;
-    const std::string png = dataFile("small.png");
+    const std::string png = pictureFile("small.png");
     folder.write("good.png", png);
     folder.write("cut.png", png.substr(0, 60));
     folder.write("text.png",
                  "no picture at all, but long enough for every header that is looked for");
     folder.write("liar.ppm", "P6 9000 7000 255\nabc");
     folder.write("huge.ppm", "P6 16385 1 255\nabc");
-    folder.write("good.tga", dataFile("small.tga"));
+    folder.write("good.tga", pictureFile("small.tga"));
     for (const auto& [arguments, status, text] : {
              std::tuple("cut.png", 1, "cut.png: the picture ends early"),
              std::tuple("text.png", 1, "text.png: no picture can be read from it: "),

@@ -31,8 +31,6 @@ void forEachKeyFrame(const VxbFile& file, const Region& region, Visit&& visit) {
         KeyFramePiece piece;
         piece.offset = offset;
         if (frame != frames.end() && frame->offset == place) {
-            // The type index 0 may mean frames of one word, unless the next frame that is named is
-            // as far away as the listed type's words, or farther.
             const KeyFrameForm* form = keyFrameForm(file.animation, frame->typeIndex);
             const auto behind = std::find_if(
                 frame, frames.end(), [&](const KeyFrame& other) { return other.offset > place; });
@@ -40,7 +38,7 @@ void forEachKeyFrame(const VxbFile& file, const Region& region, Visit&& visit) {
                 (behind != frames.end() ? behind->offset : region.words) - place;
             piece.used = true;
             piece.typeIndex = frame->typeIndex;
-            if (form != nullptr && (frame->typeIndex > 0 || room >= form->words())) {
+            if (form != nullptr && hasListedForm(frame->typeIndex, *form, room)) {
                 piece.form = form;
                 piece.words =
                     std::min(static_cast<std::uint32_t>(form->words()), region.end() - offset);

@@ -28,6 +28,9 @@ public:
         return values_[index(Field::V0) + corner];
     }
 
+    /// Whether its corners run the other way than its front tells: every other triangle of a strip does.
+    [[nodiscard]] bool runsBackwards() const { return form->strip() && place % 2 == 1; }
+
     void set(Field field, std::uint32_t value) {
         values_[index(field)] = value;
         carried_ |= 1U << index(field);

@@ -82,4 +82,8 @@ const KeyFrameForm* keyFrameForm(const Animation& animation, std::uint32_t typeI
                                               : nullptr;
 }
 
+bool hasListedForm(std::uint32_t typeIndex, const KeyFrameForm& form, std::size_t room) {
+    return typeIndex > 0 || form.words() <= room;
+}
+
 }  // namespace mqf2vxb

@@ -293,4 +293,8 @@ struct VxbFile {
 /// the 0 of a file without types.
 const KeyFrameForm* keyFrameForm(const Animation& animation, std::uint32_t typeIndex);
 
+/// Whether a key frame is of the form that its type index has, with so many words up to the next one that
+/// is named. The index 0 also stands for the bare type, whose frames have one word.
+bool hasListedForm(std::uint32_t typeIndex, const KeyFrameForm& form, std::size_t room);
+
 }  // namespace mqf2vxb

@@ -153,10 +153,8 @@ void DrawnPolygons::add(std::uint32_t groupIndex, const PacketPolygon& packet) {
         points.add(static_cast<std::uint32_t>(places[polygon.order[corner]] >> 32U));
     }
     if (polygon.corners == 3) {
-        // Every other triangle of a strip runs the other way.
-        const bool turned = packet.form->strip() && packet.place % 2 == 1;
-        polygon.backwards =
-            (runsBackwards(polygon.order, drawn) != turned) != isTurnedByMirrors(polygon);
+        polygon.backwards = (runsBackwards(polygon.order, drawn) != packet.runsBackwards()) !=
+                            isTurnedByMirrors(polygon);
     }
     facing.add(polygon.backwards ? 1 : 0);
     // A field of each corner is taken in the order of the corners, one for all of them by itself.

@@ -16,6 +16,7 @@
 #include "vxbtool/diff/compare.h"
 #include "vxbtool/diff/drawn_polygons.h"
 #include "vxbtool/diff/matching.h"
+#include "vxbtool/scene/placements.h"
 #include "vxbtool/shared/counted.h"
 
 namespace vxbtool::diff {
@@ -70,6 +71,15 @@ struct Displaced {
     Point before{};
     Point after{};
 };
+
+/// Of each coordinate whether it mirrors what it draws at rest.
+std::vector<bool> mirroringCoordinates(const VxbFile& file) {
+    std::vector<bool> mirrors;
+    for (const scene::Placement& placement : scene::placementsAtRest(file)) {
+        mirrors.push_back(scene::mirrors(scene::matrixOf(placement)));
+    }
+    return mirrors;
+}
 
 class PolygonComparison {
 public:

@@ -3,10 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <set>
-#include <string_view>
 #include <utility>
 
-#include <assimp/commonMetaData.h>
 #include <fmt/core.h>
 
 #include "vxbtool/import/source.h"
@@ -62,11 +60,7 @@ void measure(const aiAnimation& source, double usualTicks, Animation& animation)
 double usualTicksOf(const aiScene& scene) {
     constexpr double ofXFiles = 4800;
     constexpr double ofOthers = 25;
-    aiString format;
-    const bool isXFile = scene.mMetaData != nullptr &&
-                         scene.mMetaData->Get(AI_METADATA_SOURCE_FORMAT, format) &&
-                         std::string_view(format.C_Str()).find("XFile") != std::string_view::npos;
-    return isXFile ? ofXFiles : ofOthers;
+    return formatOf(scene).find("XFile") != std::string::npos ? ofXFiles : ofOthers;
 }
 
 }  // namespace

@@ -13,14 +13,7 @@
 namespace vxbtool::importing {
 namespace {
 
-enum ComponentType : std::size_t {
-    signedByte = 5120,
-    unsignedByte = 5121,
-    signedShort = 5122,
-    unsignedShort = 5123,
-    unsignedInt = 5125,
-    real = 5126
-};
+using namespace component_type;
 
 constexpr std::size_t glbHeader = 12;
 constexpr std::size_t chunkHeader = 8;
@@ -149,9 +142,8 @@ GltfJson parsed(std::string_view text) {
     try {
         return GltfJson::parse(inUtf8(text));
     } catch (const GltfJson::exception& fault) {
-        const std::string_view what = fault.what();
-        throw ImportFault(fmt::format("the JSON of the glTF file cannot be read: {}",
-                                      what.substr(std::min(what.find("] ") + 2, what.size()))));
+        throw ImportFault(
+            fmt::format("the JSON of the glTF file cannot be read: {}", causeOf(fault)));
     }
 }
 
@@ -161,6 +153,11 @@ void append(std::string& bytes, std::size_t number) {
 }
 
 }  // namespace
+
+std::string causeOf(const GltfJson::exception& fault) {
+    const std::string what = fault.what();
+    return what.substr(std::min(what.find("] ") + 2, what.size()));
+}
 
 std::optional<GltfDocument> gltfDocument(std::string_view file) {
     GltfDocument document;
@@ -238,7 +235,10 @@ std::size_t GltfAccessors::parts(const GltfJson& accessor) {
     static const std::map<std::string, std::size_t> partsOf{
         {"SCALAR", 1}, {"VEC2", 2}, {"VEC3", 3}, {"VEC4", 4}};
     const auto found = partsOf.find(accessor.at("type").get<std::string>());
-    return found != partsOf.end() ? found->second : (failOf("a type of elements"), 0);
+    if (found == partsOf.end()) {
+        failOf("a type of elements");
+    }
+    return found->second;
 }
 
 bool GltfAccessors::isWhole(const GltfJson& accessor) {

@@ -14,6 +14,19 @@ namespace vxbtool::importing {
 
 using GltfJson = nlohmann::json;
 
+/// Types of numbers in accessors.
+namespace component_type {
+inline constexpr std::size_t signedByte = 5120;
+inline constexpr std::size_t unsignedByte = 5121;
+inline constexpr std::size_t signedShort = 5122;
+inline constexpr std::size_t unsignedShort = 5123;
+inline constexpr std::size_t unsignedInt = 5125;
+inline constexpr std::size_t real = 5126;
+}  // namespace component_type
+
+/// What the parser says of a fault, without its number.
+std::string causeOf(const GltfJson::exception& fault);
+
 // NOLINTBEGIN(bugprone-exception-escape): a document moves without copies.
 /// A glTF 2.0 file: its document, and of a binary file the chunks behind it.
 struct GltfDocument {

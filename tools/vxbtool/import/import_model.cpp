@@ -5,7 +5,6 @@
 #include <string>
 #include <utility>
 
-#include <assimp/commonMetaData.h>
 #include <fmt/core.h>
 
 #include "vxbtool/import/looks.h"
@@ -68,13 +67,6 @@ PlacedShape fittingShape(const aiScene& scene, const CoordinateMap& map, const M
         }
         result = shapeAt(roundedDown(largest), scene, map, materials, options);
     }
-}
-
-std::string formatOf(const aiScene& scene) {
-    aiString format;
-    return scene.mMetaData != nullptr && scene.mMetaData->Get(AI_METADATA_SOURCE_FORMAT, format)
-               ? format.C_Str()
-               : "";
 }
 
 }  // namespace

@@ -12,7 +12,6 @@
 namespace vxbtool::importing {
 namespace {
 
-/// Whether the scene's numbers are those of glTF, whose colours are amounts of light.
 Wrap wrapOf(aiTextureMapMode mode) {
     switch (mode) {
     case aiTextureMapMode_Clamp:
@@ -134,12 +133,6 @@ SurfaceMaterial readMaterial(const aiMaterial& source, bool gltf, bool unlit) {
 
 }  // namespace
 
-bool isGltf(const aiScene& scene) {
-    aiString format;
-    return scene.mMetaData != nullptr && scene.mMetaData->Get(AI_METADATA_SOURCE_FORMAT, format) &&
-           std::string_view(format.C_Str()).find("glTF2") != std::string_view::npos;
-}
-
 float screenColour(float light) {
     constexpr float dark = 0.0031308F;
     return light <= dark ? 12.92F * light : 1.055F * std::pow(light, 1 / 2.4F) - 0.055F;
@@ -147,7 +140,7 @@ float screenColour(float light) {
 
 Materials readMaterials(const aiScene& scene, bool unlit) {
     Materials result;
-    result.linearColours = isGltf(scene);
+    result.linearColours = isGltf(scene);  // which are amounts of light
     for (const aiMaterial* material : std::span(scene.mMaterials, scene.mNumMaterials)) {
         result.materials.push_back(readMaterial(*material, result.linearColours, unlit));
     }

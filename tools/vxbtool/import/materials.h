@@ -45,9 +45,6 @@ struct Materials {
 
 Materials readMaterials(const aiScene& scene, bool unlit);
 
-/// Whether a scene comes from a glTF file.
-bool isGltf(const aiScene& scene);
-
 /// The colour of a screen for an amount of light, both 0 to 1.
 float screenColour(float light);
 

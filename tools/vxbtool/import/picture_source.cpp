@@ -12,7 +12,7 @@
 
 #include "base/diagnostics.h"
 #include "files/disk_files.h"
-#include "vxbtool/import/materials.h"
+#include "vxbtool/import/source.h"
 #include "vxbtool/import/unescaped.h"
 
 namespace vxbtool::importing {

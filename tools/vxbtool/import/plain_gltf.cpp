@@ -22,10 +22,6 @@
 namespace vxbtool::importing {
 namespace {
 
-// Types of numbers.
-constexpr std::size_t unsignedShort = 5123;
-constexpr std::size_t real = 5126;
-
 /// Refuses a file that means something else without an extension that import does not know.
 void requireKnownExtensions(const GltfJson& document) {
     constexpr std::array known{"KHR_draco_mesh_compression", "KHR_lights_punctual",
@@ -179,7 +175,7 @@ private:
         } else {
             accessor["bufferView"] = addView<float>(floats);
         }
-        accessor["componentType"] = joints ? unsignedShort : real;
+        accessor["componentType"] = joints ? component_type::unsignedShort : component_type::real;
         for (const char* name : {"byteOffset", "normalized", "min", "max", "sparse"}) {
             accessor.erase(name);
         }
@@ -234,7 +230,7 @@ private:
     std::size_t addAccessor(std::span<const float> floats, const std::string& type,
                             std::size_t parts) {
         json_["accessors"].push_back({{"bufferView", addView<float>(floats)},
-                                      {"componentType", real},
+                                      {"componentType", component_type::real},
                                       {"count", floats.size() / parts},
                                       {"type", type}});
         return json_["accessors"].size() - 1;
@@ -269,9 +265,8 @@ std::optional<std::string> plainGltf(std::string_view file, const GltfAccessors:
         }
         return gltfFile(*document);
     } catch (const GltfJson::exception& fault) {
-        const std::string_view what = fault.what();
-        throw ImportFault(fmt::format("the document of the glTF file is not sound: {}",
-                                      what.substr(what.find("] ") + 2)));
+        throw ImportFault(
+            fmt::format("the document of the glTF file is not sound: {}", causeOf(fault)));
     }
 }
 

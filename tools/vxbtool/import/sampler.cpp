@@ -117,9 +117,8 @@ SampledTrack Sampler::sample(const MovedCoordinate& moved,
     sampled.parts.translation = departure.units > tolerance_.units;
     sampled.leftUnits = sampled.parts.translation ? 0 : departure.units;
     if (departure.radians > tolerance_.radians) {
-        // A player need not take a matrix apart: only a matrix of a rotation or of a scale alone keeps
-        // that when the other is given.
-        // One that mirrors or is flat can be taken apart in several ways.
+        // A player need not take a matrix apart, and one that mirrors or is flat has several ways: only
+        // a matrix of a rotation or of a scale alone keeps that when the other is given.
         sampled.parts.rotation =
             differs.rotation || rest.mayBeTurned || angleBetween(rest.turned.rotation, {}) > slight;
         sampled.parts.scale =

@@ -1,7 +1,6 @@
 #include "vxbtool/import/source.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 #include <exception>
 #include <filesystem>
@@ -16,6 +15,7 @@
 #include <assimp/Importer.hpp>
 #include <assimp/MemoryIOWrapper.h>
 #include <assimp/ProgressHandler.hpp>
+#include <assimp/commonMetaData.h>
 #include <assimp/config.h>
 #include <assimp/scene.h>
 #include <fmt/core.h>
@@ -40,16 +40,11 @@ constexpr const char* tooMuchMemory = "reading it takes more memory than it may"
 class SourceFiles final : public Assimp::DefaultIOSystem {
 public:
     SourceFiles(std::string model, const SourceOptions& options)
-        : model_(std::move(model)), options_(options) {
-        std::string extension = fs::path(model_).extension().string();
-        std::ranges::transform(extension, extension.begin(),
-                               [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-        isGltf_ = extension == ".gltf" || extension == ".glb" || extension == ".vrm" || isJson();
-    }
+        : model_(std::move(model)), options_(options) {}
 
     /// Changes the model's file if Assimp would misread it.
     void makePlain() {
-        const std::optional<std::string> file = isGltf_ ? bytesOf(model_) : std::nullopt;
+        const std::optional<std::string> file = beginsLikeGltf() ? bytesOf(model_) : std::nullopt;
         if (!file) {
             return;
         }
@@ -101,13 +96,15 @@ public:
     [[nodiscard]] bool tooLarge() const { return tooLarge_; }
 
 private:
-    /// Whether the model begins as text files of glTF do, whatever its name.
-    [[nodiscard]] bool isJson() const {
+    /// Whether the model begins as glTF files do, whatever its name.
+    [[nodiscard]] bool beginsLikeGltf() const {
+        constexpr std::size_t enough = 256;
+        std::string start(enough, '\0');
         std::ifstream stream(model_, std::ios::binary);
-        char first = 0;
-        while (Exists(model_.c_str()) && stream.get(first) &&
-               std::isspace(static_cast<unsigned char>(first)) != 0) {}
-        return stream && first == '{';
+        stream.read(start.data(), enough);
+        start.resize(static_cast<std::size_t>(stream.gcount()));
+        const std::size_t first = start.find_first_not_of("\xEF\xBB\xBF \t\r\n");
+        return start.starts_with("glTF") || (first != std::string::npos && start[first] == '{');
     }
 
     [[nodiscard]] std::optional<std::string> bytesOf(const fs::path& file) {
@@ -133,7 +130,6 @@ private:
 
     std::string model_;
     const SourceOptions& options_;
-    bool isGltf_ = false;
     std::optional<std::string> plain_;
     std::uintmax_t bytes_ = 0;         // that Assimp reads
     std::uintmax_t changedBytes_ = 0;  // that are read before, to be changed
@@ -259,5 +255,14 @@ Source Source::load(const std::string& file, const SourceOptions& options) {
     check(source.scene_);
     return source;
 }
+
+std::string formatOf(const aiScene& scene) {
+    aiString format;
+    return scene.mMetaData != nullptr && scene.mMetaData->Get(AI_METADATA_SOURCE_FORMAT, format)
+               ? format.C_Str()
+               : "";
+}
+
+bool isGltf(const aiScene& scene) { return formatOf(scene).find("glTF2") != std::string::npos; }
 
 }  // namespace vxbtool::importing

@@ -55,4 +55,8 @@ private:
     const aiScene* scene_ = nullptr;
 };
 
+/// What Assimp calls the format that it read a scene from.
+std::string formatOf(const aiScene& scene);
+bool isGltf(const aiScene& scene);
+
 }  // namespace vxbtool::importing

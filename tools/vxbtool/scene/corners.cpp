@@ -94,8 +94,8 @@ void CornerReader::finish(const PacketPolygon& packet, std::span<Corner> corners
         if (agreementOfHalves(quadrangle) < 0) {
             std::swap(corners[2], corners[3]);
         }
-    } else if (packet.form->strip() && packet.place % 2 == 1) {
-        std::swap(corners[1], corners[2]);  // every other triangle of a strip runs the other way
+    } else if (packet.runsBackwards()) {
+        std::swap(corners[1], corners[2]);
         find();
     }
     if (const Placement* first = placementOf(corners[0].coordinate, shared);

@@ -104,9 +104,8 @@ private:
             [](std::uint32_t place, const KeyFrame& frame) { return place < frame.offset; });
         const std::uint32_t end =
             behind != frames.end() ? behind->offset : animation_.keyFrameWords;
-        const bool fits = control.target <= end && form->words() <= end - control.target;
-        // The index 0 also stands for the bare type, whose frames have one word.
-        if (!fits && control.typeIndex == 0) {
+        const std::uint32_t room = end - std::min(control.target, end);
+        if (!hasListedForm(control.typeIndex, *form, room)) {
             return type_code::animation;
         }
         return std::uint64_t{control.target} + form->words() <= animation_.keyFrameWords

@@ -7,9 +7,10 @@
 
 namespace vxbtool::scene {
 
-Scene makeScene(const mqf2vxb::VxbFile& file) {
+namespace {
+
+void readCoordinates(const mqf2vxb::VxbFile& file, Scene& scene) {
     constexpr float matrixOne = 4096;
-    Scene scene;
     for (const mqf2vxb::Coordinate& record : file.coordinates) {
         Coordinate& coordinate = scene.coordinates.emplace_back();
         for (std::size_t i = 0; i < coordinate.matrix.size(); ++i) {
@@ -21,9 +22,22 @@ Scene makeScene(const mqf2vxb::VxbFile& file) {
         std::copy(record.extra.begin(), record.extra.end(), coordinate.extra.begin());
         coordinate.parent = record.parent;
     }
+}
+
+}  // namespace
+
+Scene makeScene(const mqf2vxb::VxbFile& file) {
+    Scene scene;
+    readCoordinates(file, scene);
     readPolygons(file, scene);
     scene.motions = readMotions(file, scene.warnings);
     return scene;
+}
+
+std::vector<Placement> placementsAtRest(const mqf2vxb::VxbFile& file) {
+    Scene scene;
+    readCoordinates(file, scene);
+    return placements(scene);
 }
 
 }  // namespace vxbtool::scene

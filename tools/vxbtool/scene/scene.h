@@ -154,6 +154,8 @@ using Placement = std::array<float, 12>;
 /// track that loops is taken in its next round, beyond another's end it keeps its last pose.
 std::vector<Placement> placements(const Scene& scene);
 std::vector<Placement> placements(const Scene& scene, const Motion& motion, double frame);
+/// The same at rest, of a file of which nothing else is wanted.
+std::vector<Placement> placementsAtRest(const mqf2vxb::VxbFile& file);
 
 /// The rotation of angles about x, y and z, row by row: the one about x is applied first.
 std::array<float, 9> rotation(const Vector3& angles);

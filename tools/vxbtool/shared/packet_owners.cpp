@@ -1,8 +1,6 @@
 #include "vxbtool/shared/packet_owners.h"
 
 #include <algorithm>
-#include <array>
-#include <cmath>
 #include <cstddef>
 
 namespace vxbtool {
@@ -64,63 +62,6 @@ SharedOwners::SharedOwners(const VxbFile& file)
     }
     own(vertices, vertexRanges);
     own(normals, normalRanges);
-}
-
-namespace {
-
-using Matrix = std::array<double, 9>;
-
-/// The product, the largest of whose numbers is 1, so that deep hierarchies keep within numbers.
-Matrix product(const Matrix& outer, const Matrix& inner) {
-    Matrix result{};
-    double largest = 0;
-    for (std::size_t i = 0; i < result.size(); ++i) {
-        for (std::size_t k = 0; k < 3; ++k) {
-            result[i] += outer[i / 3 * 3 + k] * inner[k * 3 + i % 3];
-        }
-        largest = std::max(largest, std::abs(result[i]));
-    }
-    for (double& value : result) {
-        value /= largest > 0 ? largest : 1;
-    }
-    return result;
-}
-
-bool isMirror(const Matrix& m) {
-    // As exact as pictures are: what has no depth mirrors nothing.
-    constexpr double slight = 1e-6;
-    const auto minor = [&](std::size_t a, std::size_t b) {
-        return m[3 + a] * m[6 + b] - m[3 + b] * m[6 + a];
-    };
-    const auto length = [&](std::size_t i) { return std::hypot(m[i], m[i + 3], m[i + 6]); };
-    const double volume = m[0] * minor(1, 2) - m[1] * minor(0, 2) + m[2] * minor(0, 1);
-    return volume < -slight * length(0) * length(1) * length(2);
-}
-
-}  // namespace
-
-std::vector<bool> mirroringCoordinates(const VxbFile& file) {
-    const std::vector<Coordinate>& coordinates = file.coordinates;
-    std::vector<Matrix> inModel(coordinates.size());
-    std::vector<bool> done(coordinates.size());
-    std::vector<bool> mirrors(coordinates.size());
-    std::vector<std::size_t> ahead;
-    for (std::size_t start = 0; start < coordinates.size(); ++start) {
-        for (std::optional<std::size_t> c = start; c && !done[*c]; c = coordinates[*c].parent) {
-            done[*c] = true;
-            ahead.push_back(*c);
-        }
-        for (; !ahead.empty(); ahead.pop_back()) {
-            const Coordinate& coordinate = coordinates[ahead.back()];
-            Matrix& matrix = inModel[ahead.back()];
-            std::copy(coordinate.matrix.begin(), coordinate.matrix.end(), matrix.begin());
-            matrix = product(coordinate.parent ? inModel[*coordinate.parent]
-                                               : Matrix{1, 0, 0, 0, 1, 0, 0, 0, 1},
-                             matrix);
-            mirrors[ahead.back()] = isMirror(matrix);
-        }
-    }
-    return mirrors;
 }
 
 std::optional<Point> packetPoint(const VxbFile& file, const PointSection& section, bool shared,

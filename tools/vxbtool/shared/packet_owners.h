@@ -23,9 +23,6 @@ struct SharedOwners {
     std::vector<std::optional<std::uint32_t>> normals;
 };
 
-/// Of each coordinate whether it mirrors what it draws, with its parents at rest.
-std::vector<bool> mirroringCoordinates(const mqf2vxb::VxbFile& file);
-
 /// The point that a packet names: `shared` packets count theirs in the shared block, the others from
 /// the first independent one on into the shared block. Nothing for a number that names none.
 std::optional<mqf2vxb::Point> packetPoint(const mqf2vxb::VxbFile& file,
