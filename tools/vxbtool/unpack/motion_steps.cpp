@@ -97,14 +97,15 @@ private:
         return mqf2vxb::controlWord(file_.words[file_.animation.controlOffset + index]);
     }
 
-    /// The first place of the best quality from one place to another; one that leaves the motion
-    /// before without steps only if there is no better.
+    /// The last place of the best quality from one place to another, which a motion names: most begin
+    /// with what they name first. The first one where none names any. One that leaves the motion before
+    /// without steps only if there is no better.
     [[nodiscard]] std::uint32_t best(std::uint32_t before, std::uint32_t from,
                                      std::uint32_t to) const {
         for (int quality = whole; quality > 0; --quality) {
             const std::uint32_t next = nextOf(quality, std::max(from, before + 1));
             if (next <= to) {
-                return next;
+                return to < number_ ? lastOf(quality, to) : next;
             }
         }
         const std::uint32_t next = nextOf(0, from);
@@ -117,25 +118,22 @@ private:
         return next != places.end() ? *next : number_ + 1;
     }
 
-    static constexpr int outsideFirst = 8;  // the range of a jump to the first step
-    static constexpr int behindEnd = 4;
-    static constexpr int behindJump = 2;  // which goes round
-    static constexpr int keyFramesRise = 1;
-    static constexpr int whole = outsideFirst + behindEnd + keyFramesRise;
+    /// The last place of a quality up to a place, of those before which there is one.
+    [[nodiscard]] std::uint32_t lastOf(int quality, std::uint32_t to) const {
+        const std::vector<std::uint32_t>& places = placesOf_[static_cast<std::size_t>(quality)];
+        return *(std::upper_bound(places.begin(), places.end(), to) - 1);
+    }
 
-    /// A motion is never cut between a jump and its target; not before a jump to the first step either,
-    /// if there is another place: it may have a label that stands nowhere.
+    static constexpr int behindEnd = 2;
+    static constexpr int keyFramesRise = 1;
+    static constexpr int whole = behindEnd + keyFramesRise;
+
     void markJumps() {
         std::vector<int> change(quality_.size() + 1, 0);
-        std::uint32_t lastToFirst = 0;
         for (std::uint32_t s = 0; s < number_; ++s) {
             const ControlWord control = step(s);
-            if (control.kind != ControlKind::jump || control.target >= number_) {
-                continue;
-            }
-            if (control.target == 0) {
-                lastToFirst = s;
-            } else {
+            if (control.kind == ControlKind::jump && control.target != 0 &&
+                control.target < number_) {
                 ++change[std::min(s, control.target) + 1];
                 --change[std::max(s, control.target) + 1];
             }
@@ -144,16 +142,12 @@ private:
         for (std::size_t place = 0; place < quality_.size(); ++place) {
             open += change[place];
             quality_[place] += open > 0 ? insideJump : 0;
-            quality_[place] += place > lastToFirst ? outsideFirst : 0;
         }
     }
 
     void markEnds() {
         for (std::uint32_t s = 0; s < number_; ++s) {
-            const ControlKind kind = step(s).kind;
-            quality_[s + 1] += kind == ControlKind::end    ? behindEnd
-                               : kind == ControlKind::jump ? behindJump
-                                                           : 0;
+            quality_[s + 1] += step(s).kind == ControlKind::end ? behindEnd : 0;
         }
     }
 
